@@ -1,0 +1,33 @@
+# zelko_add_platform_library(NAME [LIBS ...])
+# Builds platform/NAME/*.cpp into the shared library NAME. Headers are included as
+# <NAME/header.h> both in the build tree and after installation.
+function(zelko_add_platform_library name)
+    cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    add_library(${name} SHARED ${sources} ${headers})
+    add_library(Zelko::${name} ALIAS ${name})
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_link_libraries(${name} PUBLIC Qt5::Core ${ARG_LIBS})
+    set_target_properties(${name} PROPERTIES OUTPUT_NAME zelko_${name}
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    install(TARGETS ${name} EXPORT ZelkoDataStreamConverterTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name})
+endfunction()
+
+# zelko_add_test(NAME SOURCES... LIBS ...)
+# One GoogleTest executable; each TEST becomes its own ctest entry.
+function(zelko_add_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE GTest::gtest GTest::gtest_main ${ARG_LIBS})
+    target_compile_definitions(${name} PRIVATE
+        ZELKO_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+        ZELKO_BINARY_DIR="${PROJECT_BINARY_DIR}")
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+        PROPERTIES ENVIRONMENT "ZELKO_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+endfunction()

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <massdatamanagement/zelkodatastreamconverter/framereader.h>
+
+#include <QFile>
+
+namespace zelkodatastreamconverter {
+
+/// A FrameReader on a recording file.
+///
+/// The file is opened read-only on construction; if that fails the reader is not working
+/// from the start (no message). End of file is traced as "readBuffer(<path>): end-of-file"
+/// and closes the file, so isWorking() turns false; a read error is traced as
+/// "readBuffer(<path>): error (<code>)" and makes the reader fail.
+class FileReader : public FrameReader
+{
+public:
+    explicit FileReader(QString const& filePath);
+    ~FileReader() override;
+
+    bool isWorking() override;
+    void close() override;
+
+    /// Forgets buffered bytes and moves to the byte position; false, with the position
+    /// unchanged, when the file refuses. The next readFrame() starts a header there.
+    bool seek(long long position);
+    /// Bytes consumed from the file so far (0 after close).
+    long long getPosition() const { return m_position; }
+    QFile const& getFile() const { return m_file; }
+
+protected:
+    bool readBuffer() override;
+
+private:
+    QFile m_file;
+    qint64 m_position = 0;
+};
+
+} // namespace zelkodatastreamconverter

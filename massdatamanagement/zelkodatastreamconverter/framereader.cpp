@@ -1,0 +1,226 @@
+#include "framereader.h"
+
+#include "moduletrace.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <cstring>
+
+namespace zelkodatastreamconverter {
+
+namespace {
+
+ModuleTrace const& moduleTrace()
+{
+    static ModuleTrace const trace(QStringLiteral("framereader"));
+    return trace;
+}
+
+// The lowest bytes of the two forms of the magic word, searched for when resynchronising.
+constexpr char NativeMagicFirstByte = char(0x72);
+constexpr char SwappedMagicFirstByte = char(0xFB);
+
+int indexOf(QByteArray const& buffer, char byte, int from, int to)
+{
+    if (from >= to) {
+        return -1;
+    }
+    auto const* begin = buffer.constData();
+    auto const* found = static_cast<char const*>(std::memchr(begin + from, byte, size_t(to - from)));
+    return found ? int(found - begin) : -1;
+}
+
+} // namespace
+
+FrameReader::FrameReader(QString const& name) : m_name(name)
+{
+}
+
+FrameReader::~FrameReader() = default;
+
+bool FrameReader::isWorking()
+{
+    return !m_fatalError;
+}
+
+void FrameReader::trace(QString const& message, int line) const
+{
+    moduleTrace().warning(message, line);
+}
+
+void FrameReader::setExpected(int count)
+{
+    m_expectedSize = count;
+    if (m_buffer.size() < count) {
+        m_buffer.resize(count);
+    }
+}
+
+quint32 FrameReader::headerWord(int index) const
+{
+    quint32 word;
+    std::memcpy(&word, m_buffer.constData() + 4 * index, sizeof word);
+    return word;
+}
+
+bool FrameReader::readFrame()
+{
+    if (m_expectedSize == 0) {
+        setExpected(HeaderSize);
+    }
+    if (!readBuffer()) {
+        return false;
+    }
+    if (m_expectedSize == HeaderSize && !readHeader()) {
+        return false;
+    }
+    if (m_expectedSize > HeaderSize) {
+        convertFilledWords();
+    }
+    return true;
+}
+
+// Interprets a complete header. Returns true when a frame is complete (header-only, or the
+// body arrived in the same call), false when bytes are missing, dropped or the reader failed.
+bool FrameReader::readHeader()
+{
+    quint32 const magic = headerWord(0);
+    if (magic == m_nativeMagic) {
+        if (m_convertByteOrder) {
+            trace(QStringLiteral("readFrame(%1): setConvertByteOrder(false)").arg(m_name), __LINE__);
+            m_convertByteOrder = false;
+        }
+    } else if (magic == m_swappedMagic) {
+        if (!m_convertByteOrder) {
+            trace(QStringLiteral("readFrame(%1): setConvertByteOrder(true)").arg(m_name), __LINE__);
+            m_convertByteOrder = true;
+        }
+    } else {
+        int const candidate = indexOfMagicWord();
+        if (candidate >= 0) {
+            m_expectedSize = candidate;
+            removeFrameData();
+            return false;
+        }
+        // A zero word is padding, not garbage: dropped without a message.
+        if (!m_magicErrorReported && magic != 0) {
+            trace(QStringLiteral("readFrame(%1): unknown magic word %2 (expected: %3)")
+                      .arg(m_name)
+                      .arg(magic)
+                      .arg(m_nativeMagic),
+                  __LINE__);
+            m_magicErrorReported = true;
+        }
+        m_expectedSize = 0;
+        m_filledSize = 0;
+        return false;
+    }
+    m_magicErrorReported = false;
+
+    quint32 lengthWords = headerWord(1);
+    if (m_convertByteOrder) {
+        lengthWords = qbswap(lengthWords);
+    }
+    if (lengthWords > MaxFrameLengthWords) {
+        trace(QStringLiteral("readFrame(%1): max. frame length exceeded (%2)")
+                  .arg(m_name)
+                  .arg(lengthWords),
+              __LINE__);
+        m_expectedSize = 0;
+        m_filledSize = 0;
+        return false;
+    }
+    int const frameSize = int(lengthWords * 4);
+    if (frameSize > HeaderSize) {
+        setExpected(frameSize);
+        return readBuffer();
+    }
+    if (frameSize == HeaderSize) {
+        // Handed out as stored, without conversion even in a swapped recording.
+        return true;
+    }
+    trace(QStringLiteral("readFrame(%1): invalid frame length (%2)").arg(m_name).arg(frameSize),
+          __LINE__);
+    m_fatalError = true;
+    return false;
+}
+
+void FrameReader::convertFilledWords()
+{
+    if (!m_convertByteOrder) {
+        return;
+    }
+    // Word by word and in place: a 64-bit field keeps the order of its halves.
+    char* data = m_buffer.data();
+    int const words = m_filledSize / 4;
+    for (int i = 0; i < words; ++i) {
+        quint32 word;
+        std::memcpy(&word, data + 4 * i, sizeof word);
+        word = qbswap(word);
+        std::memcpy(data + 4 * i, &word, sizeof word);
+    }
+}
+
+int FrameReader::indexOfMagicWord() const
+{
+    // The first native candidate inside the filled bytes wins, unless a swapped candidate
+    // lies before it. A swapped candidate counts only when some native candidate lies
+    // behind it anywhere in the buffer, stale bytes included, so the stale area is searched
+    // only in that case.
+    int const filled = m_filledSize;
+    int const nativeInFilled = indexOf(m_buffer, NativeMagicFirstByte, 1, filled);
+    if (nativeInFilled >= 0) {
+        int const swapped = indexOf(m_buffer, SwappedMagicFirstByte, 1, nativeInFilled);
+        return swapped >= 1 ? swapped : nativeInFilled;
+    }
+    int const swapped = indexOf(m_buffer, SwappedMagicFirstByte, 1, filled);
+    if (swapped < 0) {
+        return -1;
+    }
+    int const nativeBehind =
+        indexOf(m_buffer, NativeMagicFirstByte, std::max(filled, 1), m_buffer.size());
+    return nativeBehind >= 0 ? swapped : -1;
+}
+
+void FrameReader::takeFrameData(QByteArray& frameType, QByteArray& frameData)
+{
+    // Without a complete frame there is no type word; hand out what is there all the same.
+    frameType = m_buffer.size() >= HeaderSize ? QByteArray::number(headerWord(3), 16)
+                                              : QByteArray("0");
+    int const size = std::min(m_filledSize, m_expectedSize);
+    frameData.resize(size);
+    std::memcpy(frameData.data(), m_buffer.constData(), size_t(size));
+    removeFrameData();
+}
+
+void FrameReader::removeFrameData()
+{
+    if (m_filledSize > m_expectedSize) {
+        // Keep the capacity: move the rest to the front instead of shrinking the buffer.
+        char* data = m_buffer.data();
+        std::memmove(data, data + m_expectedSize, size_t(m_filledSize - m_expectedSize));
+        m_filledSize -= m_expectedSize;
+        m_expectedSize = 0;
+    } else {
+        m_expectedSize = 0;
+        m_filledSize = 0;
+    }
+}
+
+void FrameReader::clearFrameData()
+{
+    m_expectedSize = 0;
+    m_filledSize = 0;
+}
+
+void FrameReader::readDirect(QByteArray& out, int count)
+{
+    m_filledSize = 0;
+    m_expectedSize = std::max(count, 0);
+    m_buffer.resize(m_expectedSize);
+    readBuffer();
+    out = m_buffer.left(m_filledSize);
+}
+
+} // namespace zelkodatastreamconverter

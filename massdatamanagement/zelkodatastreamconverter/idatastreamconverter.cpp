@@ -1,0 +1,7 @@
+#include "idatastreamconverter.h"
+
+namespace zelkodatastreamconverter {
+
+IDataStreamConverter::~IDataStreamConverter() = default;
+
+} // namespace zelkodatastreamconverter

@@ -1,0 +1,10 @@
+#include "binary.h"
+
+namespace REPORTKIT {
+
+QString Binary::ElementName() const
+{
+    return QStringLiteral("Binary");
+}
+
+} // namespace REPORTKIT

@@ -1,0 +1,7 @@
+#include "irgobject.h"
+
+namespace REPORTKIT {
+
+IRGObject::~IRGObject() = default;
+
+} // namespace REPORTKIT

@@ -1,0 +1,10 @@
+#include "picture.h"
+
+namespace REPORTKIT {
+
+QString Picture::ElementName() const
+{
+    return QStringLiteral("Picture");
+}
+
+} // namespace REPORTKIT

@@ -1,0 +1,10 @@
+#include "text.h"
+
+namespace REPORTKIT {
+
+QString Text::ElementName() const
+{
+    return QStringLiteral("Text");
+}
+
+} // namespace REPORTKIT

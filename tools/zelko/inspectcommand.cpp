@@ -1,0 +1,137 @@
+#include "command.h"
+#include "frametypenames.h"
+
+#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+
+#include <diagnostics/errorhandler.h>
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QMap>
+#include <QTextStream>
+
+#include <cstring>
+
+namespace zelkotool {
+
+namespace {
+
+struct InspectOptions
+{
+    bool listFrames = true;
+};
+
+quint32 frameLengthWords(QByteArray const& frame)
+{
+    quint32 words = 0;
+    if (frame.size() >= 8) {
+        std::memcpy(&words, frame.constData() + 4, sizeof words);
+    }
+    return words;
+}
+
+// Lists one recording; false when it could not be opened.
+bool inspectFile(QString const& path, InspectOptions const& options, QTextStream& out)
+{
+    out << path << '\n';
+    if (QFileInfo(path).isDir()) {
+        out << "  cannot open: is a directory\n";
+        return false;
+    }
+    zelkodatastreamconverter::FileReader reader(path);
+    if (!reader.isWorking()) {
+        out << "  cannot open: " << reader.getFile().errorString() << '\n';
+        return false;
+    }
+    if (options.listFrames) {
+        out << "  " << QStringLiteral("offset").rightJustified(12) << "  "
+            << QStringLiteral("type").leftJustified(20) << QStringLiteral("words").rightJustified(10)
+            << "  order\n";
+    }
+    QMap<quint32, qint64> countPerType;
+    qint64 frames = 0;
+    qint64 frameBytes = 0;
+    QByteArray frameType;
+    QByteArray frame;
+    while (reader.isWorking()) {
+        if (!reader.readFrame()) {
+            continue;
+        }
+        bool const swapped = reader.convertByteOrder();
+        reader.takeFrameData(frameType, frame);
+        // The reader never reads past the frame it completes, so the frame ends here.
+        qint64 const offset = reader.getPosition() - frame.size();
+        quint32 const type = frameType.toUInt(nullptr, 16);
+        ++countPerType[type];
+        ++frames;
+        frameBytes += frame.size();
+        if (options.listFrames) {
+            out << "  " << QString::number(offset).rightJustified(12) << "  "
+                << frameTypeLabel(type).leftJustified(20)
+                << QString::number(frameLengthWords(frame)).rightJustified(10) << "  "
+                << (swapped ? "swapped" : "host") << '\n';
+        }
+    }
+    out << "  " << frames << " frames, " << frameBytes << " bytes in frames\n";
+    for (auto it = countPerType.cbegin(); it != countPerType.cend(); ++it) {
+        out << "    " << frameTypeLabel(it.key()).leftJustified(20) << ' ' << it.value() << '\n';
+    }
+    if (reader.fatalError()) {
+        out << "  reading stopped early: the recording is damaged\n";
+    }
+    return true;
+}
+
+} // namespace
+
+int runInspect(QStringList const& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Lists the frames of recordings: file offset, frame type, length in 32-bit words and\n"
+        "byte order, then a count per frame type. What the frame reader reports (garbage,\n"
+        "bad lengths, changes of byte order, end of file) is shown in place, marked '!'.\n"
+        "The exit status is 1 when a recording cannot be opened."));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("RECORDING"), QStringLiteral("recording files"),
+                                 QStringLiteral("RECORDING..."));
+    QCommandLineOption summaryOnly(QStringLiteral("summary"),
+                                   QStringLiteral("print the counts only, no line per frame"));
+    QCommandLineOption traceMask(QStringLiteral("trace"),
+                                 QStringLiteral("trace mask (default 0x20: warnings)"),
+                                 QStringLiteral("MASK"));
+    parser.addOption(summaryOnly);
+    parser.addOption(traceMask);
+    parser.process(QStringList{QStringLiteral("zelko inspect")} + arguments);
+
+    QTextStream out(stdout);
+    if (parser.isSet(traceMask)) {
+        unsigned mask = 0;
+        if (!ErrorHandler::parseMask(parser.value(traceMask), mask)) {
+            QTextStream(stderr) << "zelko inspect: --trace needs a number, not '"
+                                << parser.value(traceMask) << "'\n";
+            return 2;
+        }
+        ErrorHandler::Instance().setTraceLevelMask(mask);
+    }
+    QStringList const files = parser.positionalArguments();
+    if (files.isEmpty()) {
+        QTextStream(stderr) << "zelko inspect: no recording given (see --help)\n";
+        return 2;
+    }
+    ErrorHandler::Instance().setTraceSink(
+        [&out](QString const& message, QString const&, unsigned short) {
+            out << "  ! " << message << '\n';
+        });
+    InspectOptions options;
+    options.listFrames = !parser.isSet(summaryOnly);
+    bool allOpened = true;
+    for (QString const& file : files) {
+        allOpened = inspectFile(file, options, out) && allOpened;
+    }
+    out.flush();
+    ErrorHandler::Instance().setTraceSink({});
+    return allOpened ? 0 : 1;
+}
+
+} // namespace zelkotool
