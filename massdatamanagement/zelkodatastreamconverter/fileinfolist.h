@@ -1,7 +1,6 @@
 #pragma once
 
 #include <massdatamanagement/zelkodatastreamconverter/fileinfocallback.h>
-
 #include <reportkit/results.h>
 
 namespace zelkodatastreamconverter {

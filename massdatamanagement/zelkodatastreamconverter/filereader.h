@@ -1,8 +1,7 @@
 #pragma once
 
-#include <massdatamanagement/zelkodatastreamconverter/framereader.h>
-
 #include <QFile>
+#include <massdatamanagement/zelkodatastreamconverter/framereader.h>
 
 namespace zelkodatastreamconverter {
 

@@ -3,7 +3,6 @@
 #include "moduletrace.h"
 
 #include <QtEndian>
-
 #include <algorithm>
 #include <cstring>
 
@@ -27,15 +26,14 @@ int indexOf(QByteArray const& buffer, char byte, int from, int to)
         return -1;
     }
     auto const* begin = buffer.constData();
-    auto const* found = static_cast<char const*>(std::memchr(begin + from, byte, size_t(to - from)));
+    auto const* found =
+        static_cast<char const*>(std::memchr(begin + from, byte, size_t(to - from)));
     return found ? int(found - begin) : -1;
 }
 
 } // namespace
 
-FrameReader::FrameReader(QString const& name) : m_name(name)
-{
-}
+FrameReader::FrameReader(QString const& name) : m_name(name) {}
 
 FrameReader::~FrameReader() = default;
 
@@ -88,7 +86,8 @@ bool FrameReader::readHeader()
     quint32 const magic = headerWord(0);
     if (magic == m_nativeMagic) {
         if (m_convertByteOrder) {
-            trace(QStringLiteral("readFrame(%1): setConvertByteOrder(false)").arg(m_name), __LINE__);
+            trace(QStringLiteral("readFrame(%1): setConvertByteOrder(false)").arg(m_name),
+                  __LINE__);
             m_convertByteOrder = false;
         }
     } else if (magic == m_swappedMagic) {
@@ -186,8 +185,8 @@ int FrameReader::indexOfMagicWord() const
 void FrameReader::takeFrameData(QByteArray& frameType, QByteArray& frameData)
 {
     // Without a complete frame there is no type word; hand out what is there all the same.
-    frameType = m_buffer.size() >= HeaderSize ? QByteArray::number(headerWord(3), 16)
-                                              : QByteArray("0");
+    frameType =
+        m_buffer.size() >= HeaderSize ? QByteArray::number(headerWord(3), 16) : QByteArray("0");
     int const size = std::min(m_filledSize, m_expectedSize);
     frameData.resize(size);
     std::memcpy(frameData.data(), m_buffer.constData(), size_t(size));

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <reportkit/results.h>
-
 #include <QString>
+#include <reportkit/results.h>
 
 namespace JobSpec {
 class Settings;
@@ -25,8 +24,7 @@ public:
     /// settings are the job settings under which the recording was made;
     /// startTimeMicroseconds is the recording's start (microseconds since 1970-01-01 UTC).
     /// There is no error result: failures show in the trace and in what the list lacks.
-    virtual REPORTKIT::Results convertFile(QString const& inputPath,
-                                           QString const& outputDirectory,
+    virtual REPORTKIT::Results convertFile(QString const& inputPath, QString const& outputDirectory,
                                            JobSpec::Settings const& settings,
                                            unsigned long long startTimeMicroseconds) = 0;
 };

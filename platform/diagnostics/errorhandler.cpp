@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QMutex>
 #include <QMutexLocker>
-
 #include <atomic>
 #include <cstdio>
 

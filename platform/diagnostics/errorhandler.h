@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-
 #include <functional>
 #include <memory>
 
@@ -16,8 +15,8 @@
 class ErrorHandler
 {
 public:
-    using TraceSink = std::function<void(QString const& message, QString const& sourceFile,
-                                         unsigned short line)>;
+    using TraceSink =
+        std::function<void(QString const& message, QString const& sourceFile, unsigned short line)>;
 
     static constexpr unsigned DefaultTraceLevelMask = 0x20;
     static constexpr unsigned WarningBit = 0x20;

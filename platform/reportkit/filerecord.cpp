@@ -40,7 +40,8 @@ void FileRecord::WriteXml(QXmlStreamWriter& writer) const
                               XmlTime::toText(m_metadata.GetStartTime()));
     }
     if (m_metadata.GetStopTime().isValid()) {
-        writer.writeAttribute(QStringLiteral("stopTime"), XmlTime::toText(m_metadata.GetStopTime()));
+        writer.writeAttribute(QStringLiteral("stopTime"),
+                              XmlTime::toText(m_metadata.GetStopTime()));
     }
     FileDetail const& detail = m_metadata.GetDetail();
     writer.writeStartElement(QStringLiteral("Detail"));

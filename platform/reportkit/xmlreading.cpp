@@ -52,8 +52,8 @@ bool XmlReading::attributes(QStringList const& allowed)
 bool XmlReading::requiredText(QString const& name, QString& value)
 {
     if (!m_reader.attributes().hasAttribute(name)) {
-        return fail(QStringLiteral("<%1> lacks the attribute %2")
-                        .arg(m_reader.name().toString(), name));
+        return fail(
+            QStringLiteral("<%1> lacks the attribute %2").arg(m_reader.name().toString(), name));
     }
     value = m_reader.attributes().value(name).toString();
     return true;

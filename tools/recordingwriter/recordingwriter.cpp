@@ -1,15 +1,12 @@
 #include "recordingwriter.h"
 
 #include <QtEndian>
-
 #include <cstring>
 #include <random>
 
 namespace zelkorecording {
 
-RecordingWriter::RecordingWriter(QIODevice* device) : m_device(device)
-{
-}
+RecordingWriter::RecordingWriter(QIODevice* device) : m_device(device) {}
 
 void RecordingWriter::swapWords(QByteArray& data)
 {
@@ -25,8 +22,8 @@ void RecordingWriter::swapWords(QByteArray& data)
 QByteArray RecordingWriter::headerBytes(quint32 magic, quint32 lengthWords, quint32 frameType,
                                         ByteOrder order, HeaderExtras extras)
 {
-    quint32 const words[6] = {magic, lengthWords, extras.word2, frameType, extras.word4,
-                              extras.word5};
+    quint32 const words[6] = {magic,     lengthWords,  extras.word2,
+                              frameType, extras.word4, extras.word5};
     QByteArray header(reinterpret_cast<char const*>(words), HeaderSize);
     if (order == ByteOrder::Swapped) {
         swapWords(header);

@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QIODevice>
-
 #include <cstdint>
 
 namespace zelkorecording {
@@ -42,8 +41,8 @@ public:
     static QByteArray headerBytes(quint32 magic, quint32 lengthWords, quint32 frameType,
                                   ByteOrder order = ByteOrder::Host, HeaderExtras extras = {});
 
-    bool writeFrame(quint32 frameType, QByteArray const& payload,
-                    ByteOrder order = ByteOrder::Host, HeaderExtras extras = {});
+    bool writeFrame(quint32 frameType, QByteArray const& payload, ByteOrder order = ByteOrder::Host,
+                    HeaderExtras extras = {});
     /// Only the first keepBytes bytes of the frame, as at the end of a cut recording.
     bool writeTruncatedFrame(quint32 frameType, QByteArray const& payload, int keepBytes,
                              ByteOrder order = ByteOrder::Host);

@@ -1,16 +1,13 @@
 #include "command.h"
 #include "frametypenames.h"
 
-#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
-
-#include <diagnostics/errorhandler.h>
-
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QMap>
 #include <QTextStream>
-
 #include <cstring>
+#include <diagnostics/errorhandler.h>
+#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 
 namespace zelkotool {
 
@@ -45,8 +42,8 @@ bool inspectFile(QString const& path, InspectOptions const& options, QTextStream
     }
     if (options.listFrames) {
         out << "  " << QStringLiteral("offset").rightJustified(12) << "  "
-            << QStringLiteral("type").leftJustified(20) << QStringLiteral("words").rightJustified(10)
-            << "  order\n";
+            << QStringLiteral("type").leftJustified(20)
+            << QStringLiteral("words").rightJustified(10) << "  order\n";
     }
     QMap<quint32, qint64> countPerType;
     qint64 frames = 0;

@@ -1,8 +1,6 @@
-#include <diagnostics/errorhandler.h>
-
-#include <gtest/gtest.h>
-
 #include <QProcess>
+#include <diagnostics/errorhandler.h>
+#include <gtest/gtest.h>
 
 namespace {
 

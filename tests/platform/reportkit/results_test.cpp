@@ -1,9 +1,7 @@
+#include <gtest/gtest.h>
 #include <reportkit/results.h>
 #include <reportkit/rgexception.h>
-
 #include <support/schemavalidator.h>
-
-#include <gtest/gtest.h>
 
 using namespace REPORTKIT;
 
@@ -33,12 +31,12 @@ Results sampleResults()
 {
     Results results;
     results.SetValidate(false);
-    results.AppendBinary(makeRecord<Binary>(QStringLiteral("/out/a b&c<d>.wav"),
-                                            QStringLiteral("AudioData"), true));
+    results.AppendBinary(
+        makeRecord<Binary>(QStringLiteral("/out/a b&c<d>.wav"), QStringLiteral("AudioData"), true));
     results.AppendBinary(makeRecord<Binary>(QStringLiteral("/out/open.bin"), QString(), false));
     results.AppendText(makeRecord<Text>(QStringLiteral("/out/x.xml"), QString(), true, 0));
-    results.AppendPicture(makeRecord<Picture>(QStringLiteral("/out/p.png"),
-                                              QStringLiteral("Image"), true));
+    results.AppendPicture(
+        makeRecord<Picture>(QStringLiteral("/out/p.png"), QStringLiteral("Image"), true));
     return results;
 }
 
@@ -54,9 +52,9 @@ TEST(Results, XmlRoundTripGivesEqualObject)
 
 TEST(Results, WrittenXmlValidatesAgainstSchema)
 {
-    EXPECT_EQ(zelkotest::validateXmlText(sampleResults().GetXmlString(),
-                                         QStringLiteral("reportkit.xsd")),
-              QString());
+    EXPECT_EQ(
+        zelkotest::validateXmlText(sampleResults().GetXmlString(), QStringLiteral("reportkit.xsd")),
+        QString());
     EXPECT_EQ(zelkotest::validateXmlText(Results().GetXmlString(), QStringLiteral("reportkit.xsd")),
               QString());
 }

@@ -1,0 +1,315 @@
+#include "memoryframereader.h"
+
+#include <QtEndian>
+#include <gtest/gtest.h>
+#include <random>
+#include <recordingwriter/payloadbuilder.h>
+#include <recordingwriter/recordingwriter.h>
+#include <support/tracecapture.h>
+
+using zelkodatastreamconverter::FrameReader;
+using zelkorecording::ByteOrder;
+using zelkorecording::PayloadBuilder;
+using zelkorecording::RecordingWriter;
+using zelkotest::MemoryFrameReader;
+using zelkotest::readAllFrames;
+
+namespace {
+
+QByteArray frame(quint32 type, QByteArray const& payload, ByteOrder order = ByteOrder::Host)
+{
+    return RecordingWriter::frameBytes(type, payload, order);
+}
+
+QByteArray header(quint32 magic, quint32 lengthWords, quint32 type,
+                  ByteOrder order = ByteOrder::Host)
+{
+    return RecordingWriter::headerBytes(magic, lengthWords, type, order);
+}
+
+QByteArray samplePayload()
+{
+    return PayloadBuilder()
+        .word(0x11223344)
+        .halfWords(0x5566, 0x7788)
+        .uint64(0x0102030405060708ull)
+        .data();
+}
+
+QString msg(char const* format)
+{
+    return QString::fromLatin1(format).arg(QStringLiteral("mem"));
+}
+
+// A stream, what the reader must hand out (frame types and payloads, in host order) and
+// exactly which messages it traces on the way.
+struct StreamCase
+{
+    char const* name;
+    QByteArray stream;
+    std::vector<QByteArray> types;
+    std::vector<QByteArray> payloads;
+    QStringList messages;
+    bool fatal;
+};
+
+std::vector<StreamCase> streamCases()
+{
+    QByteArray const payload = samplePayload();
+    QByteArray const garbageNo72 = RecordingWriter::garbage(100, 7, false);
+    quint32 garbageWord;
+    std::memcpy(&garbageWord, garbageNo72.constData(), 4);
+    QString const garbageMessage =
+        msg("readFrame(%1): unknown magic word %2 (expected: 4218709362)").arg(garbageWord);
+    QByteArray fbOnly(24, '\x11');
+    fbOnly[5] = char(0xFB);
+    quint32 fbOnlyWord;
+    std::memcpy(&fbOnlyWord, fbOnly.constData(), 4);
+
+    return {
+        {"host order", frame(64, payload), {"40"}, {payload}, {}, false},
+        {"swapped order",
+         frame(64, payload, ByteOrder::Swapped),
+         {"40"},
+         {payload},
+         {msg("readFrame(%1): setConvertByteOrder(true)")},
+         false},
+        {"order changes between frames",
+         frame(64, payload) + frame(368, payload, ByteOrder::Swapped) +
+             frame(336, payload, ByteOrder::Swapped) + frame(304, payload),
+         {"40", "170", "150", "130"},
+         {payload, payload, payload, payload},
+         {msg("readFrame(%1): setConvertByteOrder(true)"),
+          msg("readFrame(%1): setConvertByteOrder(false)")},
+         false},
+        {"header-only frame",
+         header(RecordingWriter::FrameMagic, 6, 64),
+         {"40"},
+         {QByteArray()},
+         {},
+         false},
+        // Handed out as stored: the type word stays swapped.
+        {"header-only frame in swapped order",
+         header(RecordingWriter::FrameMagic, 6, 64, ByteOrder::Swapped),
+         {"40000000"},
+         {QByteArray()},
+         {msg("readFrame(%1): setConvertByteOrder(true)")},
+         false},
+        {"length 5 stops the reader",
+         header(RecordingWriter::FrameMagic, 5, 64) + frame(64, payload),
+         {},
+         {},
+         {msg("readFrame(%1): invalid frame length (20)")},
+         true},
+        {"length 0 stops the reader",
+         header(RecordingWriter::FrameMagic, 0, 64),
+         {},
+         {},
+         {msg("readFrame(%1): invalid frame length (0)")},
+         true},
+        {"length one past the maximum is skipped",
+         header(RecordingWriter::FrameMagic, 0x4000001, 64) + frame(64, payload),
+         {"40"},
+         {payload},
+         {msg("readFrame(%1): max. frame length exceeded (67108865)")},
+         false},
+        {"three garbage bytes before a frame",
+         QByteArray("\x00\x11\x22", 3) + frame(64, payload),
+         {"40"},
+         {payload},
+         {},
+         false},
+        {"garbage without candidates gives one message",
+         garbageNo72 + frame(64, payload) + garbageNo72 + frame(64, payload),
+         {"40", "40"},
+         {payload, payload},
+         {garbageMessage, garbageMessage},
+         false},
+        {"zero padding is silent",
+         QByteArray(24, '\0') + frame(64, payload) + QByteArray(48, '\0'),
+         {"40"},
+         {payload},
+         {},
+         false},
+        {"a lone 0xFB candidate drops the header",
+         fbOnly + frame(64, payload),
+         {"40"},
+         {payload},
+         {msg("readFrame(%1): unknown magic word %2 (expected: 4218709362)").arg(fbOnlyWord)},
+         false},
+        {"ends inside a body",
+         frame(64, payload) + frame(64, payload).left(30),
+         {"40"},
+         {payload},
+         {},
+         false},
+        {"ends inside a header",
+         frame(64, payload) + frame(64, payload).left(10),
+         {"40"},
+         {payload},
+         {},
+         false},
+        {"empty stream", QByteArray(), {}, {}, {}, false},
+    };
+}
+
+class FrameReaderStream : public testing::TestWithParam<std::tuple<StreamCase, int>>
+{
+};
+
+TEST_P(FrameReaderStream, HandsOutFramesAndMessages)
+{
+    StreamCase const& c = std::get<0>(GetParam());
+    zelkotest::TraceCapture capture;
+    MemoryFrameReader reader(c.stream, std::get<1>(GetParam()));
+    std::vector<zelkotest::Frame> const frames = readAllFrames(reader);
+
+    ASSERT_EQ(frames.size(), c.types.size());
+    for (size_t i = 0; i < frames.size(); ++i) {
+        EXPECT_EQ(frames[i].type, c.types[i]) << "frame " << i;
+        EXPECT_EQ(frames[i].data.mid(FrameReader::HeaderSize), c.payloads[i]) << "frame " << i;
+    }
+    EXPECT_EQ(capture.messages(), c.messages);
+    EXPECT_EQ(reader.fatalError(), c.fatal);
+    for (auto const& line : capture.lines()) {
+        EXPECT_EQ(line.sourceFile,
+                  QStringLiteral("massdatamanagement/zelkodatastreamconverter/framereader"));
+    }
+}
+
+// Every stream is read whole at once and a few bytes at a time: the result must not depend
+// on how the source hands the bytes out.
+INSTANTIATE_TEST_SUITE_P(Streams, FrameReaderStream,
+                         testing::Combine(testing::ValuesIn(streamCases()),
+                                          testing::Values(1, 3, 7, 1 << 20)),
+                         [](testing::TestParamInfo<std::tuple<StreamCase, int>> const& info) {
+                             std::string name = std::get<0>(info.param).name;
+                             for (char& ch : name) {
+                                 if (!isalnum(static_cast<unsigned char>(ch))) {
+                                     ch = '_';
+                                 }
+                             }
+                             return name + "_chunk" + std::to_string(std::get<1>(info.param));
+                         });
+
+TEST(FrameReader, SwappedFrameIsConvertedWordByWord)
+{
+    // 64-bit values keep the order of their halves; 16-bit pairs within a word change places.
+    QByteArray const stored = frame(64, samplePayload(), ByteOrder::Swapped);
+    EXPECT_EQ(stored.left(4), QByteArray("\xFB\x74\x65\x72"));
+    MemoryFrameReader reader(stored);
+    auto const frames = readAllFrames(reader);
+    ASSERT_EQ(frames.size(), 1u);
+    QByteArray const& data = frames[0].data;
+    quint32 words[6];
+    std::memcpy(words, data.constData(), sizeof words);
+    EXPECT_EQ(words[0], RecordingWriter::FrameMagic);
+    EXPECT_EQ(words[1], 10u);
+    EXPECT_EQ(words[3], 64u);
+    EXPECT_EQ(data.mid(24), samplePayload());
+}
+
+TEST(FrameReader, MaximumLengthIsAcceptedAndWaitsForTheBody)
+{
+    zelkotest::TraceCapture capture;
+    MemoryFrameReader reader(header(RecordingWriter::FrameMagic, 0x4000000, 64) +
+                             QByteArray(100, '\x01'));
+    EXPECT_TRUE(readAllFrames(reader).empty());
+    EXPECT_TRUE(capture.messages().isEmpty());
+    EXPECT_FALSE(reader.fatalError());
+}
+
+TEST(FrameReader, TakeFrameDataKeepsCallerCapacity)
+{
+    QByteArray const payload(4000, '\x05');
+    MemoryFrameReader reader(frame(64, payload) + frame(64, payload.left(40)));
+    QByteArray type;
+    QByteArray data;
+    while (!reader.readFrame()) {
+    }
+    reader.takeFrameData(type, data);
+    char const* first = data.constData();
+    while (!reader.readFrame()) {
+    }
+    reader.takeFrameData(type, data);
+    EXPECT_EQ(data.size(), 64);
+    EXPECT_EQ(data.constData(), first) << "the smaller frame should reuse the allocation";
+}
+
+TEST(FrameReader, RemoveFrameDataSkipsAFrame)
+{
+    QByteArray const payload = samplePayload();
+    MemoryFrameReader reader(frame(64, payload) + frame(368, payload));
+    while (!reader.readFrame()) {
+    }
+    reader.removeFrameData();
+    auto const frames = readAllFrames(reader);
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(frames[0].type, QByteArray("170"));
+}
+
+TEST(FrameReader, ReadDirectReadsRawBytes)
+{
+    MemoryFrameReader reader(QByteArray("abcdefgh"));
+    QByteArray out;
+    reader.readDirect(out, 5);
+    EXPECT_EQ(out, QByteArray("abcde"));
+    reader.readDirect(out, 10);
+    EXPECT_EQ(out, QByteArray("fgh"));
+    reader.readDirect(out, -3);
+    EXPECT_TRUE(out.isEmpty());
+}
+
+TEST(FrameReader, SetErrorStopsAndRestarts)
+{
+    MemoryFrameReader reader(frame(64, samplePayload()));
+    reader.setError(true);
+    EXPECT_FALSE(reader.isWorking());
+    EXPECT_TRUE(readAllFrames(reader).empty());
+    reader.setError(false);
+    EXPECT_EQ(readAllFrames(reader).size(), 1u);
+}
+
+// Random bytes, random frames with random damage, random cut points: the reader must end,
+// never hand out a frame shorter than a header or longer than the input, and never crash.
+TEST(FrameReader, RandomAndTruncatedInputAlwaysEnds)
+{
+    zelkotest::TraceCapture capture;
+    std::mt19937 random(20261121);
+    for (int round = 0; round < 300; ++round) {
+        QByteArray stream;
+        int const pieces = int(random() % 12);
+        for (int i = 0; i < pieces; ++i) {
+            switch (random() % 5) {
+            case 0:
+                stream += RecordingWriter::garbage(int(random() % 200), random(), true);
+                break;
+            case 1:
+                stream += frame(random() % 400,
+                                RecordingWriter::garbage(int(random() % 300), random(), true),
+                                random() % 2 ? ByteOrder::Host : ByteOrder::Swapped);
+                break;
+            case 2:
+                stream += header(RecordingWriter::FrameMagic, random() % 0x5000000, 64,
+                                 random() % 2 ? ByteOrder::Host : ByteOrder::Swapped);
+                break;
+            case 3:
+                stream += QByteArray(int(random() % 64), '\0');
+                break;
+            default:
+                stream += header(RecordingWriter::FrameMagic, random() % 40, random());
+                break;
+            }
+        }
+        stream.truncate(int(random() % (stream.size() + 1)));
+        MemoryFrameReader reader(stream, 1 + int(random() % 64));
+        auto const frames = readAllFrames(reader, 1000000);
+        EXPECT_FALSE(reader.isWorking()) << "round " << round << " did not end";
+        for (auto const& f : frames) {
+            EXPECT_GE(f.data.size(), FrameReader::HeaderSize);
+            EXPECT_LE(f.data.size(), stream.size());
+        }
+    }
+}
+
+} // namespace
