@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QDateTime>
+#include <massdatamanagement/zelkodatastreamconverter/binaryfile.h>
+
+namespace zelkodatastreamconverter {
+
+/// The result-document file of one channel, named "NerikResultData_<yyyyMMdd_hhmmss><suffix>.xml".
+///
+/// The owner writes the whole document into getFile() each time and never counts its size:
+/// the limit is 0, so counting would complete the file at once and result files are never
+/// split. Each open truncates, so every write replaces the file.
+///
+/// Pending changes: the first change after a write fixes the due time; later changes neither
+/// postpone nor advance it, so a stream of small changes cannot hold the file back for ever.
+/// The owner polls hasExpiredPendingChanges(now), writes, then calls resetPendingChanges().
+///
+/// Reports REPORTKIT::Text records (no type; the channel when one is set).
+class XmlFile : public BinaryFile
+{
+public:
+    explicit XmlFile(FileInfoCallback* callback);
+    /// Copies settings, channel and pending state; the copy has no file.
+    XmlFile(XmlFile const& other) = default;
+    XmlFile& operator=(XmlFile const& other) = default;
+    ~XmlFile() override;
+
+    void setChannel(int channel);
+    int getChannel() const { return m_channel; }
+    bool isChannelSet() const { return m_channelSet; }
+
+    /// Marks changes pending, due delaySeconds from now (negative: due at once). No effect
+    /// while changes are already pending.
+    void setPendingChanges(int delaySeconds);
+    /// The same with an explicit due time.
+    void setPendingChanges(QDateTime const& due);
+    bool hasPendingChanges() const { return m_pendingChanges; }
+    /// True when changes are pending and now is not earlier than the due time.
+    bool hasExpiredPendingChanges(QDateTime const& now) const;
+    /// Clears the flag after a write; the due time stays until the next setPendingChanges().
+    void resetPendingChanges() { m_pendingChanges = false; }
+    QDateTime const& getDueTime() const { return m_dueTime; }
+
+protected:
+    /// Opens write-only, truncating, in text mode.
+    bool openFile(QFile* file) override;
+    void sendFileInfo(bool complete) override;
+
+private:
+    QDateTime m_dueTime;
+    bool m_pendingChanges = false;
+    bool m_channelSet = false;
+    qint32 m_channel = 0;
+};
+
+} // namespace zelkodatastreamconverter
