@@ -1,0 +1,43 @@
+#pragma once
+
+#include <alphabetkit/alphabetcatalog.h>
+#include <alphabetkit/codetranslator.h>
+#include <alphabetkit/ialphabethandler.h>
+
+/// The table-driven alphabet handler: every alphabet is an alphabet file (see
+/// AlphabetKit::Alphabet for the format) in the alphabets directory.
+///
+/// A new handler has no decoder, the alphabet "None" and no directory read; a converter
+/// typically does
+///
+///     auto handler = std::make_shared<CodecHandler>();
+///     handler->SetAlphabetsDir(directory);   // e.g. the configured "MorseAlphabets"
+///     handler->SetDecoder(QStringLiteral("BAUDOT"));
+///     handler->SetAlphabet(QStringLiteral("International"));
+///     QString text = handler->Translate(raw);  // shift state carries over to the next call
+class CodecHandler : public IAlphabetHandler
+{
+public:
+    CodecHandler();
+    ~CodecHandler() override;
+
+    void SetAlphabetsDir(QString const& directory) override;
+    bool SetAlphabet(QString const& alphabet) override;
+    void SetDecoder(QString const& decoder) override;
+    QString Alphabet() const override;
+    QStringList AvailableAlphabets() const override;
+    bool TextDirectionRTL() const override;
+    void ResetInternalState() override;
+    QString Translate(QString const& raw) override;
+    QString Backtranslate(QString const& text) override;
+
+    QString AlphabetsDir() const { return m_catalog.directory(); }
+    QString Decoder() const { return m_decoder; }
+    /// The problems of the last SetAlphabetsDir, one message per skipped file.
+    QStringList LoadErrors() const { return m_catalog.errors(); }
+
+private:
+    AlphabetKit::AlphabetCatalog m_catalog;
+    AlphabetKit::CodeTranslator m_translator;
+    QString m_decoder;
+};

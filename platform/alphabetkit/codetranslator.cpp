@@ -1,0 +1,147 @@
+#include "codetranslator.h"
+
+namespace AlphabetKit {
+
+CodeTranslator::CodeTranslator(AlphabetPtr alphabet)
+    : m_alphabet(alphabet ? std::move(alphabet) : Alphabet::none())
+{
+    reset();
+}
+
+void CodeTranslator::reset()
+{
+    m_table = m_alphabet->initialTable();
+}
+
+QString CodeTranslator::translate(QString const& codes)
+{
+    QString out;
+    out.reserve(codes.size());
+    for (QChar const unit : codes) {
+        translate(unit.unicode(), out);
+    }
+    return out;
+}
+
+void CodeTranslator::translate(unsigned code, QString& out)
+{
+    CodeEntry const& entry = m_alphabet->entry(m_table, code);
+    switch (entry.kind) {
+    case CodeEntry::Text:
+        out += entry.text;
+        break;
+    case CodeEntry::Same:
+        out += QChar(ushort(code));
+        break;
+    case CodeEntry::Shift:
+        m_table = entry.shift;
+        break;
+    case CodeEntry::Nothing:
+        break;
+    case CodeEntry::Unassigned:
+        out += m_alphabet->unknownText();
+        break;
+    }
+}
+
+void CodeTranslator::buildReverse() const
+{
+    if (m_reverseBuilt) {
+        return;
+    }
+    unsigned const size = 1u << m_alphabet->width();
+    for (int table = 0; table < m_alphabet->tableCount(); ++table) {
+        for (unsigned code = 0; code < size; ++code) {
+            CodeEntry const& entry = m_alphabet->entry(table, code);
+            if (entry.kind == CodeEntry::Text && !entry.text.isEmpty()) {
+                m_reverse[entry.text].append({table, code});
+                m_longestText = qMax(m_longestText, entry.text.size());
+            }
+        }
+    }
+    m_reverseBuilt = true;
+}
+
+bool CodeTranslator::sameInEveryTable(unsigned code) const
+{
+    CodeEntry const& first = m_alphabet->entry(0, code);
+    for (int table = 1; table < m_alphabet->tableCount(); ++table) {
+        CodeEntry const& other = m_alphabet->entry(table, code);
+        if (other.kind != first.kind || other.text != first.text) {
+            return false;
+        }
+    }
+    return true;
+}
+
+int CodeTranslator::shiftCode(int from, int to) const
+{
+    unsigned const size = 1u << m_alphabet->width();
+    for (unsigned code = 0; code < size; ++code) {
+        CodeEntry const& entry = m_alphabet->entry(from, code);
+        if (entry.kind == CodeEntry::Shift && entry.shift == to) {
+            return int(code);
+        }
+    }
+    return -1;
+}
+
+QString CodeTranslator::backtranslate(QString const& text) const
+{
+    buildReverse();
+    QString codes;
+    int const initial = m_alphabet->initialTable();
+    int state = m_alphabet->tableCount() > 1 ? -1 : initial;
+    int i = 0;
+    while (i < text.size()) {
+        QVector<Place> places;
+        int length = 1;
+        for (int n = qMin(m_longestText, text.size() - i); n >= 1; --n) {
+            auto const found = m_reverse.constFind(text.mid(i, n));
+            if (found != m_reverse.constEnd()) {
+                places = *found;
+                length = n;
+                break;
+            }
+        }
+        if (places.isEmpty()) {
+            unsigned const unit = text[i].unicode();
+            for (int table = 0; table < m_alphabet->tableCount(); ++table) {
+                if (m_alphabet->entry(table, unit).kind == CodeEntry::Same) {
+                    places.append({table, unit});
+                }
+            }
+        }
+        i += length;
+        if (places.isEmpty()) {
+            continue; // nothing prints this character
+        }
+        Place chosen = places.front();
+        bool needsShift = true;
+        for (Place const& place : qAsConst(places)) {
+            if (place.first == state || (state < 0 && sameInEveryTable(place.second))) {
+                chosen = place;
+                needsShift = false;
+                break;
+            }
+            if (place.first == initial) {
+                chosen = place;
+            }
+        }
+        if (needsShift) {
+            int shift = shiftCode(state < 0 ? initial : state, chosen.first);
+            if (shift < 0 && state < 0) {
+                shift = shiftCode(chosen.first, chosen.first);
+            }
+            if (shift < 0) {
+                continue; // the table cannot be reached from here
+            }
+            codes += QChar(ushort(shift));
+            state = chosen.first;
+        }
+        codes += QChar(ushort(chosen.second));
+    }
+    return codes;
+}
+
+} // namespace AlphabetKit

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QHash>
+#include <QPair>
+#include <QString>
+#include <QVector>
+#include <alphabetkit/alphabet.h>
+
+namespace AlphabetKit {
+
+/// Translates a stream of codes through one alphabet. The shift state is kept between calls,
+/// because a shift code and the codes it governs often arrive in different frames; reset()
+/// returns to the alphabet's initial table.
+class CodeTranslator
+{
+public:
+    explicit CodeTranslator(AlphabetPtr alphabet = Alphabet::none());
+
+    AlphabetPtr const& alphabet() const { return m_alphabet; }
+    int currentTable() const { return m_table; }
+    void reset();
+
+    /// Each UTF-16 code unit of `codes` is one code.
+    QString translate(QString const& codes);
+    void translate(unsigned code, QString& out);
+
+    /// The codes that print `text`, as UTF-16 code units. Starts from an unknown shift state,
+    /// so the first character that is not the same in every table is preceded by its shift
+    /// code; the result prints `text` whatever state the receiving side is in. Characters that
+    /// no table holds are left out. Does not touch the translation state.
+    QString backtranslate(QString const& text) const;
+
+private:
+    using Place = QPair<int, unsigned>; // table, code
+
+    void buildReverse() const;
+    bool sameInEveryTable(unsigned code) const;
+    int shiftCode(int from, int to) const;
+
+    AlphabetPtr m_alphabet;
+    int m_table = 0;
+    mutable QHash<QString, QVector<Place>> m_reverse;
+    mutable int m_longestText = 0;
+    mutable bool m_reverseBuilt = false;
+};
+
+} // namespace AlphabetKit

@@ -1,0 +1,355 @@
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <alphabetkit/alphabetcatalog.h>
+#include <alphabetkit/codechandler.h>
+#include <alphabetkit/codetranslator.h>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <support/tracecapture.h>
+
+using namespace AlphabetKit;
+
+namespace {
+
+QString const dataDir = QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets");
+
+QString codes(std::initializer_list<unsigned> values)
+{
+    QString raw;
+    for (unsigned const value : values) {
+        raw += QChar(ushort(value));
+    }
+    return raw;
+}
+
+std::unique_ptr<CodecHandler> handlerFor(QString const& decoder, QString const& alphabet)
+{
+    auto handler = std::make_unique<CodecHandler>();
+    handler->SetAlphabetsDir(dataDir);
+    handler->SetDecoder(decoder);
+    EXPECT_TRUE(handler->SetAlphabet(alphabet)) << alphabet.toStdString();
+    return handler;
+}
+
+void writeFile(QString const& path, QByteArray const& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray readFile(QString const& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+
+} // namespace
+
+TEST(AlphabetCatalog, LoadsEveryShippedAlphabet)
+{
+    AlphabetCatalog catalog;
+    ASSERT_TRUE(catalog.load(dataDir));
+    EXPECT_EQ(catalog.errors(), QStringList());
+    EXPECT_EQ(catalog.allNames(), (QStringList{"None", "ASCII", "CCIR 476", "Hebrew SI 960",
+                                               "International", "MTK-2", "US-TTY"}));
+    EXPECT_EQ(catalog.names(QStringLiteral("baudot")),
+              (QStringList{"None", "International", "MTK-2", "US-TTY"}));
+    EXPECT_EQ(catalog.names(QStringLiteral("NAVTEX")), (QStringList{"None", "CCIR 476"}));
+    EXPECT_EQ(catalog.names(QStringLiteral("NONE")), QStringList{"None"});
+    EXPECT_TRUE(catalog.find(QStringLiteral("Hebrew SI 960"))->rightToLeft());
+    EXPECT_FALSE(catalog.find(QStringLiteral("International"))->rightToLeft());
+}
+
+TEST(AlphabetCatalog, InternationalMatchesTheIta2ReferenceTable)
+{
+    AlphabetCatalog catalog;
+    catalog.load(dataDir);
+    AlphabetPtr const ita2 = catalog.find(QStringLiteral("International"));
+    ASSERT_NE(ita2, nullptr);
+    QString const letters = QStringLiteral("letters");
+    int const tables[2] = {ita2->tableName(0) == letters ? 0 : 1,
+                           ita2->tableName(0) == letters ? 1 : 0};
+    auto expected = [&](QString const& name) -> CodeEntry {
+        static QHash<QString, QString> const controls{
+            {"LF", "\n"}, {"CR", "\r"}, {"SP", " "}, {"WRU", "\u2405"}, {"BEL", "\u2407"}};
+        CodeEntry entry;
+        if (name == QLatin1String("NUL")) {
+            entry.kind = CodeEntry::Nothing;
+        } else if (name == QLatin1String("FIGS") || name == QLatin1String("LTRS")) {
+            entry.kind = CodeEntry::Shift;
+            entry.shift = tables[name == QLatin1String("FIGS") ? 1 : 0];
+        } else if (name.isEmpty()) {
+            entry.kind = CodeEntry::Unassigned;
+        } else {
+            entry.kind = CodeEntry::Text;
+            entry.text = controls.value(name, name);
+        }
+        return entry;
+    };
+    QStringList const lines =
+        QString::fromUtf8(
+            readFile(QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/alphabetkit/ita2.csv")))
+            .split('\n');
+    int rows = 0;
+    for (QString const& line : lines) {
+        if (line.isEmpty() || line.startsWith('#')) {
+            continue;
+        }
+        QStringList const fields = line.split(';');
+        ASSERT_EQ(fields.size(), 3) << line.toStdString();
+        unsigned const code = fields[0].toUInt();
+        for (int shift = 0; shift < 2; ++shift) {
+            CodeEntry const want = expected(fields[1 + shift]);
+            CodeEntry const& got = ita2->entry(tables[shift], code);
+            EXPECT_EQ(int(got.kind), int(want.kind)) << code << " shift " << shift;
+            EXPECT_EQ(got.text, want.text) << code << " shift " << shift;
+            EXPECT_EQ(got.shift, want.shift) << code << " shift " << shift;
+        }
+        ++rows;
+    }
+    EXPECT_EQ(rows, 32);
+}
+
+TEST(AlphabetCatalog, Ccir476UsesExactlyTheThirtyFiveFourOfSevenCodes)
+{
+    AlphabetCatalog catalog;
+    catalog.load(dataDir);
+    AlphabetPtr const ccir = catalog.find(QStringLiteral("CCIR 476"));
+    AlphabetPtr const ita2 = catalog.find(QStringLiteral("International"));
+    ASSERT_TRUE(ccir && ita2);
+    int used = 0;
+    for (unsigned code = 0; code < 128; ++code) {
+        bool const valid = __builtin_popcount(code) == 4;
+        bool assigned = false;
+        for (int table = 0; table < ccir->tableCount(); ++table) {
+            assigned = assigned || ccir->entry(table, code).kind != CodeEntry::Unassigned;
+        }
+        EXPECT_EQ(assigned, valid) << "code " << code;
+        used += assigned ? 1 : 0;
+    }
+    EXPECT_EQ(used, 35);
+    // Letters and figures print the same characters as ITA2 (same set per shift).
+    for (int table = 0; table < 2; ++table) {
+        QStringList ccirTexts;
+        QStringList ita2Texts;
+        for (unsigned code = 0; code < 128; ++code) {
+            CodeEntry const& c = ccir->entry(table, code);
+            if (c.kind == CodeEntry::Text) {
+                ccirTexts.append(c.text);
+            }
+            CodeEntry const& i = ita2->entry(table, code);
+            if (i.kind == CodeEntry::Text) {
+                ita2Texts.append(i.text);
+            }
+        }
+        ccirTexts.sort();
+        ita2Texts.sort();
+        EXPECT_EQ(ccirTexts, ita2Texts) << "table " << table;
+    }
+}
+
+TEST(CodecHandler, TranslatesKnownCodeValues)
+{
+    struct
+    {
+        char const* name;
+        char const* decoder;
+        char const* alphabet;
+        QString raw;
+        QString text;
+    } const cases[] = {
+        {"ITA2 RYRY", "BAUDOT", "International", codes({31, 10, 21, 10, 21}), "RYRY"},
+        {"ITA2 figures after FIGS", "BAUDOT", "International", codes({27, 23, 19, 1}), "123"},
+        {"ITA2 back to letters", "BAUDOT", "International", codes({27, 23, 31, 23}), "1Q"},
+        {"ITA2 blank, CR, LF and space in figures", "BAUDOT", "International",
+         codes({0, 27, 8, 2, 4, 0}), "\r\n "},
+        {"ITA2 who-are-you, bell, national use", "BAUDOT", "International",
+         codes({27, 9, 11, 13, 20, 26}), "\u2405\u2407\uFFFD\uFFFD\uFFFD"},
+        {"ITA2 code above five bits", "BAUDOT", "International", codes({32, 0x41}), "\uFFFD\uFFFD"},
+        {"US-TTY figures", "RTTY", "US-TTY", codes({27, 5, 9, 11, 13, 17, 20, 26, 30}),
+         "\u2407$'!\"#&;"},
+        {"International same figures", "RTTY", "International", codes({27, 5, 17, 30}), "'+="},
+        {"CCIR 476 RYRY", "NAVTEX", "CCIR 476", codes({0x5A, 0x55, 0x2B, 0x55, 0x2B}), "RYRY"},
+        {"CCIR 476 figures", "SITOR-B", "CCIR 476", codes({0x36, 0x2E, 0x27, 0x56, 0x5A, 0x56}),
+         "123E"},
+        {"CCIR 476 idle and repetition print nothing", "NAVTEX", "CCIR 476",
+         codes({0x0F, 0x33, 0x66, 0x6A, 0x47}), "A"},
+        {"CCIR 476 invalid weights", "NAVTEX", "CCIR 476", codes({0x00, 0x7F, 0x1F}),
+         "\uFFFD\uFFFD\uFFFD"},
+        {"CCIR 476 ZCZC header", "NAVTEX", "CCIR 476", codes({0x63, 0x1D, 0x63, 0x1D}), "ZCZC"},
+        {"MTK-2 starts in Russian", "BAUDOT", "MTK-2", codes({3, 25, 19, 26, 9}), "АБВГД"},
+        {"MTK-2 Latin and back", "BAUDOT", "MTK-2", codes({31, 3, 25, 0, 3}), "ABА"},
+        {"MTK-2 figures letters", "BAUDOT", "MTK-2", codes({27, 11, 13, 26, 20, 10}), "ЮЭШЩ4"},
+        {"ASCII controls", "ASCII", "ASCII", "Hi\x07\x1B\t\n" + codes({0, 0x7F, 0x80}),
+         "Hi\u2407\u241B\t\n\uFFFD"},
+        {"Hebrew letters", "ASCII", "Hebrew SI 960", codes({0x60, 0x6A, 0x7A, 0x41, 0x20}),
+         "\u05D0\u05DA\u05EAA "},
+        {"None passes code units", "anything", "None", "\u00E4\U0001F600\x01",
+         "\u00E4\U0001F600\x01"},
+    };
+    for (auto const& c : cases) {
+        auto handler = handlerFor(QString::fromUtf8(c.decoder), QString::fromUtf8(c.alphabet));
+        EXPECT_EQ(handler->Translate(c.raw), c.text) << c.name;
+    }
+}
+
+TEST(CodecHandler, ShiftStateSpansCallsUntilReset)
+{
+    auto handler = handlerFor(QStringLiteral("BAUDOT"), QStringLiteral("International"));
+    EXPECT_EQ(handler->Translate(codes({27})), QString());
+    EXPECT_EQ(handler->Translate(codes({23})), QStringLiteral("1"));
+    EXPECT_EQ(handler->Translate(codes({23})), QStringLiteral("1"));
+    handler->ResetInternalState();
+    EXPECT_EQ(handler->Translate(codes({23})), QStringLiteral("Q"));
+    handler->Translate(codes({27}));
+    ASSERT_TRUE(handler->SetAlphabet(QStringLiteral("US-TTY"))); // selecting resets too
+    EXPECT_EQ(handler->Translate(codes({23})), QStringLiteral("Q"));
+
+    auto mtk = handlerFor(QStringLiteral("BAUDOT"), QStringLiteral("MTK-2"));
+    mtk->Translate(codes({31}));
+    mtk->ResetInternalState();
+    EXPECT_EQ(mtk->Translate(codes({3})), QStringLiteral("А")); // Cyrillic again
+}
+
+TEST(CodecHandler, SplittingTheInputNeverChangesTheText)
+{
+    QRandomGenerator random(476);
+    for (QString const alphabet : {"International", "MTK-2", "CCIR 476", "US-TTY"}) {
+        auto handler = handlerFor(QStringLiteral("All"), alphabet);
+        for (int round = 0; round < 50; ++round) {
+            QString raw;
+            int const length = int(random.bounded(40));
+            for (int i = 0; i < length; ++i) {
+                raw += QChar(ushort(random.bounded(alphabet == "CCIR 476" ? 128 : 32)));
+            }
+            handler->ResetInternalState();
+            QString const whole = handler->Translate(raw);
+            int const cut = raw.isEmpty() ? 0 : int(random.bounded(raw.size() + 1));
+            handler->ResetInternalState();
+            QString split = handler->Translate(raw.left(cut)); // two statements: order matters
+            split += handler->Translate(raw.mid(cut));
+            EXPECT_EQ(split, whole) << alphabet.toStdString() << " cut " << cut;
+        }
+    }
+}
+
+TEST(CodecHandler, RandomCodesNeverCrashAndStayBounded)
+{
+    QRandomGenerator random(2024);
+    auto handler = std::make_unique<CodecHandler>();
+    handler->SetAlphabetsDir(dataDir);
+    handler->SetDecoder(QStringLiteral("All"));
+    for (QString const& alphabet : handler->AvailableAlphabets()) {
+        ASSERT_TRUE(handler->SetAlphabet(alphabet));
+        QString raw;
+        for (int i = 0; i < 2000; ++i) {
+            raw += QChar(ushort(random.bounded(0x10000)));
+        }
+        EXPECT_LE(handler->Translate(raw).size(), raw.size()) << alphabet.toStdString();
+    }
+}
+
+TEST(CodecHandler, BacktranslateRoundTripsFromAnyState)
+{
+    struct
+    {
+        char const* alphabet;
+        QString text;
+        QString stateBefore; // codes translated first, to leave the receiver in another shift
+    } const cases[] = {
+        {"International", "RYRY THE QUICK BROWN FOX 1234567890 ?:()-+=/.,'\r\n", codes({27})},
+        {"US-TTY", "PRICE $5 #2 & \"OK\"; !", codes({27})},
+        {"CCIR 476", "ZCZC FA01\r\nNAVAREA 1 (123)", codes({0x36})},
+        {"MTK-2", "ПРИВЕТ MIR 123 ЮЭШЩ", codes({27})},
+        {"ASCII", "Hello, World ~ {x}", QString()},
+        {"Hebrew SI 960", "\u05E9\u05DC\u05D5\u05DD 1", QString()},
+        {"None", "\u00E4\U0001F600", QString()},
+    };
+    for (auto const& c : cases) {
+        auto handler = handlerFor(QStringLiteral("All"), QString::fromUtf8(c.alphabet));
+        QString const raw = handler->Backtranslate(c.text);
+        handler->Translate(c.stateBefore);
+        EXPECT_EQ(handler->Translate(raw), c.text) << c.alphabet;
+    }
+    // Characters that no table prints are left out.
+    auto ita2 = handlerFor(QStringLiteral("All"), QStringLiteral("International"));
+    EXPECT_EQ(ita2->Translate(ita2->Backtranslate(QStringLiteral("a@B"))), QStringLiteral("B"));
+    EXPECT_EQ(ita2->Backtranslate(QStringLiteral("RY")), codes({31, 10, 21}));
+    EXPECT_EQ(ita2->Backtranslate(QStringLiteral(" ")), codes({4})); // same in both shifts
+}
+
+TEST(CodecHandler, SelectionRules)
+{
+    CodecHandler handler;
+    EXPECT_EQ(handler.Alphabet(), QStringLiteral("None"));
+    handler.SetAlphabetsDir(dataDir);
+    handler.SetDecoder(QStringLiteral("NAVTEX"));
+    EXPECT_FALSE(handler.SetAlphabet(QStringLiteral("International"))); // not offered
+    EXPECT_FALSE(handler.SetAlphabet(QStringLiteral("international"))); // names are exact
+    EXPECT_FALSE(handler.SetAlphabet(QString()));
+    EXPECT_FALSE(handler.SetAlphabet(QStringLiteral("Klingon")));
+    EXPECT_EQ(handler.Alphabet(), QStringLiteral("None"));
+    EXPECT_TRUE(handler.SetAlphabet(QStringLiteral("CCIR 476")));
+    handler.SetDecoder(QStringLiteral("BAUDOT")); // keeps the alphabet; the caller decides
+    EXPECT_EQ(handler.Alphabet(), QStringLiteral("CCIR 476"));
+    handler.SetDecoder(QStringLiteral("All"));
+    EXPECT_EQ(handler.AvailableAlphabets().size(), 7);
+    EXPECT_TRUE(handler.SetAlphabet(QStringLiteral("Hebrew SI 960")));
+    EXPECT_TRUE(handler.TextDirectionRTL());
+
+    // Reloading keeps an alphabet that the new directory has, else falls back to "None".
+    handler.SetAlphabetsDir(dataDir);
+    EXPECT_EQ(handler.Alphabet(), QStringLiteral("Hebrew SI 960"));
+    zelkotest::TraceCapture capture;
+    handler.SetAlphabetsDir(QStringLiteral("/nonexistent/alphabets"));
+    EXPECT_EQ(handler.Alphabet(), QStringLiteral("None"));
+    EXPECT_FALSE(handler.TextDirectionRTL());
+    EXPECT_EQ(handler.AvailableAlphabets(), QStringList{"None"});
+    EXPECT_EQ(handler.LoadErrors(),
+              QStringList{"alphabets directory \"/nonexistent/alphabets\" does not exist"});
+    EXPECT_EQ(capture.count(
+                  QStringLiteral("alphabets directory \"/nonexistent/alphabets\" does not exist")),
+              1);
+}
+
+TEST(CodecHandler, BadFilesAreSkippedWithTheirErrors)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    QByteArray const ita2 = readFile(dataDir + "/International.alphabet");
+    writeFile(dir.filePath("a-good.alphabet"), ita2);
+    writeFile(dir.filePath("b-copy.alphabet"), ita2); // same name again
+    writeFile(dir.filePath("c-truncated.alphabet"), ita2.left(ita2.indexOf("[figures]")));
+    writeFile(dir.filePath("d-width.alphabet"),
+              QByteArray(ita2).replace("width = 5", "width = 33"));
+    writeFile(dir.filePath("e-missing-table.alphabet"),
+              ita2.left(ita2.indexOf("[figures]")) + "end\n");
+    writeFile(dir.filePath("f-binary.alphabet"), QByteArray("\x00\xff\xfe garbage", 12));
+    writeFile(dir.filePath("ignored.txt"), "not an alphabet");
+
+    zelkotest::TraceCapture capture;
+    CodecHandler handler;
+    handler.SetAlphabetsDir(dir.path());
+    QString const p = dir.path() + '/';
+    QStringList const expected{
+        "alphabet file skipped: " + p +
+            "b-copy.alphabet: alphabet \"International\" is already defined in " + p +
+            "a-good.alphabet",
+        "alphabet file skipped: " + p +
+            "c-truncated.alphabet: file ends before its \"end\" line (truncated?)",
+        "alphabet file skipped: " + p +
+            "d-width.alphabet:11: width must be a number from 1 to 16: \"33\"",
+        "alphabet file skipped: " + p +
+            "e-missing-table.alphabet:43: shift to unknown table \"figures\"",
+        "alphabet file skipped: " + p + "f-binary.alphabet: not UTF-8 text",
+    };
+    EXPECT_EQ(handler.LoadErrors(), expected);
+    EXPECT_EQ(capture.messages(), expected);
+    handler.SetDecoder(QStringLiteral("All"));
+    EXPECT_EQ(handler.AvailableAlphabets(), (QStringList{"None", "International"}));
+}
