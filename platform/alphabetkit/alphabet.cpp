@@ -118,8 +118,9 @@ public:
 private:
     bool fail(int line, QString const& problem)
     {
-        m_error = line > 0 ? QStringLiteral("%1:%2: %3").arg(m_origin).arg(line).arg(problem)
-                           : QStringLiteral("%1: %2").arg(m_origin, problem);
+        m_error = line > 0
+                      ? QStringLiteral("%1:%2: %3").arg(m_origin, QString::number(line), problem)
+                      : QStringLiteral("%1: %2").arg(m_origin, problem);
         return false;
     }
 

@@ -133,23 +133,45 @@ TEST(AlphabetCatalog, Ccir476UsesExactlyTheThirtyFiveFourOfSevenCodes)
         used += assigned ? 1 : 0;
     }
     EXPECT_EQ(used, 35);
-    // Letters and figures print the same characters as ITA2 (same set per shift).
-    for (int table = 0; table < 2; ++table) {
-        QStringList ccirTexts;
-        QStringList ita2Texts;
-        for (unsigned code = 0; code < 128; ++code) {
-            CodeEntry const& c = ccir->entry(table, code);
-            if (c.kind == CodeEntry::Text) {
-                ccirTexts.append(c.text);
-            }
-            CodeEntry const& i = ita2->entry(table, code);
-            if (i.kind == CodeEntry::Text) {
-                ita2Texts.append(i.text);
-            }
+    // Each CCIR 476 letter carries the figure that ITA2 gives the same letter.
+    QHash<QString, QString> ita2Figures;
+    for (unsigned code = 0; code < 32; ++code) {
+        ita2Figures.insert(ita2->entry(0, code).text, ita2->entry(1, code).text);
+    }
+    for (unsigned code = 0; code < 128; ++code) {
+        QString const letter = ccir->entry(0, code).text;
+        if (!letter.isEmpty()) {
+            EXPECT_EQ(ccir->entry(1, code).text, ita2Figures.value(letter)) << "code " << code;
         }
-        ccirTexts.sort();
-        ita2Texts.sort();
-        EXPECT_EQ(ccirTexts, ita2Texts) << "table " << table;
+    }
+}
+
+TEST(AlphabetCatalog, TablesInCodeOrderMatchThePublishedTables)
+{
+    // What each table prints, code by code in ascending order, as the published tables list it.
+    struct
+    {
+        char const* alphabet;
+        int table;
+        char const* printed;
+    } const cases[] = {
+        {"International", 0, "E\nA SIU\rDRJNFCKTZLWHYPQOBGMXV"},
+        {"International", 1, "3\n- '87\r\u24054\u2407,:(5+)26019?./="},
+        {"US-TTY", 1, "3\n- \u240787\r$4',!:(5\")2#6019?&./;"},
+        {"CCIR 476", 0, "JFCKWYPQGMXVASIUDREN ZLH\nOBT\r"},
+        {"MTK-2", 0, "Е\nА СИУ\rДРЙНФЦКТЗЛВХЫПЯОБГМЬЖ"},
+        {"MTK-2", 2, "3\n- '87\r\u24054Ю,Э:(5+)2Щ6019?Ш./="},
+    };
+    AlphabetCatalog catalog;
+    catalog.load(dataDir);
+    for (auto const& c : cases) {
+        AlphabetPtr const alphabet = catalog.find(QString::fromUtf8(c.alphabet));
+        ASSERT_NE(alphabet, nullptr) << c.alphabet;
+        QString printed;
+        for (unsigned code = 0; code < (1u << alphabet->width()); ++code) {
+            printed += alphabet->entry(c.table, code).text;
+        }
+        EXPECT_EQ(printed, QString::fromUtf8(c.printed)) << c.alphabet << " table " << c.table;
     }
 }
 
