@@ -31,23 +31,23 @@ struct CodeEntry
 /// Alphabet file format (UTF-8 text, one alphabet per file, file name ending ".alphabet"):
 ///
 ///     # International Telegraph Alphabet No. 2
-///     name = International            the name shown to users and written as content code
-///     decoders = BAUDOT, RTTY         decoder names that offer it (any case); "*" = every one
-///     width = 5                       bits per code, 1 to 16
-///     direction = ltr                 "ltr" or "rtl" (optional, default ltr)
-///     initial = letters               shift table after a reset (optional, default: the first)
-///     unknown = U+FFFD                text for codes that no table lists (optional, default)
+///     name = International      # shown to users and written as the content code
+///     decoders = BAUDOT, RTTY   # decoder names that offer it (any case); * = every decoder
+///     width = 5                 # bits per code, 1 to 16
+///     direction = ltr           # ltr or rtl (optional, default ltr)
+///     initial = letters         # shift table after a reset (optional, default the first)
+///     unknown = U+FFFD          # for codes that no table lists (optional; none = nothing)
 ///
-///     [letters]                       one section per shift state, named freely
-///     0 = none                        produces nothing
-///     1 = E                           one character, written as itself
-///     4 = SP                          SP, LF, CR, TAB name the blank and the controls
-///     5 = U+0027                      a character by its code point
-///     27 = shift figures              switches to the table [figures]
-///     0x20-0x7E = same                a range; "same" gives the code as the character
+///     [letters]                 # one table per shift state, named freely
+///     0 = none                  # prints nothing
+///     1 = E                     # one character, written as itself
+///     4 = SP                    # SP, LF, CR, TAB name the blank and the controls
+///     5 = U+0027                # a character by its code point
+///     27 = shift figures        # switches to the table [figures], prints nothing
 ///     [figures]
+///     2-4 = same                # a range; "same" prints the code itself as a character
 ///     ...
-///     end                             the last line: a file without it counts as truncated
+///     end                       # the last line: a file without it counts as truncated
 ///
 /// Codes are decimal, hexadecimal (0x41) or binary (0b00001), as numbers: the value that the
 /// decoder delivers, most significant bit written first. A value may chain several
