@@ -2,9 +2,13 @@
 
 #include "moduletrace.h"
 
+#include <cstring>
+
 namespace zelkodatastreamconverter {
 
 namespace {
+constexpr int ReadAheadSize = 1 << 18;
+
 ModuleTrace const& moduleTrace()
 {
     static ModuleTrace const trace(QStringLiteral("filereader"));
@@ -14,7 +18,8 @@ ModuleTrace const& moduleTrace()
 
 FileReader::FileReader(QString const& filePath) : FrameReader(filePath), m_file(filePath)
 {
-    if (!m_file.open(QIODevice::ReadOnly)) {
+    // Unbuffered: the reader keeps its own, larger read-ahead.
+    if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         setError(true);
     }
 }
@@ -35,6 +40,7 @@ void FileReader::close()
         m_file.close();
         m_position = 0;
     }
+    m_readAheadBegin = m_readAheadEnd = 0;
 }
 
 bool FileReader::seek(long long position)
@@ -43,6 +49,7 @@ bool FileReader::seek(long long position)
     if (!m_file.seek(position)) {
         return false;
     }
+    m_readAheadBegin = m_readAheadEnd = 0;
     m_position = position;
     return true;
 }
@@ -54,7 +61,7 @@ bool FileReader::readBuffer()
         return true;
     }
     // One request; the file may deliver fewer bytes, and the next readFrame() asks again.
-    qint64 const count = m_file.read(fillPosition(), missing);
+    qint64 const count = readFromFile(fillPosition(), missing);
     if (count > 0) {
         addFilled(int(count));
         m_position += count;
@@ -72,6 +79,36 @@ bool FileReader::readBuffer()
         __LINE__);
     setError(true);
     return false;
+}
+
+} // namespace zelkodatastreamconverter
+
+namespace zelkodatastreamconverter {
+
+// Serves a request from the read-ahead when it holds bytes (possibly fewer than asked for,
+// like any short read), reads large requests straight into the destination, and refills
+// the read-ahead otherwise. Returns the file's answer (0 at end, negative on error) when
+// nothing is buffered.
+qint64 FileReader::readFromFile(char* destination, qint64 count)
+{
+    if (m_readAheadBegin == m_readAheadEnd) {
+        if (count >= ReadAheadSize / 2) {
+            return m_file.read(destination, count);
+        }
+        if (m_readAhead.size() < ReadAheadSize) {
+            m_readAhead.resize(ReadAheadSize);
+        }
+        qint64 const filled = m_file.read(m_readAhead.data(), ReadAheadSize);
+        if (filled <= 0) {
+            return filled;
+        }
+        m_readAheadBegin = 0;
+        m_readAheadEnd = int(filled);
+    }
+    int const served = int(qMin<qint64>(count, m_readAheadEnd - m_readAheadBegin));
+    std::memcpy(destination, m_readAhead.constData() + m_readAheadBegin, size_t(served));
+    m_readAheadBegin += served;
+    return served;
 }
 
 } // namespace zelkodatastreamconverter

@@ -31,8 +31,16 @@ protected:
     bool readBuffer() override;
 
 private:
+    qint64 readFromFile(char* destination, qint64 count);
+
     QFile m_file;
     qint64 m_position = 0;
+    // Read-ahead in large blocks: the frame logic asks for a header, then a body, so many
+    // small requests would otherwise each cost a system call or a pass through a small
+    // device buffer. Only bytes handed to the frame logic count in the position.
+    QByteArray m_readAhead;
+    int m_readAheadBegin = 0;
+    int m_readAheadEnd = 0;
 };
 
 } // namespace zelkodatastreamconverter

@@ -4,7 +4,12 @@
 
 #include <QtEndian>
 #include <algorithm>
+#include <array>
 #include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace zelkodatastreamconverter {
 
@@ -19,6 +24,23 @@ ModuleTrace const& moduleTrace()
 // The lowest bytes of the two forms of the magic word, searched for when resynchronising.
 constexpr char NativeMagicFirstByte = char(0x72);
 constexpr char SwappedMagicFirstByte = char(0xFB);
+
+// Lower-case hex without prefix, written into the caller's array so that a reused array
+// is not reallocated for every frame.
+void setHexText(QByteArray& text, quint32 value)
+{
+    std::array<char, 8> digits;
+    int count = 0;
+    do {
+        digits[size_t(count++)] = "0123456789abcdef"[value & 0xF];
+        value >>= 4;
+    } while (value != 0);
+    text.resize(count);
+    char* out = text.data();
+    for (int i = 0; i < count; ++i) {
+        out[i] = digits[size_t(count - 1 - i)];
+    }
+}
 
 int indexOf(QByteArray const& buffer, char byte, int from, int to)
 {
@@ -153,7 +175,18 @@ void FrameReader::convertFilledWords()
     // Word by word and in place: a 64-bit field keeps the order of its halves.
     char* data = m_buffer.data();
     int const words = m_filledSize / 4;
-    for (int i = 0; i < words; ++i) {
+    int i = 0;
+#ifdef __SSE2__
+    // Four words at a time: swap the bytes of each 16-bit half, then the halves.
+    for (; i + 4 <= words; i += 4) {
+        __m128i value = _mm_loadu_si128(reinterpret_cast<__m128i const*>(data + 4 * i));
+        value = _mm_or_si128(_mm_slli_epi16(value, 8), _mm_srli_epi16(value, 8));
+        value = _mm_shufflelo_epi16(value, _MM_SHUFFLE(2, 3, 0, 1));
+        value = _mm_shufflehi_epi16(value, _MM_SHUFFLE(2, 3, 0, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(data + 4 * i), value);
+    }
+#endif
+    for (; i < words; ++i) {
         quint32 word;
         std::memcpy(&word, data + 4 * i, sizeof word);
         word = qbswap(word);
