@@ -1,0 +1,3 @@
+#include "dllinstance.h"
+
+IDllInstance::~IDllInstance() = default;

@@ -1,0 +1,36 @@
+#include "field.h"
+
+#include "xmltext.h"
+
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+#include <reportkit/xmlreading.h>
+
+namespace NerikResultDataXml {
+
+void Field::WriteXml(QXmlStreamWriter& writer) const
+{
+    writer.writeStartElement(QStringLiteral("Field"));
+    XmlText::writeTextAttribute(writer, QStringLiteral("name"), m_name);
+    XmlText::writeTextAttribute(writer, QStringLiteral("type"), m_type);
+    XmlText::writeText(writer, m_value);
+    writer.writeEndElement();
+}
+
+bool Field::ReadXml(QXmlStreamReader& reader, QString& error)
+{
+    REPORTKIT::XmlReading in(reader, true, error);
+    Field read;
+    bool present = false;
+    if (!in.attributes({QStringLiteral("name"), QStringLiteral("name64"), QStringLiteral("type"),
+                        QStringLiteral("type64")}) ||
+        !XmlText::readTextAttribute(reader, in, QStringLiteral("name"), read.m_name, present) ||
+        !XmlText::readTextAttribute(reader, in, QStringLiteral("type"), read.m_type, present) ||
+        !XmlText::readText(reader, in, read.m_value)) {
+        return false;
+    }
+    *this = read;
+    return true;
+}
+
+} // namespace NerikResultDataXml

@@ -1,0 +1,212 @@
+#include "pdudatablock.h"
+
+#include "xmltext.h"
+
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+#include <memory>
+#include <reportkit/xmlreading.h>
+#include <reportkit/xmltime.h>
+
+namespace NerikResultDataXml {
+
+bool PDUDataBlock::IsValid() const
+{
+    if (!m_timeStamp.isValid()) {
+        return false;
+    }
+    return !m_name.isEmpty() || !m_fields.isEmpty() || m_payload.IsValid() || !m_children.isEmpty();
+}
+
+PDUDataBlock::PDUDataBlock(PDUDataBlock const& other)
+{
+    copyFrom(other);
+}
+
+PDUDataBlock& PDUDataBlock::operator=(PDUDataBlock const& other)
+{
+    if (this != &other) {
+        // Copy first: other may be one of our own children.
+        PDUDataBlock copy(other);
+        clearOwned();
+        m_id = copy.m_id;
+        m_type = copy.m_type;
+        m_timeStamp = copy.m_timeStamp;
+        m_name = copy.m_name;
+        m_method = copy.m_method;
+        m_crc = copy.m_crc;
+        m_fields = copy.m_fields;
+        m_payload = copy.m_payload;
+        m_children.swap(copy.m_children);
+        m_userData.swap(copy.m_userData);
+    }
+    return *this;
+}
+
+PDUDataBlock::~PDUDataBlock()
+{
+    clearOwned();
+}
+
+void PDUDataBlock::clearOwned()
+{
+    qDeleteAll(m_children);
+    m_children.clear();
+    DeleteUserData();
+}
+
+void PDUDataBlock::copyFrom(PDUDataBlock const& other)
+{
+    m_id = other.m_id;
+    m_type = other.m_type;
+    m_timeStamp = other.m_timeStamp;
+    m_name = other.m_name;
+    m_method = other.m_method;
+    m_crc = other.m_crc;
+    m_fields = other.m_fields;
+    m_payload = other.m_payload;
+    for (PDUDataBlock const* child : other.m_children) {
+        m_children.append(new PDUDataBlock(*child));
+    }
+    for (UserData const* item : other.m_userData) {
+        m_userData.append(new UserData(*item));
+    }
+}
+
+void PDUDataBlock::AddPDUDataBlock(PDUDataBlock* child)
+{
+    if (child) {
+        m_children.append(child);
+    }
+}
+
+void PDUDataBlock::AddUserData(UserData* userData)
+{
+    if (userData) {
+        m_userData.append(userData);
+    }
+}
+
+void PDUDataBlock::DeleteUserData()
+{
+    qDeleteAll(m_userData);
+    m_userData.clear();
+}
+
+void PDUDataBlock::WriteXml(QXmlStreamWriter& writer) const
+{
+    writer.writeStartElement(QStringLiteral("PDUDataBlock"));
+    writer.writeAttribute(QStringLiteral("id"), QString::number(m_id));
+    writer.writeAttribute(QStringLiteral("type"), QString::number(m_type));
+    if (m_timeStamp.isValid()) {
+        writer.writeAttribute(QStringLiteral("timeStamp"), REPORTKIT::XmlTime::toText(m_timeStamp));
+    }
+    XmlText::writeTextAttribute(writer, QStringLiteral("name"), m_name);
+    if (!m_method.isEmpty()) {
+        XmlText::writeTextAttribute(writer, QStringLiteral("method"), m_method);
+    }
+    if (!m_crc.isEmpty()) {
+        XmlText::writeTextAttribute(writer, QStringLiteral("crc"), m_crc);
+    }
+    for (Field const& field : m_fields) {
+        field.WriteXml(writer);
+    }
+    if (m_payload != Payload()) {
+        m_payload.WriteXml(writer);
+    }
+    for (UserData const* item : m_userData) {
+        item->WriteXml(writer);
+    }
+    for (PDUDataBlock const* child : m_children) {
+        child->WriteXml(writer);
+    }
+    writer.writeEndElement();
+}
+
+bool PDUDataBlock::ReadXml(QXmlStreamReader& reader, QString& error)
+{
+    REPORTKIT::XmlReading in(reader, true, error);
+    PDUDataBlock read;
+    bool present = false;
+    QString typeText;
+    if (!in.attributes({QStringLiteral("id"), QStringLiteral("type"), QStringLiteral("timeStamp"),
+                        QStringLiteral("name"), QStringLiteral("name64"), QStringLiteral("method"),
+                        QStringLiteral("method64"), QStringLiteral("crc"),
+                        QStringLiteral("crc64")}) ||
+        !in.requiredInt(QStringLiteral("id"), read.m_id) ||
+        !in.requiredText(QStringLiteral("type"), typeText) ||
+        !in.optionalTime(QStringLiteral("timeStamp"), read.m_timeStamp) ||
+        !XmlText::readTextAttribute(reader, in, QStringLiteral("name"), read.m_name, present) ||
+        !XmlText::readTextAttribute(reader, in, QStringLiteral("method"), read.m_method, present) ||
+        !XmlText::readTextAttribute(reader, in, QStringLiteral("crc"), read.m_crc, present)) {
+        return false;
+    }
+    bool typeOk = false;
+    read.m_type = typeText.toUInt(&typeOk);
+    if (!typeOk) {
+        return in.fail(QStringLiteral("type is not an unsigned integer: \"%1\"").arg(typeText));
+    }
+    // Order: Field*, Payload?, UserData*, PDUDataBlock*.
+    int stage = 0;
+    while (in.nextChild()) {
+        QStringRef const name = reader.name();
+        if (stage <= 0 && name == QLatin1String("Field")) {
+            Field field;
+            if (!field.ReadXml(reader, error)) {
+                return false;
+            }
+            read.m_fields.append(field);
+        } else if (stage <= 0 && name == QLatin1String("Payload")) {
+            if (!read.m_payload.ReadXml(reader, error)) {
+                return false;
+            }
+            stage = 1;
+        } else if (stage <= 2 && name == QLatin1String("UserData")) {
+            auto item = std::make_unique<UserData>();
+            if (!item->ReadXml(reader, error)) {
+                return false;
+            }
+            read.m_userData.append(item.release());
+            stage = 2;
+        } else if (name == QLatin1String("PDUDataBlock")) {
+            auto child = std::make_unique<PDUDataBlock>();
+            if (!child->ReadXml(reader, error)) {
+                return false;
+            }
+            read.m_children.append(child.release());
+            stage = 3;
+        } else {
+            return in.fail(
+                QStringLiteral("unexpected element <%1> in <PDUDataBlock>").arg(name.toString()));
+        }
+    }
+    if (!in.ok()) {
+        return false;
+    }
+    *this = read;
+    return true;
+}
+
+bool PDUDataBlock::operator==(PDUDataBlock const& other) const
+{
+    if (m_id != other.m_id || m_type != other.m_type || m_timeStamp != other.m_timeStamp ||
+        m_name != other.m_name || m_method != other.m_method || m_crc != other.m_crc ||
+        m_fields != other.m_fields || m_payload != other.m_payload ||
+        m_children.size() != other.m_children.size() ||
+        m_userData.size() != other.m_userData.size()) {
+        return false;
+    }
+    for (int i = 0; i < m_children.size(); ++i) {
+        if (*m_children[i] != *other.m_children[i]) {
+            return false;
+        }
+    }
+    for (int i = 0; i < m_userData.size(); ++i) {
+        if (*m_userData[i] != *other.m_userData[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace NerikResultDataXml

@@ -1,0 +1,205 @@
+#include "transmission.h"
+
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+#include <memory>
+#include <reportkit/xmlreading.h>
+#include <reportkit/xmltime.h>
+
+namespace NerikResultDataXml {
+
+namespace {
+
+template <typename T>
+bool sameItems(QList<T*> const& a, QList<T*> const& b)
+{
+    if (a.size() != b.size()) {
+        return false;
+    }
+    for (int i = 0; i < a.size(); ++i) {
+        if (*a[i] != *b[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+template <typename T>
+void copyItems(QList<T*> const& from, QList<T*>& to)
+{
+    to.reserve(from.size());
+    for (T const* item : from) {
+        to.append(new T(*item));
+    }
+}
+
+} // namespace
+
+Transmission::Transmission(Transmission const& other) : INerikResultData(other)
+{
+    copyFrom(other);
+}
+
+Transmission& Transmission::operator=(Transmission const& other)
+{
+    if (this != &other) {
+        Transmission copy(other);
+        Clear();
+        m_startTime = copy.m_startTime;
+        m_stopTime = copy.m_stopTime;
+        m_infos.swap(copy.m_infos);
+        m_dataBlocks.swap(copy.m_dataBlocks);
+        m_pduDataBlocks.swap(copy.m_pduDataBlocks);
+    }
+    return *this;
+}
+
+Transmission::~Transmission()
+{
+    Clear();
+}
+
+void Transmission::copyFrom(Transmission const& other)
+{
+    m_startTime = other.m_startTime;
+    m_stopTime = other.m_stopTime;
+    copyItems(other.m_infos, m_infos);
+    copyItems(other.m_dataBlocks, m_dataBlocks);
+    copyItems(other.m_pduDataBlocks, m_pduDataBlocks);
+}
+
+void Transmission::AddInfo(Info* info)
+{
+    if (info) {
+        m_infos.append(info);
+    }
+}
+
+void Transmission::AddDataBlock(DataBlock* block)
+{
+    if (block) {
+        m_dataBlocks.append(block);
+    }
+}
+
+void Transmission::AddPDUDataBlock(PDUDataBlock* block)
+{
+    if (block) {
+        m_pduDataBlocks.append(block);
+    }
+}
+
+void Transmission::Clear()
+{
+    qDeleteAll(m_infos);
+    m_infos.clear();
+    qDeleteAll(m_dataBlocks);
+    m_dataBlocks.clear();
+    qDeleteAll(m_pduDataBlocks);
+    m_pduDataBlocks.clear();
+}
+
+void Transmission::WriteXml(QXmlStreamWriter& writer) const
+{
+    WriteXml(writer, DataBlockFilter());
+}
+
+void Transmission::WriteXml(QXmlStreamWriter& writer, DataBlockFilter const& filter) const
+{
+    writer.writeStartElement(QStringLiteral("Transmission"));
+    if (m_startTime.isValid()) {
+        writer.writeAttribute(QStringLiteral("startTime"), REPORTKIT::XmlTime::toText(m_startTime));
+    }
+    if (m_stopTime.isValid()) {
+        writer.writeAttribute(QStringLiteral("stopTime"), REPORTKIT::XmlTime::toText(m_stopTime));
+    }
+    for (Info const* info : m_infos) {
+        info->WriteXml(writer);
+    }
+    for (DataBlock const* block : m_dataBlocks) {
+        if (!filter || filter(*block)) {
+            block->WriteXml(writer);
+        }
+    }
+    for (PDUDataBlock const* block : m_pduDataBlocks) {
+        block->WriteXml(writer);
+    }
+    writer.writeEndElement();
+}
+
+bool Transmission::ReadXml(QXmlStreamReader& reader, QString& error)
+{
+    REPORTKIT::XmlReading in(reader, true, error);
+    Transmission read;
+    if (!in.attributes({QStringLiteral("startTime"), QStringLiteral("stopTime")}) ||
+        !in.optionalTime(QStringLiteral("startTime"), read.m_startTime) ||
+        !in.optionalTime(QStringLiteral("stopTime"), read.m_stopTime)) {
+        return false;
+    }
+    // Order: Info*, DataBlock*, PDUDataBlock*.
+    int stage = 0;
+    while (in.nextChild()) {
+        QStringRef const name = reader.name();
+        if (stage <= 0 && name == QLatin1String("Info")) {
+            auto info = std::make_unique<Info>();
+            if (!info->ReadXml(reader, error)) {
+                return false;
+            }
+            read.m_infos.append(info.release());
+        } else if (stage <= 1 && name == QLatin1String("DataBlock")) {
+            auto block = std::make_unique<DataBlock>();
+            if (!block->ReadXml(reader, error)) {
+                return false;
+            }
+            read.m_dataBlocks.append(block.release());
+            stage = 1;
+        } else if (name == QLatin1String("PDUDataBlock")) {
+            auto block = std::make_unique<PDUDataBlock>();
+            if (!block->ReadXml(reader, error)) {
+                return false;
+            }
+            read.m_pduDataBlocks.append(block.release());
+            stage = 2;
+        } else {
+            return in.fail(
+                QStringLiteral("unexpected element <%1> in <Transmission>").arg(name.toString()));
+        }
+    }
+    if (!in.ok()) {
+        return false;
+    }
+    Clear();
+    m_startTime = read.m_startTime;
+    m_stopTime = read.m_stopTime;
+    m_infos.swap(read.m_infos);
+    m_dataBlocks.swap(read.m_dataBlocks);
+    m_pduDataBlocks.swap(read.m_pduDataBlocks);
+    return true;
+}
+
+bool Transmission::SetXmlString(QString const& xml, QString& error)
+{
+    error.clear();
+    QXmlStreamReader reader(xml);
+    Transmission read;
+    if (!REPORTKIT::XmlReading::readRoot(reader, QStringLiteral("Transmission"), error) ||
+        !read.ReadXml(reader, error) || !REPORTKIT::XmlReading::readEnd(reader, error)) {
+        return false;
+    }
+    Clear();
+    m_startTime = read.m_startTime;
+    m_stopTime = read.m_stopTime;
+    m_infos.swap(read.m_infos);
+    m_dataBlocks.swap(read.m_dataBlocks);
+    m_pduDataBlocks.swap(read.m_pduDataBlocks);
+    return true;
+}
+
+bool Transmission::operator==(Transmission const& other) const
+{
+    return m_startTime == other.m_startTime && m_stopTime == other.m_stopTime &&
+           sameItems(m_infos, other.m_infos) && sameItems(m_dataBlocks, other.m_dataBlocks) &&
+           sameItems(m_pduDataBlocks, other.m_pduDataBlocks);
+}
+
+} // namespace NerikResultDataXml

@@ -1,0 +1,212 @@
+#include "xmltext.h"
+
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+#include <QtEndian>
+#include <reportkit/xmlreading.h>
+
+namespace NerikResultDataXml {
+
+namespace {
+
+enum class Unit
+{
+    Plain,
+    CarriageReturn,
+    Escape
+};
+
+// Classifies the code unit at i; a valid surrogate pair counts as plain and advances i.
+inline Unit classify(ushort const* units, int size, int& i)
+{
+    ushort const u = units[i];
+    if (u >= 0x20 && u < 0xD800) {
+        return Unit::Plain;
+    }
+    if (u < 0x20) {
+        if (u == 0x09 || u == 0x0A) {
+            return Unit::Plain;
+        }
+        return u == 0x0D ? Unit::CarriageReturn : Unit::Escape;
+    }
+    if (u <= 0xDBFF) { // high surrogate: plain only with a low one after it
+        if (i + 1 < size && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF) {
+            ++i;
+            return Unit::Plain;
+        }
+        return Unit::Escape;
+    }
+    if (u <= 0xDFFF) { // low surrogate without a high one before it
+        return Unit::Escape;
+    }
+    return (u == 0xFFFE || u == 0xFFFF) ? Unit::Escape : Unit::Plain;
+}
+
+QString const cElement = QStringLiteral("c");
+QString const uAttribute = QStringLiteral("u");
+
+} // namespace
+
+bool XmlText::isXmlSafe(QString const& text)
+{
+    ushort const* units = text.utf16();
+    int const size = text.size();
+    for (int i = 0; i < size; ++i) {
+        if (classify(units, size, i) == Unit::Escape) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void XmlText::writeText(QXmlStreamWriter& writer, QString const& text)
+{
+    ushort const* units = text.utf16();
+    int const size = text.size();
+    int runStart = 0;
+    for (int i = 0; i < size; ++i) {
+        int const at = i;
+        Unit const unit = classify(units, size, i);
+        if (unit == Unit::Plain) {
+            continue;
+        }
+        if (at > runStart) {
+            writer.writeCharacters(QString::fromRawData(
+                reinterpret_cast<QChar const*>(units + runStart), at - runStart));
+        }
+        if (unit == Unit::CarriageReturn) {
+            writer.writeEntityReference(QStringLiteral("#13"));
+        } else {
+            writer.writeEmptyElement(cElement);
+            writer.writeAttribute(
+                uAttribute, QStringLiteral("%1").arg(units[at], 4, 16, QLatin1Char('0')).toUpper());
+        }
+        runStart = at + 1;
+    }
+    if (runStart == 0) {
+        if (size > 0) {
+            writer.writeCharacters(text);
+        }
+    } else if (size > runStart) {
+        writer.writeCharacters(QString::fromRawData(
+            reinterpret_cast<QChar const*>(units + runStart), size - runStart));
+    }
+}
+
+void XmlText::writeTextElement(QXmlStreamWriter& writer, QString const& name, QString const& text)
+{
+    writer.writeStartElement(name);
+    writeText(writer, text);
+    writer.writeEndElement();
+}
+
+void XmlText::writeTextAttribute(QXmlStreamWriter& writer, QString const& name, QString const& text)
+{
+    if (isXmlSafe(text)) {
+        writer.writeAttribute(name, text);
+    } else {
+        writer.writeAttribute(name + QLatin1String("64"), QString::fromLatin1(toBase64(text)));
+    }
+}
+
+bool XmlText::readText(QXmlStreamReader& reader, REPORTKIT::XmlReading& in, QString& text)
+{
+    text.clear();
+    int depth = 0;
+    while (!reader.atEnd()) {
+        switch (reader.readNext()) {
+        case QXmlStreamReader::Characters:
+            if (depth > 0) {
+                return in.fail(QStringLiteral("text inside <c>"));
+            }
+            text.append(reader.text());
+            break;
+        case QXmlStreamReader::EntityReference:
+            return in.fail(QStringLiteral("unknown entity &%1;").arg(reader.name().toString()));
+        case QXmlStreamReader::StartElement: {
+            if (depth > 0 || reader.name() != cElement) {
+                return in.fail(QStringLiteral("unexpected element <%1> in text")
+                                   .arg(reader.name().toString()));
+            }
+            QStringRef const hex = reader.attributes().value(uAttribute);
+            bool ok = hex.size() == 4;
+            uint const code = ok ? hex.toUInt(&ok, 16) : 0;
+            if (!ok || reader.attributes().size() != 1) {
+                return in.fail(QStringLiteral("<c> needs exactly the attribute u with four hex "
+                                              "digits"));
+            }
+            text.append(QChar(static_cast<ushort>(code)));
+            ++depth;
+            break;
+        }
+        case QXmlStreamReader::EndElement:
+            if (depth == 0) {
+                return true;
+            }
+            --depth;
+            break;
+        case QXmlStreamReader::Comment:
+        case QXmlStreamReader::ProcessingInstruction:
+            break;
+        default:
+            return in.ok() && in.fail(QStringLiteral("unexpected end of text"));
+        }
+    }
+    return in.ok() && in.fail(QStringLiteral("unexpected end of document"));
+}
+
+bool XmlText::readTextAttribute(QXmlStreamReader& reader, REPORTKIT::XmlReading& in,
+                                QString const& name, QString& value, bool& present)
+{
+    QXmlStreamAttributes const attributes = reader.attributes();
+    QString const encodedName = name + QLatin1String("64");
+    bool const plain = attributes.hasAttribute(name);
+    bool const encoded = attributes.hasAttribute(encodedName);
+    present = plain || encoded;
+    if (plain && encoded) {
+        return in.fail(QStringLiteral("both %1 and %2 given").arg(name, encodedName));
+    }
+    if (plain) {
+        value = attributes.value(name).toString();
+        return true;
+    }
+    if (!encoded) {
+        value.clear();
+        return true;
+    }
+    if (!fromBase64(attributes.value(encodedName).toLatin1(), value)) {
+        return in.fail(QStringLiteral("%1 is not base64 of UTF-16 code units").arg(encodedName));
+    }
+    return true;
+}
+
+QByteArray XmlText::toBase64(QString const& text)
+{
+    QByteArray bytes(text.size() * 2, Qt::Uninitialized);
+    ushort const* units = text.utf16();
+    uchar* out = reinterpret_cast<uchar*>(bytes.data());
+    for (int i = 0; i < text.size(); ++i) {
+        qToLittleEndian<quint16>(units[i], out + 2 * i);
+    }
+    return bytes.toBase64();
+}
+
+bool XmlText::fromBase64(QByteArray const& base64, QString& text)
+{
+    QByteArray::FromBase64Result const decoded =
+        QByteArray::fromBase64Encoding(base64.trimmed(), QByteArray::AbortOnBase64DecodingErrors);
+    if (!decoded || decoded.decoded.size() % 2 != 0) {
+        return false;
+    }
+    QByteArray const& bytes = decoded.decoded;
+    int const size = bytes.size() / 2;
+    text.resize(size);
+    QChar* units = text.data();
+    uchar const* in = reinterpret_cast<uchar const*>(bytes.constData());
+    for (int i = 0; i < size; ++i) {
+        units[i] = QChar(qFromLittleEndian<quint16>(in + 2 * i));
+    }
+    return true;
+}
+
+} // namespace NerikResultDataXml

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QString>
+
+class QXmlStreamReader;
+class QXmlStreamWriter;
+
+namespace REPORTKIT {
+class XmlReading;
+}
+
+namespace NerikResultDataXml {
+
+/// Lossless text in XML 1.0, shared by the writers and readers of the result document.
+///
+/// Element text: characters XML cannot carry (C0 controls other than tab and line feed,
+/// unpaired surrogates, U+FFFE, U+FFFF) become <c u="HHHH"/>, one empty element per UTF-16
+/// code unit; a carriage return becomes the reference &#13; so that parsers do not turn it
+/// into a line feed. Everything else is written as it is (the writer escapes markup).
+///
+/// Attributes: a value XML can carry is written as it is (the writer escapes tab, line feed
+/// and carriage return as references); any other value is written as the attribute
+/// "<name>64" holding the base64 of the UTF-16LE code units.
+class XmlText
+{
+public:
+    /// True when every code unit can be written as XML character data.
+    static bool isXmlSafe(QString const& text);
+
+    static void writeText(QXmlStreamWriter& writer, QString const& text);
+    static void writeTextElement(QXmlStreamWriter& writer, QString const& name,
+                                 QString const& text);
+    static void writeTextAttribute(QXmlStreamWriter& writer, QString const& name,
+                                   QString const& text);
+
+    /// Reads the text of the current element (just after its start tag) up to its end tag,
+    /// with <c/> escapes resolved. Other child elements are errors.
+    static bool readText(QXmlStreamReader& reader, REPORTKIT::XmlReading& in, QString& text);
+    /// Reads the attribute name or name64; present tells whether either was there. Both at
+    /// once, or base64 that does not decode to whole code units, are errors.
+    static bool readTextAttribute(QXmlStreamReader& reader, REPORTKIT::XmlReading& in,
+                                  QString const& name, QString& value, bool& present);
+
+    /// base64 of the UTF-16LE code units of text, and back (false for bad input).
+    static QByteArray toBase64(QString const& text);
+    static bool fromBase64(QByteArray const& base64, QString& text);
+};
+
+} // namespace NerikResultDataXml

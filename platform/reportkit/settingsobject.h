@@ -1,0 +1,42 @@
+#pragma once
+
+#include "irgobject.h"
+
+class QXmlStreamReader;
+class QXmlStreamWriter;
+
+namespace REPORTKIT {
+
+/// Base of the settings objects (tuner, FFM, antenna, audio, and the job settings built on
+/// them): one XML element each, which can stand alone as a document or be nested inside
+/// another settings element.
+///
+/// GetXmlString() writes the element as a whole document; SetXmlString(xml, 0) reads one,
+/// refusing a wrong root element, broken XML, wrong value types and (while validation is on)
+/// unknown attributes and elements. A refused text leaves the object unchanged, and
+/// LastXmlError() names line and column.
+class SettingsObject : public IRGObject
+{
+public:
+    ~SettingsObject() override;
+
+    /// The element name of the object ("FFM_Settings", "Tuner_Settings", ...).
+    virtual QString ElementName() const = 0;
+
+    /// Writes the object as one element at the writer's position.
+    virtual void WriteXml(QXmlStreamWriter& writer) const = 0;
+    /// Reads the element whose start tag the reader has just read, up to its end tag. On
+    /// failure returns false with a "line X, column Y: ..." text in error and leaves the
+    /// object unchanged.
+    virtual bool ReadXml(QXmlStreamReader& reader, QString& error) = 0;
+
+    QString GetXmlString() const override;
+    bool SetXmlString(QString const& xml, int options) override;
+
+protected:
+    SettingsObject() = default;
+    SettingsObject(SettingsObject const&) = default;
+    SettingsObject& operator=(SettingsObject const&) = default;
+};
+
+} // namespace REPORTKIT
