@@ -7,8 +7,9 @@
 #include <array>
 #include <cstring>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
+#if defined(__GNUC__) && defined(__x86_64__)
+#define ZELKO_X86_DISPATCH 1
+#include <immintrin.h>
 #endif
 
 namespace zelkodatastreamconverter {
@@ -24,6 +25,62 @@ ModuleTrace const& moduleTrace()
 // The lowest bytes of the two forms of the magic word, searched for when resynchronising.
 constexpr char NativeMagicFirstByte = char(0x72);
 constexpr char SwappedMagicFirstByte = char(0xFB);
+
+// Byte-swaps each 32-bit word in place: a 64-bit field keeps the order of its halves, two
+// 16-bit fields sharing a word change places. Swapped recordings run through this for every
+// byte, so it uses the widest byte shuffle the processor has.
+void swapWordsPortable(char* data, int words)
+{
+    for (int i = 0; i < words; ++i) {
+        quint32 word;
+        std::memcpy(&word, data + 4 * i, sizeof word);
+        word = qbswap(word);
+        std::memcpy(data + 4 * i, &word, sizeof word);
+    }
+}
+
+#ifdef ZELKO_X86_DISPATCH
+__attribute__((target("avx2"))) void swapWordsAvx2(char* data, int words)
+{
+    __m256i const order = _mm256_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12,
+                                           3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+    int i = 0;
+    for (; i + 8 <= words; i += 8) {
+        auto* at = reinterpret_cast<__m256i*>(data + 4 * i);
+        _mm256_storeu_si256(at, _mm256_shuffle_epi8(_mm256_loadu_si256(at), order));
+    }
+    swapWordsPortable(data + 4 * i, words - i);
+}
+
+__attribute__((target("ssse3"))) void swapWordsSsse3(char* data, int words)
+{
+    __m128i const order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+    int i = 0;
+    for (; i + 4 <= words; i += 4) {
+        auto* at = reinterpret_cast<__m128i*>(data + 4 * i);
+        _mm_storeu_si128(at, _mm_shuffle_epi8(_mm_loadu_si128(at), order));
+    }
+    swapWordsPortable(data + 4 * i, words - i);
+}
+
+using SwapWords = void (*)(char*, int);
+
+SwapWords pickSwapWords()
+{
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx2")) {
+        return swapWordsAvx2;
+    }
+    if (__builtin_cpu_supports("ssse3")) {
+        return swapWordsSsse3;
+    }
+    return swapWordsPortable;
+}
+
+SwapWords const swapWords = pickSwapWords();
+#else
+constexpr auto swapWords = swapWordsPortable;
+#endif
 
 // Lower-case hex without prefix, written into the caller's array so that a reused array
 // is not reallocated for every frame.
@@ -169,28 +226,8 @@ bool FrameReader::readHeader()
 
 void FrameReader::convertFilledWords()
 {
-    if (!m_convertByteOrder) {
-        return;
-    }
-    // Word by word and in place: a 64-bit field keeps the order of its halves.
-    char* data = m_buffer.data();
-    int const words = m_filledSize / 4;
-    int i = 0;
-#ifdef __SSE2__
-    // Four words at a time: swap the bytes of each 16-bit half, then the halves.
-    for (; i + 4 <= words; i += 4) {
-        __m128i value = _mm_loadu_si128(reinterpret_cast<__m128i const*>(data + 4 * i));
-        value = _mm_or_si128(_mm_slli_epi16(value, 8), _mm_srli_epi16(value, 8));
-        value = _mm_shufflelo_epi16(value, _MM_SHUFFLE(2, 3, 0, 1));
-        value = _mm_shufflehi_epi16(value, _MM_SHUFFLE(2, 3, 0, 1));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(data + 4 * i), value);
-    }
-#endif
-    for (; i < words; ++i) {
-        quint32 word;
-        std::memcpy(&word, data + 4 * i, sizeof word);
-        word = qbswap(word);
-        std::memcpy(data + 4 * i, &word, sizeof word);
+    if (m_convertByteOrder) {
+        swapWords(m_buffer.data(), m_filledSize / 4);
     }
 }
 
@@ -218,8 +255,7 @@ int FrameReader::indexOfMagicWord() const
 void FrameReader::takeFrameData(QByteArray& frameType, QByteArray& frameData)
 {
     // Without a complete frame there is no type word; hand out what is there all the same.
-    frameType =
-        m_buffer.size() >= HeaderSize ? QByteArray::number(headerWord(3), 16) : QByteArray("0");
+    setHexText(frameType, m_buffer.size() >= HeaderSize ? headerWord(3) : 0);
     int const size = std::min(m_filledSize, m_expectedSize);
     frameData.resize(size);
     std::memcpy(frameData.data(), m_buffer.constData(), size_t(size));
