@@ -21,5 +21,6 @@ std::vector<Command> const& commands();
 
 // One function per subcommand, each in its own <name>command.cpp.
 int runInspect(QStringList const& arguments);
+int runBursts(QStringList const& arguments);
 
 } // namespace zelkotool

@@ -7,6 +7,9 @@ std::vector<Command> const& commands()
     static std::vector<Command> const table = {
         {QStringLiteral("inspect"), QStringLiteral("inspect RECORDING..."),
          QStringLiteral("list the frames of recordings and what the reader reports"), &runInspect},
+        {QStringLiteral("bursts"), QStringLiteral("bursts RECORDING [--radio ID]"),
+         QStringLiteral("estimate hop frequencies and channel grids of frequency hoppers"),
+         &runBursts},
     };
     return table;
 }

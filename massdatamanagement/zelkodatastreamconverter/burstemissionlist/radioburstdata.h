@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QDataStream>
+#include <QString>
+#include <deque>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstdata.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstqueueallocator.h>
+#include <vector>
+
+namespace zelkodatastreamconverter::BurstEmissionList {
+
+/// Bursts in arrival order; blocks are recycled, so dropping a segment at the front and
+/// appending one at the back costs no heap allocation once the queue has its working size.
+using BurstQueue = std::deque<BurstData, BurstQueueAllocator<BurstData>>;
+
+/// Everything kept for one radio ID: its bursts, segment after segment (one segment per
+/// frame), and where each segment starts in the queue and in time.
+///
+/// The three segment vectors always have the same length, the start indices rise strictly
+/// and the first is 0: an empty segment is never appended.
+struct RadioBurstData
+{
+    BurstQueue bursts;
+    std::vector<unsigned long long> segmentStartIndices;
+    std::vector<unsigned long long> segmentStartTimes; ///< start time of the delivering frame
+    std::vector<unsigned long long> segmentStopTimes;  ///< stop time of the delivering frame
+
+    /// Appends a segment (nothing when newBursts is empty).
+    void appendBurstsOfNewSegment(unsigned long long startTime, unsigned long long stopTime,
+                                  std::vector<BurstData> const& newBursts);
+    /// Drops the oldest segment; with one segment or none, everything.
+    void removeFirstSegment();
+
+    std::size_t segmentCount() const { return segmentStartIndices.size(); }
+    /// All burst frequencies, ascending.
+    std::vector<double> sortedFrequencyVector() const;
+    /// Arithmetic mean of the bursts' bandwidths; 0.0 without bursts.
+    double meanBandwidth() const;
+
+    /// "RadioBurstData[<bursts>:<segments>]".
+    QString toString() const;
+
+    bool operator==(RadioBurstData const& other) const;
+    bool operator!=(RadioBurstData const& other) const { return !(*this == other); }
+};
+
+/// Burst count (qint64) and the bursts; then for each of the start indices, start times and
+/// stop times their count (qint64) and elements (qint64 each).
+QDataStream& operator<<(QDataStream& stream, RadioBurstData const& data);
+/// Replaces the whole content. A stream that ends early leaves the record empty and the
+/// stream's status set; counts are not trusted for allocation.
+QDataStream& operator>>(QDataStream& stream, RadioBurstData& data);
+
+} // namespace zelkodatastreamconverter::BurstEmissionList
