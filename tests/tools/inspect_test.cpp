@@ -80,11 +80,15 @@ TEST(SampleGenerator, ReproducesTheBundledSamples)
 {
     QTemporaryDir dir;
     ASSERT_EQ(run(QStringLiteral(ZELKO_SAMPLEGEN), {dir.path()}).exitCode, 0);
-    for (QString const& sample : samples) {
-        QFile bundled(QStringLiteral(ZELKO_SOURCE_DIR "/") + sample);
-        QFile fresh(QDir(dir.path()).filePath(QFileInfo(sample).fileName()));
-        ASSERT_TRUE(bundled.open(QIODevice::ReadOnly) && fresh.open(QIODevice::ReadOnly));
-        EXPECT_EQ(bundled.readAll(), fresh.readAll()) << sample.toStdString();
+    QStringList const bundled = QDir(QStringLiteral(ZELKO_SOURCE_DIR "/data/samples"))
+                                    .entryList({QStringLiteral("*.zdr")}, QDir::Files);
+    EXPECT_GE(bundled.size(), 4);
+    for (QString const& sample : bundled) {
+        QFile original(QStringLiteral(ZELKO_SOURCE_DIR "/data/samples/") + sample);
+        QFile fresh(QDir(dir.path()).filePath(sample));
+        ASSERT_TRUE(original.open(QIODevice::ReadOnly)) << sample.toStdString();
+        ASSERT_TRUE(fresh.open(QIODevice::ReadOnly)) << sample.toStdString();
+        EXPECT_EQ(original.readAll(), fresh.readAll()) << sample.toStdString();
     }
 }
 

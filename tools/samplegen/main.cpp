@@ -5,9 +5,12 @@
 #include <QDir>
 #include <QFile>
 #include <QTextStream>
+#include <algorithm>
+#include <alphabetkit/codechandler.h>
 #include <functional>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
+#include <vector>
 
 using zelkorecording::ByteOrder;
 using zelkorecording::PayloadBuilder;
@@ -57,6 +60,96 @@ void writeMixedDamaged(RecordingWriter& out)
     out.writeTruncatedFrame(DecodedText, opaquePayload(64, 16), 100);
 }
 
+// One decoded-text frame: the time stamp, then per character the channel and its code.
+struct TextEntry
+{
+    qint32 channel;
+    quint16 code;
+};
+
+QByteArray decodedTextPayload(quint64 microseconds, std::vector<TextEntry> const& entries)
+{
+    PayloadBuilder payload;
+    payload.uint64(microseconds).word(0).int32(qint32(entries.size()));
+    for (TextEntry const& entry : entries) {
+        payload.int32(entry.channel).halfWords(entry.code, 0);
+    }
+    return payload.data();
+}
+
+// Encodes text with an alphabet of the shipped set, as a teleprinter decoder would deliver it.
+QString encode(QString const& alphabetsDirectory, QString const& decoder, QString const& alphabet,
+               QString const& text)
+{
+    CodecHandler handler;
+    handler.SetAlphabetsDir(alphabetsDirectory);
+    handler.SetDecoder(decoder);
+    if (!handler.SetAlphabet(alphabet)) {
+        QTextStream(stderr) << "zelko-samplegen: no alphabet " << alphabet << " for " << decoder
+                            << " in " << alphabetsDirectory << '\n';
+        return QString();
+    }
+    return handler.Backtranslate(text);
+}
+
+// 2024-03-15 10:00:00 UTC, the start of the text samples.
+constexpr quint64 TextStart = 1710496800ull * 1000000ull;
+
+// Two teleprinter channels received at once: a weather station on channel 1 and a
+// press agency on channel 2, interleaved character by character. Frames are cut every 23
+// characters, so letters/figures shifts fall on frame boundaries and the decoder's shift
+// state must carry over from one frame to the next.
+void writeTeleprinterTwoChannels(RecordingWriter& out, QString const& alphabets)
+{
+    QString const weather =
+        encode(alphabets, QStringLiteral("RTTY"), QStringLiteral("International"),
+               QStringLiteral("RYRYRYRY CQ CQ DE DDK9\r\nSMDL01 EDZW 151000\r\n"
+                              "AAXX 15101 10400 42960 80205 10042 20017 30112 40153 57010\r\n"
+                              "10488 42975 70704 10046 20021 30139 40170 52008=\r\nNNNN\r\n"));
+    QString const press = encode(
+        alphabets, QStringLiteral("RTTY"), QStringLiteral("International"),
+        QStringLiteral("ZCZC 0412 URGENT\r\nHAMBURG, 15 MARCH (PRESS) - THE PORT REPORTED 1.234 "
+                       "CONTAINERS (+3 PCT) IN WEEK 11.\r\nNNNN\r\n"));
+    std::vector<TextEntry> interleaved;
+    for (int i = 0; i < std::max(weather.size(), press.size()); ++i) {
+        if (i < weather.size()) {
+            interleaved.push_back({1, weather[i].unicode()});
+        }
+        if (i < press.size()) {
+            interleaved.push_back({2, press[i].unicode()});
+        }
+    }
+    constexpr int perFrame = 23;
+    quint64 time = TextStart;
+    for (size_t first = 0; first < interleaved.size(); first += perFrame) {
+        std::vector<TextEntry> const frame(
+            interleaved.begin() + long(first),
+            interleaved.begin() + long(std::min(interleaved.size(), first + perFrame)));
+        out.writeFrame(DecodedText, decodedTextPayload(time, frame));
+        time += 1500000; // 50 baud: 23 characters take about 3.5 s; frames come faster here
+    }
+}
+
+// A NAVTEX navigational warning in CCIR 476 (SITOR-B), one channel, in the other byte order.
+void writeNavtex(RecordingWriter& out, QString const& alphabets)
+{
+    QString const codes = encode(
+        alphabets, QStringLiteral("NAVTEX"), QStringLiteral("CCIR 476"),
+        QStringLiteral("ZCZC SA14\r\n151030 UTC MAR 24\r\nPINNEBERG NAVTEX\r\n"
+                       "NAV WARN NR 112\r\nGERMAN BIGHT. WRECK POSITION 54-02.3N 007-51.6E.\r\n"
+                       "SHIPS REQ TO PASS WITH CAUTION.\r\nNNNN\r\n"));
+    constexpr int perFrame = 16;
+    quint64 time = TextStart + 30ull * 60ull * 1000000ull;
+    for (int first = 0; first < codes.size(); first += perFrame) {
+        std::vector<TextEntry> frame;
+        for (int i = first; i < std::min(codes.size(), first + perFrame); ++i) {
+            frame.push_back({0, codes[i].unicode()});
+        }
+        out.writeFrame(DecodedText, decodedTextPayload(time, frame), ByteOrder::Swapped);
+        time += 1000000;
+    }
+}
+
 bool writeSample(QDir const& directory, QString const& name,
                  std::function<void(RecordingWriter&)> const& content)
 {
@@ -78,10 +171,11 @@ int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
     QStringList const arguments = QCoreApplication::arguments();
-    if (arguments.size() != 2 || arguments[1].startsWith(QLatin1Char('-'))) {
-        QTextStream(stdout) << "Usage: zelko-samplegen DIRECTORY\n"
-                            << "Writes the bundled sample recordings into DIRECTORY "
-                               "(normally data/samples).\n";
+    if (arguments.size() < 2 || arguments.size() > 3 || arguments[1].startsWith(QLatin1Char('-'))) {
+        QTextStream(stdout) << "Usage: zelko-samplegen DIRECTORY [ALPHABETS]\n"
+                            << "Writes the bundled sample recordings into DIRECTORY (normally\n"
+                            << "data/samples), encoding text with the alphabet files in ALPHABETS\n"
+                            << "(default: data/alphabets of the source tree).\n";
         return arguments.contains(QStringLiteral("--help")) ? 0 : 2;
     }
     QDir const directory(arguments[1]);
@@ -91,5 +185,13 @@ int main(int argc, char* argv[])
     }
     bool ok = writeSample(directory, QStringLiteral("mixed-host.zdr"), writeMixedHost);
     ok = writeSample(directory, QStringLiteral("mixed-damaged.zdr"), writeMixedDamaged) && ok;
+    QString const alphabets =
+        arguments.size() == 3 ? arguments[2] : QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets");
+    ok = writeSample(directory, QStringLiteral("teleprinter-two-channels.zdr"),
+                     [&](RecordingWriter& out) { writeTeleprinterTwoChannels(out, alphabets); }) &&
+         ok;
+    ok = writeSample(directory, QStringLiteral("navtex-ccir476.zdr"),
+                     [&](RecordingWriter& out) { writeNavtex(out, alphabets); }) &&
+         ok;
     return ok ? 0 : 1;
 }
