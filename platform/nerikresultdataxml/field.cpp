@@ -13,8 +13,7 @@ void Field::WriteXml(QXmlStreamWriter& writer) const
     writer.writeStartElement(QStringLiteral("Field"));
     XmlText::writeTextAttribute(writer, QStringLiteral("name"), m_name);
     XmlText::writeTextAttribute(writer, QStringLiteral("type"), m_type);
-    XmlText::writeText(writer, m_value);
-    writer.writeEndElement();
+    XmlText::writeTextAndEnd(writer, m_value);
 }
 
 bool Field::ReadXml(QXmlStreamReader& reader, QString& error)

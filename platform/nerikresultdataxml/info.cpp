@@ -39,8 +39,7 @@ void Info::WriteXml(QXmlStreamWriter& writer) const
     for (Item const& item : m_items) {
         writer.writeStartElement(QStringLiteral("Item"));
         XmlText::writeTextAttribute(writer, QStringLiteral("name"), item.name);
-        XmlText::writeText(writer, item.value);
-        writer.writeEndElement();
+        XmlText::writeTextAndEnd(writer, item.value);
     }
     writer.writeEndElement();
 }

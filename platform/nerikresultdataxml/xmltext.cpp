@@ -59,7 +59,16 @@ bool XmlText::isXmlSafe(QString const& text)
     return true;
 }
 
-void XmlText::writeText(QXmlStreamWriter& writer, QString const& text)
+void XmlText::writeTextAndEnd(QXmlStreamWriter& writer, QString const& text)
+{
+    bool const formatting = writer.autoFormatting();
+    writer.setAutoFormatting(false);
+    writeEscaped(writer, text);
+    writer.writeEndElement();
+    writer.setAutoFormatting(formatting);
+}
+
+void XmlText::writeEscaped(QXmlStreamWriter& writer, QString const& text)
 {
     ushort const* units = text.utf16();
     int const size = text.size();
@@ -96,8 +105,7 @@ void XmlText::writeText(QXmlStreamWriter& writer, QString const& text)
 void XmlText::writeTextElement(QXmlStreamWriter& writer, QString const& name, QString const& text)
 {
     writer.writeStartElement(name);
-    writeText(writer, text);
-    writer.writeEndElement();
+    writeTextAndEnd(writer, text);
 }
 
 void XmlText::writeTextAttribute(QXmlStreamWriter& writer, QString const& name, QString const& text)

@@ -27,7 +27,9 @@ public:
     /// True when every code unit can be written as XML character data.
     static bool isXmlSafe(QString const& text);
 
-    static void writeText(QXmlStreamWriter& writer, QString const& text);
+    /// Writes text as the content of the element just started, then ends that element.
+    /// Auto-formatting is held off meanwhile: its indentation would become part of the text.
+    static void writeTextAndEnd(QXmlStreamWriter& writer, QString const& text);
     static void writeTextElement(QXmlStreamWriter& writer, QString const& name,
                                  QString const& text);
     static void writeTextAttribute(QXmlStreamWriter& writer, QString const& name,
@@ -40,6 +42,8 @@ public:
     /// once, or base64 that does not decode to whole code units, are errors.
     static bool readTextAttribute(QXmlStreamReader& reader, REPORTKIT::XmlReading& in,
                                   QString const& name, QString& value, bool& present);
+
+    static void writeEscaped(QXmlStreamWriter& writer, QString const& text);
 
     /// base64 of the UTF-16LE code units of text, and back (false for bad input).
     static QByteArray toBase64(QString const& text);

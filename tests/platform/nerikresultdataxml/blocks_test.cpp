@@ -1,0 +1,219 @@
+#include "sampledocument.h"
+
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+#include <gtest/gtest.h>
+#include <nerikresultdataxml/nerikresultdata.h>
+
+using namespace NerikResultDataXml;
+
+namespace {
+
+template <typename T>
+bool roundTrips(T const& original)
+{
+    QString xml;
+    QXmlStreamWriter writer(&xml);
+    original.WriteXml(writer);
+    QXmlStreamReader reader(xml);
+    reader.readNextStartElement();
+    T read;
+    QString error;
+    bool const ok = read.ReadXml(reader, error);
+    EXPECT_TRUE(ok) << error.toStdString() << "\n" << xml.toStdString();
+    return ok && read == original;
+}
+
+} // namespace
+
+TEST(DataBlock, FramesRecordPositionsAndEmptyFramesLeaveNoStamp)
+{
+    DataBlock block(5, 10, 20); // continues 10 characters / 20 codes of the channel
+    block.SetTimeStamp(sample::at(1, 0, 0));
+    block.BeginFrame();
+    EXPECT_EQ(block.GetTimeStamp().size(), 1) << "a frame in progress has its stamp";
+    block.EndFrame();
+    EXPECT_TRUE(block.GetTimeStamp().isEmpty()) << "an empty frame leaves no stamp";
+
+    block.SetTimeStamp(sample::at(1, 0, 1));
+    block.BeginFrame();
+    block.AppendRawData(QChar(0x41));
+    block.AppendRawData(QStringLiteral("BC"));
+    EXPECT_EQ(block.GetRawFramePos(), 0);
+    block.AppendData(QStringLiteral("abc"));
+    block.EndFrame();
+
+    block.SetTimeStamp(sample::at(1, 0, 2));
+    block.BeginFrame();
+    EXPECT_EQ(block.GetRawFramePos(), 3);
+    EXPECT_EQ(block.GetContentFramePos(), 3);
+    block.AppendRawData(QChar(0x44));
+    block.EndFrame();
+
+    block.SetTimeStamp(sample::at(1, 0, 3));
+    block.BeginFrame();
+    block.EndFrame();
+    block.EndFrame(); // a second end is harmless
+
+    ASSERT_EQ(block.GetTimeStamp().size(), 2);
+    EXPECT_EQ(block.GetTimeStamp()[0], TimeStamp(sample::at(1, 0, 1), 10, 20));
+    EXPECT_EQ(block.GetTimeStamp()[1], TimeStamp(sample::at(1, 0, 2), 13, 23));
+    EXPECT_EQ(block.GetRawContent(), QStringLiteral("ABCD"));
+}
+
+TEST(DataBlock, EndFrameKeepsStampsTheCallerEditedMeanwhile)
+{
+    DataBlock block(1);
+    block.SetTimeStamp(sample::at(2, 0, 0));
+    block.BeginFrame();
+    block.GetTimeStamp().last().SetPosition(99);
+    block.EndFrame();
+    EXPECT_EQ(block.GetTimeStamp().size(), 1);
+}
+
+TEST(DataBlock, CopiesAreDeepAndMovesLeaveNoSharedUserData)
+{
+    DataBlock original(2);
+    original.AddUserData(new UserData(0, 1, UserData::ChangeType, QStringLiteral("x")));
+    DataBlock copy(original);
+    copy.GetUserData()[0]->text = QStringLiteral("changed");
+    EXPECT_EQ(original.GetUserData()[0]->text, QStringLiteral("x"));
+    EXPECT_FALSE(copy == original);
+    copy = original;
+    EXPECT_TRUE(copy == original);
+    copy = copy; // self-assignment keeps the items
+    EXPECT_EQ(copy.GetUserData().size(), 1);
+    DataBlock moved(std::move(copy));
+    EXPECT_EQ(moved.GetUserData().size(), 1);
+    EXPECT_TRUE(copy.GetUserData().isEmpty());
+    moved.DeleteUserData();
+    EXPECT_TRUE(moved.GetUserData().isEmpty());
+    moved.AddUserData(nullptr);
+    EXPECT_TRUE(moved.GetUserData().isEmpty());
+}
+
+TEST(PDUDataBlock, ValidityNeedsTimeAndNameOrContent)
+{
+    struct Case
+    {
+        char const* name;
+        std::function<void(PDUDataBlock&)> setup;
+        bool valid;
+    };
+    auto const begun = [](PDUDataBlock& b) {
+        b.SetType(9u << 16);
+        b.SetTimeStamp(sample::at(3, 0, 0));
+        b.SetName(QStringLiteral("ACARS"));
+    };
+    Case const cases[] = {
+        {"freshly begun", begun, true},
+        {"type 0 is a type",
+         [&](PDUDataBlock& b) {
+             begun(b);
+             b.SetType(0);
+         },
+         true},
+        {"nothing at all", [](PDUDataBlock&) {}, false},
+        {"no time stamp",
+         [&](PDUDataBlock& b) {
+             begun(b);
+             b.SetTimeStamp(QDateTime());
+         },
+         false},
+        {"no name, nothing else",
+         [&](PDUDataBlock& b) {
+             begun(b);
+             b.SetName(QString());
+         },
+         false},
+        {"no name but a field",
+         [&](PDUDataBlock& b) {
+             begun(b);
+             b.SetName(QString());
+             b.AddField(Field("a", "int", "1"));
+         },
+         true},
+        {"no name but a child",
+         [&](PDUDataBlock& b) {
+             begun(b);
+             b.SetName(QString());
+             b.AddPDUDataBlock(new PDUDataBlock);
+         },
+         true},
+        {"no name but payload data",
+         [&](PDUDataBlock& b) {
+             begun(b);
+             b.SetName(QString());
+             Payload p;
+             p.SetData("x", 1, 8);
+             b.SetPayload(p);
+         },
+         true},
+        {"no name, payload with only a label",
+         [&](PDUDataBlock& b) {
+             begun(b);
+             b.SetName(QString());
+             Payload p;
+             p.SetName("Text");
+             b.SetPayload(p);
+         },
+         false},
+    };
+    for (Case const& c : cases) {
+        PDUDataBlock block;
+        c.setup(block);
+        PDUDataBlock const* asBase = &block;
+        EXPECT_EQ(asBase->IsValid(), c.valid) << c.name;
+    }
+}
+
+TEST(PDUDataBlock, CopyIsDeepAndAssignmentFromOwnChildWorks)
+{
+    auto document = sample::richDocument();
+    PDUDataBlock& parent = *document->GetTransmission()[0]->GetPDUDataBlocks()[0];
+    PDUDataBlock copy(parent);
+    EXPECT_TRUE(copy == parent);
+    copy.GetPDUDataBlocks()[0]->SetName(QStringLiteral("other"));
+    EXPECT_NE(parent.GetPDUDataBlocks()[0]->GetName(), QStringLiteral("other"));
+    EXPECT_EQ(&parent.GetPlayload(), &parent.GetPayload());
+
+    PDUDataBlock const child = *copy.GetPDUDataBlocks()[0];
+    copy = *copy.GetPDUDataBlocks()[0]; // the source dies during the assignment
+    EXPECT_TRUE(copy == child);
+    EXPECT_EQ(copy.GetPDUDataBlocks().size(), 1);
+}
+
+TEST(ResultParts, EachRoundTripsOnItsOwn)
+{
+    Payload payload;
+    payload.SetName(QStringLiteral("Text"));
+    payload.SetContentDirectionRTL(true);
+    EXPECT_TRUE(roundTrips(payload));
+    for (auto const& data :
+         {std::make_tuple(QByteArray(), 0u, 0u), std::make_tuple(QByteArray(), 7u, 0u),
+          std::make_tuple(QByteArray("\x05\xFF", 2), 12u, 1u),
+          std::make_tuple(QByteArray(3, '\0'), 2u, 12u), std::make_tuple(QByteArray("abc"), 0u, 0u),
+          std::make_tuple(QByteArray(1, '\x80'), 0xFFFFFFFFu, 0xFFFFFFFFu)}) {
+        Payload p;
+        p.SetData(std::get<0>(data), std::get<1>(data), std::get<2>(data));
+        EXPECT_TRUE(roundTrips(p)) << std::get<1>(data) << " x " << std::get<2>(data);
+    }
+    EXPECT_TRUE(roundTrips(Field(QStringLiteral("a\x02"), QString(), QStringLiteral("\r"))));
+    EXPECT_TRUE(roundTrips(UserData(2147483647, 0, QString(), QString(), QStringLiteral(" "))));
+    Info info;
+    EXPECT_TRUE(roundTrips(info));
+    info.SetItem(QString(), QStringLiteral("unnamed"));
+    EXPECT_TRUE(roundTrips(info));
+    EXPECT_EQ(info.GetItem(QString()), QStringLiteral("unnamed"));
+    EXPECT_TRUE(info.GetItem(QStringLiteral("none")).isNull());
+    DataBlock block(-1, -5, 2147483647);
+    EXPECT_TRUE(roundTrips(block));
+    PDUDataBlock pdu;
+    EXPECT_TRUE(roundTrips(pdu));
+}
+
+TEST(UserData, ChangeTypeIsFixedText)
+{
+    EXPECT_EQ(UserData::ChangeType, QStringLiteral("Change"));
+    EXPECT_EQ(DataBlock::sRawData_DecodedText, QStringLiteral("DecodedText"));
+}

@@ -1,0 +1,393 @@
+#include "sampledocument.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QRegExp>
+#include <QSet>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <nerikresultdataxml/nerikresultdata.h>
+#include <nerikresultdataxml/nerikresultdataexception.h>
+#include <support/schemavalidator.h>
+
+using namespace NerikResultDataXml;
+
+namespace {
+
+QString const schema = QStringLiteral("nerikresultdata.xsd");
+
+QString savedText(NerikResultData& document)
+{
+    QTemporaryDir directory;
+    QFile file(directory.filePath(QStringLiteral("doc.xml")));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Text));
+    EXPECT_TRUE(document.SaveFile(file)) << document.GetErrorText().toStdString();
+    file.close();
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return QString::fromUtf8(file.readAll());
+}
+
+struct HostileText
+{
+    char const* name;
+    QString text;
+};
+
+std::vector<HostileText> hostileTexts()
+{
+    QString allControls;
+    for (ushort u = 0; u < 0x20; ++u) {
+        allControls.append(QChar(u));
+    }
+    return {
+        {"empty", QStringLiteral("")},
+        {"markup characters", QStringLiteral("<a href=\"x\">&amp;'</a>")},
+        {"lone CDATA end", QStringLiteral("]]>")},
+        {"carriage returns", QStringLiteral("a\rb\r\nc\n\rd\r")},
+        {"tabs and line feeds only", QStringLiteral("\t\n \n\t")},
+        {"leading and trailing blanks", QStringLiteral("  x  ")},
+        {"every C0 control", allControls},
+        {"NUL inside", QStringLiteral("a") + QChar(0) + QLatin1String("b")},
+        {"noncharacters FFFE FFFF", QString(QChar(0xFFFE)) + QChar(0xFFFF) + QChar(0xFFFD)},
+        {"lone high surrogate", QString(QChar(0xD83D)) + QLatin1String("x")},
+        {"lone low surrogate at end", QStringLiteral("x") + QChar(0xDE00)},
+        {"reversed surrogate pair", QString(QChar(0xDE00)) + QChar(0xD83D)},
+        {"valid surrogate pair", QString::fromUtf8("\xF0\x9F\x98\x80")},
+        {"right-to-left with marks", QString::fromUtf8("\u202B\u0645\u0631\u062D\u0628\u0627\u202C "
+                                                       "\u05E9\u05DC\u05D5\u05DD")},
+        {"looks like an escape", QStringLiteral("<c u=\"0001\"/>&#13;")},
+        {"DEL and C1 controls", QString(QChar(0x7F)) + QChar(0x85) + QChar(0x9F)},
+    };
+}
+
+} // namespace
+
+TEST(NerikResultData, SavedFileLoadsBackEqualAndValidates)
+{
+    auto const original = sample::richDocument();
+    QTemporaryDir directory;
+    QString const path = directory.filePath(QStringLiteral("NerikResultData_1.xml"));
+    QFile out(path);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Text));
+    ASSERT_TRUE(original->SaveFile(out));
+    out.close();
+    EXPECT_EQ(zelkotest::validateXmlFile(path, schema), QString());
+
+    NerikResultData loaded;
+    ASSERT_TRUE(loaded.LoadFile(path)) << loaded.GetErrorText().toStdString();
+    EXPECT_TRUE(loaded == *original);
+    EXPECT_TRUE(loaded.GetErrorText().isEmpty());
+    // Spot checks that equality really looks inside.
+    DataBlock const& block = *loaded.GetTransmission()[0]->GetDataBlock()[0];
+    EXPECT_EQ(block.GetRawContent(), QString(QStringLiteral("RYRY") + QChar(0x1B)));
+    EXPECT_EQ(block.GetTimeStamp().size(), 2);
+    EXPECT_EQ(block.GetTimeStamp()[1].GetRawPosition(), 4);
+    EXPECT_EQ(block.GetTimeStamp()[1].GetPosition(), 4);
+    EXPECT_EQ(loaded.GetTransmission()[3]->GetStartTime(), QDateTime());
+}
+
+TEST(NerikResultData, EqualityNoticesEveryKindOfDifference)
+{
+    auto const original = sample::richDocument();
+    using Change = std::function<void(NerikResultData&)>;
+    std::vector<std::pair<char const*, Change>> const changes = {
+        {"stop time", [](NerikResultData& d) { d.GetTransmission()[0]->SetStopTime(QDateTime()); }},
+        {"info item",
+         [](NerikResultData& d) { d.GetTransmission()[0]->GetInfos()[0]->SetItem("x", "y"); }},
+        {"raw content",
+         [](NerikResultData& d) {
+             d.GetTransmission()[0]->GetDataBlock()[0]->AppendRawData(QChar(0));
+         }},
+        {"time stamp raw position",
+         [](NerikResultData& d) {
+             d.GetTransmission()[0]->GetDataBlock()[0]->GetTimeStamp()[0].SetRawPosition(9);
+         }},
+        {"user data covered text",
+         [](NerikResultData& d) {
+             d.GetTransmission()[0]->GetDataBlock()[0]->GetUserData()[0]->coveredText += "!";
+         }},
+        {"rtl flag",
+         [](NerikResultData& d) {
+             d.GetTransmission()[0]->GetDataBlock()[1]->SetContentDirectionRTL(false);
+         }},
+        {"payload bits",
+         [](NerikResultData& d) {
+             auto& p = d.GetTransmission()[0]->GetPDUDataBlocks()[0]->GetPayload();
+             p.SetData(p.GetData(), p.GetDataElements(), 2);
+         }},
+        {"grandchild field",
+         [](NerikResultData& d) {
+             d.GetTransmission()[0]
+                 ->GetPDUDataBlocks()[0]
+                 ->GetPDUDataBlocks()[0]
+                 ->GetPDUDataBlocks()[0]
+                 ->GetFields()[0]
+                 .SetValue("1");
+         }},
+        {"missing transmission", [](NerikResultData& d) { delete d.GetTransmission().takeLast(); }},
+    };
+    for (auto const& change : changes) {
+        auto copy = sample::richDocument();
+        ASSERT_TRUE(*copy == *original);
+        change.second(*copy);
+        EXPECT_FALSE(*copy == *original) << change.first;
+    }
+}
+
+TEST(NerikResultData, HostileTextSurvivesInEverySlot)
+{
+    for (HostileText const& hostile : hostileTexts()) {
+        SCOPED_TRACE(hostile.name);
+        auto const original = sample::richDocument(hostile.text);
+        QString const xml = original->GetXmlString();
+        NerikResultData loaded;
+        ASSERT_TRUE(loaded.SetXmlString(xml)) << loaded.GetErrorText().toStdString();
+        EXPECT_TRUE(loaded == *original);
+        EXPECT_EQ(loaded.GetTransmission()[0]->GetPDUDataBlocks()[0]->GetName(), hostile.text);
+        EXPECT_EQ(zelkotest::validateXmlText(xml, schema), QString());
+        // The file path goes through the UTF-8 encoder: it must read back the same.
+        NerikResultData fromFile;
+        ASSERT_TRUE(fromFile.SetXmlString(savedText(*original).remove(QRegExp("^<\\?xml[^>]*>"))));
+        EXPECT_TRUE(fromFile == *original);
+    }
+}
+
+TEST(NerikResultData, RandomTextRoundTrips)
+{
+    QRandomGenerator random(20240131);
+    // Units drawn from the whole 16-bit range, with extra weight on the ones XML dislikes.
+    ushort const specials[] = {0x0000, 0x0009, 0x000A, 0x000D, 0x001F, 0x003C, 0x0026, 0x005D,
+                               0x003E, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFFFE, 0xFFFF, 0x0085};
+    for (int round = 0; round < 60; ++round) {
+        QString text;
+        int const length = int(random.bounded(40));
+        for (int i = 0; i < length; ++i) {
+            text.append(QChar(random.bounded(3) == 0 ? specials[random.bounded(16)]
+                                                     : ushort(random.bounded(0x10000))));
+        }
+        auto const original = sample::richDocument(text);
+        QString const xml = original->GetXmlString();
+        NerikResultData loaded;
+        ASSERT_TRUE(loaded.SetXmlString(xml))
+            << round << ": " << loaded.GetErrorText().toStdString();
+        ASSERT_TRUE(loaded == *original) << "round " << round;
+        if (round % 20 == 0) {
+            EXPECT_EQ(zelkotest::validateXmlText(xml, schema), QString()) << "round " << round;
+        }
+    }
+}
+
+TEST(NerikResultData, GoldenDocumentIsStable)
+{
+    QString const golden =
+        QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/nerikresultdataxml/rich-document.xml");
+    QString const xml = sample::richDocument()->GetXmlString();
+    if (qEnvironmentVariableIntValue("ZELKO_REGENERATE_GOLDEN") == 1) {
+        QFile file(golden);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(xml.toUtf8());
+    }
+    QFile file(golden);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << golden.toStdString();
+    EXPECT_EQ(QString::fromUtf8(file.readAll()), xml);
+    EXPECT_EQ(zelkotest::validateXmlFile(golden, schema), QString());
+    NerikResultData loaded;
+    ASSERT_TRUE(loaded.LoadFile(golden)) << loaded.GetErrorText().toStdString();
+    EXPECT_TRUE(loaded == *sample::richDocument());
+}
+
+TEST(NerikResultData, TransmissionStandsAloneAsDocument)
+{
+    auto const document = sample::richDocument(QString(QChar(0x1)));
+    Transmission const& original = *document->GetTransmission()[0];
+    QString const xml = original.GetXmlString();
+    EXPECT_EQ(zelkotest::validateXmlText(xml, schema), QString());
+    Transmission read;
+    QString error;
+    ASSERT_TRUE(read.SetXmlString(xml, error)) << error.toStdString();
+    EXPECT_TRUE(read == original);
+    EXPECT_FALSE(read.SetXmlString(QStringLiteral("<Transmission><Bogus/></Transmission>"), error));
+    EXPECT_EQ(error,
+              QStringLiteral("line 1, column 22: unexpected element <Bogus> in <Transmission>"));
+    EXPECT_TRUE(read == original) << "a refused text leaves the transmission as it was";
+}
+
+TEST(NerikResultData, BadInputIsRefusedWithPositionAndLeavesDocumentUnchanged)
+{
+    struct Case
+    {
+        char const* name;
+        char const* xml;
+        char const* error;
+    };
+    Case const cases[] = {
+        {"empty text", "", "line 1, column 0: Premature end of document."},
+        {"not XML", "hello", "line 1, column 1: Start tag expected."},
+        {"wrong root", "<Results/>",
+         "line 1, column 10: root element is <Results>, expected <NerikResultData>"},
+        {"missing version", "<NerikResultData/>",
+         "line 1, column 18: <NerikResultData> lacks the attribute version"},
+        {"future version", "<NerikResultData version='2'/>",
+         "line 1, column 30: unsupported version \"2\""},
+        {"id not a number",
+         "<NerikResultData version='1'><Transmission><DataBlock id='x' "
+         "channel='1'><Content/></DataBlock></Transmission></NerikResultData>",
+         "line 1, column 73: id is not an integer: \"x\""},
+        {"negative PDU type",
+         "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' "
+         "type='-1'/></Transmission></NerikResultData>",
+         "line 1, column 75: type is not an unsigned integer: \"-1\""},
+        {"bad time",
+         "<NerikResultData version='1'><Transmission startTime='yesterday'/></NerikResultData>",
+         "line 1, column 66: startTime is not a date-time: \"yesterday\""},
+        {"raw content of odd length",
+         "<NerikResultData version='1'><Transmission><DataBlock id='1' "
+         "channel='1'><Content/><RawContent>QUJD</RawContent></DataBlock></Transmission></"
+         "NerikResultData>",
+         "line 1, column 112: <RawContent> is not base64 of UTF-16 code units"},
+        {"escape with three digits",
+         "<NerikResultData version='1'><Transmission><DataBlock id='1' channel='1'><Content>a<c "
+         "u='001'/></Content></DataBlock></Transmission></NerikResultData>",
+         "line 1, column 95: <c> needs exactly the attribute u with four hex digits"},
+        {"block without content",
+         "<NerikResultData version='1'><Transmission><DataBlock id='1' "
+         "channel='1'/></Transmission></NerikResultData>",
+         "line 1, column 74: <DataBlock> lacks <Content>"},
+        {"children out of order",
+         "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' "
+         "type='0'/><Info/></Transmission></NerikResultData>",
+         "line 1, column 81: unexpected element <Info> in <Transmission>"},
+        {"unknown attribute", "<NerikResultData version='1' colour='red'/>",
+         "line 1, column 43: unknown attribute colour of <NerikResultData>"},
+        {"name given twice",
+         "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' type='0' name='a' "
+         "name64='YQA='/></Transmission></NerikResultData>",
+         "line 1, column 97: both name and name64 given"},
+        {"second root", "<NerikResultData version='1'/><NerikResultData version='1'/>",
+         "line 1, column 60: Extra content at end of document."},
+        {"payload data not base64",
+         "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' type='0'><Payload><Data "
+         "elements='1' bits='8'>*</Data></Payload></PDUDataBlock></Transmission></NerikResultData>",
+         "line 1, column 118: <Data> is not base64"},
+    };
+    for (Case const& c : cases) {
+        auto document = sample::richDocument();
+        int const nextId = document->PeekNextID();
+        EXPECT_FALSE(document->SetXmlString(QString::fromUtf8(c.xml))) << c.name;
+        EXPECT_EQ(document->GetErrorText(), QString::fromUtf8(c.error)) << c.name;
+        EXPECT_TRUE(*document == *sample::richDocument()) << c.name;
+        EXPECT_EQ(document->PeekNextID(), nextId) << c.name;
+    }
+}
+
+TEST(NerikResultData, EveryTruncationIsRefused)
+{
+    QString const xml = sample::richDocument(QStringLiteral("a\x01]]>\r"))->GetXmlString();
+    int const complete =
+        xml.lastIndexOf(QLatin1String("</NerikResultData>")) + int(qstrlen("</NerikResultData>"));
+    NerikResultData document;
+    for (int length = 0; length < complete; ++length) {
+        ASSERT_FALSE(document.SetXmlString(xml.left(length))) << "length " << length;
+        ASSERT_TRUE(document.GetErrorText().startsWith(QLatin1String("line "))) << length;
+        ASSERT_TRUE(document.GetTransmission().isEmpty());
+    }
+    EXPECT_TRUE(document.SetXmlString(xml.left(complete)));
+}
+
+TEST(NerikResultData, DamagedBytesNeverCrashAndWhatLoadsSavesCleanly)
+{
+    QByteArray const clean = sample::richDocument()->GetXmlString().toUtf8();
+    QRandomGenerator random(7);
+    int loadedCount = 0;
+    for (int round = 0; round < 300; ++round) {
+        QByteArray damaged = clean;
+        int const hits = 1 + int(random.bounded(4));
+        for (int i = 0; i < hits; ++i) {
+            damaged[int(random.bounded(damaged.size()))] = char(random.bounded(256));
+        }
+        NerikResultData document;
+        if (document.SetXmlString(QString::fromUtf8(damaged))) {
+            ++loadedCount;
+            NerikResultData again;
+            ASSERT_TRUE(again.SetXmlString(document.GetXmlString())) << round;
+            ASSERT_TRUE(again == document) << round;
+        } else {
+            ASSERT_TRUE(document.GetErrorText().contains(QLatin1String(", column "))) << round;
+        }
+    }
+    EXPECT_LT(loadedCount, 300) << "damage must be noticed at least sometimes";
+}
+
+TEST(NerikResultData, FileProblemsAreReportedNotThrown)
+{
+    NerikResultData document;
+    EXPECT_FALSE(document.LoadFile(QStringLiteral("/nonexistent/NerikResultData.xml")));
+    EXPECT_TRUE(document.GetErrorText().startsWith(
+        QLatin1String("/nonexistent/NerikResultData.xml: cannot open: ")));
+
+    QTemporaryDir directory;
+    EXPECT_FALSE(document.LoadFile(directory.path()));
+
+    QFile closed(directory.filePath(QStringLiteral("closed.xml")));
+    EXPECT_FALSE(document.SaveFile(closed));
+    EXPECT_EQ(document.GetErrorText(), closed.fileName() + QLatin1String(": not open for writing"));
+
+    auto const big = sample::richDocument(QString(20000, QChar('x')));
+    QFile full(QStringLiteral("/dev/full"));
+    if (full.open(QIODevice::WriteOnly)) {
+        EXPECT_FALSE(big->SaveFile(full));
+        EXPECT_TRUE(big->GetErrorText().startsWith(QLatin1String("/dev/full: write failed")))
+            << big->GetErrorText().toStdString();
+    }
+}
+
+TEST(NerikResultData, FilterLeavesOutRejectedTextBlocksOnlyInTheFile)
+{
+    auto document = sample::richDocument();
+    QTemporaryDir directory;
+    QFile file(directory.filePath(QStringLiteral("filtered.xml")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(
+        document->SaveFile(file, [](DataBlock const& block) { return block.GetChannel() == 7; }));
+    file.close();
+    EXPECT_EQ(zelkotest::validateXmlFile(file.fileName(), schema), QString());
+    NerikResultData loaded;
+    ASSERT_TRUE(loaded.LoadFile(file.fileName()));
+    ASSERT_EQ(loaded.GetTransmission()[0]->GetDataBlock().size(), 1);
+    EXPECT_EQ(loaded.GetTransmission()[0]->GetDataBlock()[0]->GetChannel(), 7);
+    EXPECT_EQ(loaded.GetTransmission()[0]->GetPDUDataBlocks().size(), 1);
+    EXPECT_EQ(document->GetTransmission()[0]->GetDataBlock().size(), 2);
+}
+
+TEST(NerikResultData, IdsStayUniqueAcrossTransmissionsClearAndReload)
+{
+    NerikResultData document;
+    QSet<int> seen;
+    for (int t = 0; t < 3; ++t) {
+        auto* transmission = new Transmission;
+        for (int b = 0; b < 4; ++b) {
+            auto* block = new DataBlock(b);
+            block->SetID(document.GetNextID());
+            EXPECT_FALSE(seen.contains(block->GetID()));
+            seen.insert(block->GetID());
+            block->SetTimeStamp(sample::at(1, t, b));
+            transmission->AddDataBlock(block);
+        }
+        document.AddTransmission(transmission);
+    }
+    EXPECT_EQ(seen.size(), 12);
+    EXPECT_EQ(document.PeekNextID(), 13);
+
+    // A stored counter that lags behind the IDs in the file must not cause duplicates.
+    QString xml = document.GetXmlString();
+    xml.replace(QLatin1String("nextId=\"13\""), QLatin1String("nextId=\"2\""));
+    NerikResultData reloaded;
+    ASSERT_TRUE(reloaded.SetXmlString(xml)) << reloaded.GetErrorText().toStdString();
+    EXPECT_EQ(reloaded.GetNextID(), 13);
+    EXPECT_EQ(reloaded.GetNextID(), 14);
+
+    document.Clear();
+    EXPECT_TRUE(document.GetTransmission().isEmpty());
+    EXPECT_EQ(document.GetNextID(), 13) << "Clear keeps the counter";
+}
