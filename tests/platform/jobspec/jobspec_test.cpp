@@ -1,0 +1,282 @@
+#include <QFile>
+#include <QTemporaryDir>
+#include <functional>
+#include <gtest/gtest.h>
+#include <jobspec/settings.h>
+#include <jobspec/station.h>
+#include <memory>
+#include <ostream>
+#include <reportkit/rgexception.h>
+#include <support/schemavalidator.h>
+
+using namespace JobSpec;
+
+inline void PrintTo(QString const& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+QString const schema = QStringLiteral("jobsettings.xsd");
+QString const example = QStringLiteral(ZELKO_SOURCE_DIR "/data/jobsettings-example.xml");
+
+Settings fullSettings()
+{
+    Settings settings;
+    settings.SetName(QStringLiteral("Night <watch> & \"more\""));
+    REPORTKIT::Tuner_Settings& tuner = settings.GetTuner_Settings();
+    tuner.SetDevice(QStringLiteral("EB500"));
+    tuner.SetAttenuation(10.5);
+    AntennaSettings antenna;
+    antenna.SetName(QStringLiteral("HE600"));
+    antenna.SetType(QStringLiteral("Active rod"));
+    antenna.SetPort(2);
+    settings.SetAntennaSettings(antenna);
+    settings.GetAudio_Settings().SetMode(QStringLiteral("USB"));
+    settings.GetAudio_Settings().SetSampleRate(48000);
+    settings.GetAudio_Settings().SetSquelch(-3.25);
+    settings.GetFFM_Settings().SetFrequency(12579000.5);
+    settings.GetFFM_Settings().SetBandwidth(2400);
+    Demodulator_Settings& demodulator = settings.GetDemodulator_Settings();
+    demodulator.SetMode(Demodulator_Settings::USB);
+    demodulator.SetBandwidth(2700);
+    demodulator.SetAlphabet(QStringLiteral("International"));
+    demodulator.SetTransmissionSystemMode(QStringLiteral("AIS"));
+    demodulator.GetDecoder().AppendValue(QStringLiteral("ITA2"));
+    demodulator.GetDecoder().AppendValue(QStringLiteral(" SITOR "));
+    settings.GetChannelSelection().AppendValue(QStringLiteral("3"));
+    settings.GetChannelSelection().AppendValue(QStringLiteral("300"));
+    settings.GetChannelSelection().AppendValue(QStringLiteral("x"));
+    return settings;
+}
+
+template <typename T>
+void expectRoundTrip(T const& original, char const* name)
+{
+    T read;
+    ASSERT_TRUE(read.SetXmlString(original.GetXmlString(), 0))
+        << name << ": " << read.LastXmlError().toStdString();
+    EXPECT_TRUE(read == original) << name;
+    EXPECT_TRUE(read.LastXmlError().isEmpty()) << name;
+    EXPECT_EQ(zelkotest::validateXmlText(original.GetXmlString(), schema), QString()) << name;
+}
+
+} // namespace
+
+TEST(JobSettings, EveryTypeRoundTripsAndValidates)
+{
+    Settings const settings = fullSettings();
+    expectRoundTrip(settings, "full settings");
+    expectRoundTrip(Settings(), "empty settings");
+    expectRoundTrip(settings.GetTuner_Settings(), "tuner");
+    expectRoundTrip(settings.GetFFM_Settings(), "FFM");
+    expectRoundTrip(settings.GetAntennaSettings(), "antenna");
+    expectRoundTrip(settings.GetAudio_Settings(), "audio");
+    expectRoundTrip(settings.GetDemodulator_Settings(), "demodulator");
+    expectRoundTrip(settings.GetDemodulator_Settings().GetDecoder(), "decoder");
+    expectRoundTrip(settings.GetChannelSelection(), "channel selection");
+    expectRoundTrip(ChannelSelection(), "empty channel selection");
+
+    Station station;
+    station.SetStationID(211234567);
+    station.SetTimeStamp(QDateTime(QDate(2024, 1, 31), QTime(23, 59, 59, 123), Qt::UTC));
+    expectRoundTrip(station, "station without name and position");
+    station.SetName(QString());
+    station.SetLatitude(-90.0);
+    expectRoundTrip(station, "station with empty name and only a latitude");
+    station.SetLongitude(180.0);
+    station.SetName(QStringLiteral("DABC"));
+    expectRoundTrip(station, "station with everything");
+}
+
+TEST(JobSettings, ExampleFileValidatesAndReads)
+{
+    EXPECT_EQ(zelkotest::validateXmlFile(example, schema), QString());
+    Settings settings;
+    ASSERT_TRUE(settings.LoadFile(example)) << settings.LastXmlError().toStdString();
+    EXPECT_EQ(settings.GetFFM_Settings().GetFrequency().GetValue(), 162025000.0);
+    EXPECT_EQ(settings.GetAntennaSettings().GetPort(), 1);
+    EXPECT_EQ(settings.GetDemodulator_Settings().GetMode(), Demodulator_Settings::FM);
+    EXPECT_EQ(settings.GetDemodulator_Settings().GetTransmissionSystemMode(),
+              QStringLiteral("AIS"));
+    EXPECT_EQ(settings.GetDemodulator_Settings().GetDecoder().GetValue(),
+              QStringList{QStringLiteral("AIS")});
+    EXPECT_EQ(settings.GetChannelSelection().GetValue(),
+              (QStringList{QStringLiteral("0"), QStringLiteral("3")}));
+}
+
+TEST(JobSettings, FileSaveAndLoadAndMissingFile)
+{
+    QTemporaryDir directory;
+    QString const path = directory.filePath(QStringLiteral("job.xml"));
+    ASSERT_TRUE(fullSettings().SaveFile(path));
+    EXPECT_EQ(zelkotest::validateXmlFile(path, schema), QString());
+    Settings settings;
+    ASSERT_TRUE(settings.LoadFile(path));
+    EXPECT_TRUE(settings == fullSettings());
+
+    EXPECT_FALSE(settings.LoadFile(directory.filePath(QStringLiteral("missing.xml"))));
+    EXPECT_TRUE(settings.LastXmlError().startsWith(
+        directory.filePath(QStringLiteral("missing.xml: cannot open: "))));
+    EXPECT_TRUE(settings == fullSettings()) << "a failed load keeps the settings";
+    QString error;
+    EXPECT_FALSE(
+        Settings().SaveFile(directory.filePath(QStringLiteral("no/such/dir/job.xml")), &error));
+    EXPECT_TRUE(error.contains(QLatin1String("cannot write"))) << error.toStdString();
+}
+
+TEST(JobSettings, BadTextIsRefusedWithPositionAndLeavesObjectUnchanged)
+{
+    struct Case
+    {
+        char const* name;
+        std::function<std::unique_ptr<REPORTKIT::SettingsObject>()> make;
+        char const* xml;
+        char const* error;
+    };
+    auto const settings = [] { return std::make_unique<Settings>(fullSettings()); };
+    auto const ffm = [] {
+        return std::make_unique<REPORTKIT::FFM_Settings>(fullSettings().GetFFM_Settings());
+    };
+    auto const demodulator = [] {
+        return std::make_unique<Demodulator_Settings>(fullSettings().GetDemodulator_Settings());
+    };
+    auto const station = [] { return std::make_unique<Station>(); };
+    Case const cases[] = {
+        {"empty text", settings, "", "line 1, column 0: Premature end of document."},
+        {"wrong root", settings, "<Settings/>",
+         "line 1, column 11: root element is <Settings>, expected <JobSettings>"},
+        {"truncated", settings, "<JobSettings><Tuner_Settings>",
+         "line 1, column 29: Premature end of document."},
+        {"frequency not a number", ffm, "<FFM_Settings frequency='12 MHz'/>",
+         "line 1, column 34: frequency is not a number: \"12 MHz\""},
+        {"negative bandwidth", ffm, "<FFM_Settings bandwidth='-1'/>",
+         "line 1, column 30: bandwidth must be a non-negative number of hertz"},
+        {"infinite frequency", ffm, "<FFM_Settings frequency='inf'/>",
+         "line 1, column 31: frequency must be a non-negative number of hertz"},
+        {"mode in lower case", demodulator, "<Demodulator_Settings mode='usb'/>",
+         "line 1, column 34: unknown demodulation mode \"usb\""},
+        {"unknown attribute", demodulator, "<Demodulator_Settings colour='red'/>",
+         "line 1, column 36: unknown attribute colour of <Demodulator_Settings>"},
+        {"second decoder element", demodulator,
+         "<Demodulator_Settings><Decoder/><Decoder/></Demodulator_Settings>",
+         "line 1, column 42: unexpected element <Decoder>"},
+        {"port negative", settings,
+         "<JobSettings><Tuner_Settings><AntennaSettings port='-1'/></Tuner_Settings></JobSettings>",
+         "line 1, column 57: port must not be negative"},
+        {"parts out of order", settings,
+         "<JobSettings><ChannelSelection/><Tuner_Settings/></JobSettings>",
+         "line 1, column 49: unexpected element <Tuner_Settings>"},
+        {"content after root", settings, "<JobSettings/><x/>",
+         "line 1, column 18: Extra content at end of document."},
+        {"station without id", station, "<Station name='x'/>",
+         "line 1, column 19: <Station> lacks the attribute id"},
+        {"latitude beyond pole", station, "<Station id='1' latitude='90.5'/>",
+         "line 1, column 33: latitude must lie in -90..90"},
+        {"options not 0", settings, "<JobSettings/>", "unsupported options 1"},
+    };
+    for (Case const& c : cases) {
+        auto object = c.make();
+        auto const before = object->GetXmlString();
+        int const options = QByteArray(c.name) == "options not 0" ? 1 : 0;
+        EXPECT_FALSE(object->SetXmlString(QString::fromUtf8(c.xml), options)) << c.name;
+        EXPECT_EQ(object->LastXmlError(), QString::fromUtf8(c.error)) << c.name;
+        EXPECT_EQ(object->GetXmlString(), before) << c.name;
+    }
+}
+
+TEST(JobSettings, LenientReadingSkipsWhatItDoesNotKnow)
+{
+    QString const xml = QStringLiteral(
+        "<JobSettings future='1'><Extra><Deep/></Extra>"
+        "<Demodulator_Settings mode='CW' future='2'><Decoder><Value>MORSE</Value><Note/></Decoder>"
+        "</Demodulator_Settings></JobSettings>");
+    Settings strict;
+    EXPECT_FALSE(strict.SetXmlString(xml, 0));
+    Settings lenient;
+    lenient.SetValidate(false);
+    ASSERT_TRUE(lenient.SetXmlString(xml, 0)) << lenient.LastXmlError().toStdString();
+    EXPECT_EQ(lenient.GetDemodulator_Settings().GetMode(), Demodulator_Settings::CW);
+    EXPECT_EQ(lenient.GetDemodulator_Settings().GetDecoder().GetValue(),
+              QStringList{QStringLiteral("MORSE")});
+}
+
+TEST(DemodulatorSettings, ModeNamesBothWays)
+{
+    struct Case
+    {
+        int mode;
+        char const* name;
+    };
+    Case const cases[] = {{Demodulator_Settings::Unknown, "UNKNOWN"},
+                          {Demodulator_Settings::AM, "AM"},
+                          {Demodulator_Settings::USB, "USB"},
+                          {Demodulator_Settings::CW, "CW"},
+                          {Demodulator_Settings::TV, "TV"},
+                          {Demodulator_Settings::ModeCount, "UNKNOWN"},
+                          {-1, "UNKNOWN"},
+                          {1000, "UNKNOWN"}};
+    for (Case const& c : cases) {
+        EXPECT_EQ(Demodulator_Settings::ModeToName(c.mode), QLatin1String(c.name)) << c.mode;
+    }
+    for (int mode = 0; mode < Demodulator_Settings::ModeCount; ++mode) {
+        bool ok = false;
+        auto const name = Demodulator_Settings::ModeToName(mode);
+        EXPECT_EQ(Demodulator_Settings::NameToMode(name, &ok), mode);
+        EXPECT_TRUE(ok);
+    }
+    bool ok = true;
+    EXPECT_EQ(Demodulator_Settings::NameToMode(QStringLiteral("Usb"), &ok),
+              Demodulator_Settings::Unknown);
+    EXPECT_FALSE(ok);
+}
+
+TEST(Station, PositionLimitsAndFlags)
+{
+    struct Case
+    {
+        double latitude;
+        double longitude;
+        bool accepted;
+    };
+    Case const cases[] = {{0, 0, true},          {90, 180, true},         {-90, -180, true},
+                          {90.000001, 0, false}, {0, -180.000001, false}, {qQNaN(), 0, false}};
+    for (Case const& c : cases) {
+        Station station;
+        bool thrown = false;
+        try {
+            station.SetLatitude(c.latitude);
+            station.SetLongitude(c.longitude);
+        } catch (REPORTKIT::RGException const&) {
+            thrown = true;
+        }
+        EXPECT_EQ(!thrown, c.accepted) << c.latitude << " " << c.longitude;
+        EXPECT_EQ(station.IsPositionSet(), c.accepted);
+    }
+    Station station;
+    station.SetLatitude(53.5);
+    EXPECT_TRUE(station.IsLatitudeSet());
+    EXPECT_FALSE(station.IsPositionSet()) << "a position needs both coordinates";
+    EXPECT_FALSE(station.IsNameSet());
+    station.SetName(QString());
+    EXPECT_TRUE(station.IsNameSet()) << "an empty name is still a set name";
+    station.SetValidate(false);
+    station.SetLongitude(500);
+    EXPECT_TRUE(station.IsPositionSet());
+}
+
+TEST(ChannelSelection, KeepsTextsAsGivenInOrder)
+{
+    ChannelSelection selection;
+    EXPECT_FALSE(selection.IsValueSet());
+    for (char const* text : {"3", " 3", "3", "", "-1"}) {
+        selection.AppendValue(QString::fromLatin1(text));
+    }
+    ChannelSelection read;
+    ASSERT_TRUE(read.SetXmlString(selection.GetXmlString(), 0));
+    EXPECT_EQ(read.GetValue(), (QStringList{"3", " 3", "3", "", "-1"}));
+    EXPECT_TRUE(read.IsValueSet());
+    EXPECT_TRUE(read.SetXmlString(QStringLiteral("<ChannelSelection/>"), 0));
+    EXPECT_FALSE(read.IsValueSet());
+}

@@ -1,0 +1,131 @@
+#include <QtGlobal>
+#include <functional>
+#include <gtest/gtest.h>
+#include <ostream>
+#include <reportkit/rgexception.h>
+#include <reportkit/tunersettings.h>
+#include <support/schemavalidator.h>
+
+using namespace REPORTKIT;
+
+inline void PrintTo(QString const& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+// The settings objects share the job-settings schema, where each is a global element.
+QString const schema = QStringLiteral("jobsettings.xsd");
+
+Tuner_Settings tuner()
+{
+    Tuner_Settings settings;
+    settings.SetDevice(QStringLiteral("EB500 <#2>"));
+    settings.SetAttenuation(0.5);
+    settings.GetAntennaSettings().SetName(QStringLiteral("HE600"));
+    settings.GetAntennaSettings().SetPort(1);
+    settings.GetAudio_Settings().SetMode(QStringLiteral("FM"));
+    settings.GetAudio_Settings().SetSquelch(0.0);
+    settings.GetFFM_Settings().SetFrequency(14250000000.0);
+    settings.GetFFM_Settings().SetBandwidth(0.1);
+    return settings;
+}
+
+} // namespace
+
+TEST(TunerSettings, RoundTripKeepsEveryPartAndValidates)
+{
+    Tuner_Settings const original = tuner();
+    Tuner_Settings read;
+    ASSERT_TRUE(read.SetXmlString(original.GetXmlString(), 0)) << read.LastXmlError().toStdString();
+    EXPECT_TRUE(read == original);
+    EXPECT_TRUE(read.GetAudio_Settings().IsSquelchSet()) << "a squelch of 0 is still set";
+    EXPECT_EQ(read.GetFFM_Settings().GetFrequency().GetValue(), 14250000000.0);
+    EXPECT_EQ(zelkotest::validateXmlText(original.GetXmlString(), schema), QString());
+    EXPECT_EQ(zelkotest::validateXmlText(Tuner_Settings().GetXmlString(), schema), QString());
+}
+
+TEST(TunerSettings, EqualityLooksAtEveryPart)
+{
+    std::vector<std::pair<char const*, std::function<void(Tuner_Settings&)>>> const changes = {
+        {"device", [](Tuner_Settings& t) { t.SetDevice("EB200"); }},
+        {"attenuation", [](Tuner_Settings& t) { t.SetAttenuation(1); }},
+        {"antenna type", [](Tuner_Settings& t) { t.GetAntennaSettings().SetType("Loop"); }},
+        {"antenna port", [](Tuner_Settings& t) { t.GetAntennaSettings().SetPort(2); }},
+        {"squelch cleared", [](Tuner_Settings& t) { t.GetAudio_Settings().ClearSquelch(); }},
+        {"sample rate", [](Tuner_Settings& t) { t.GetAudio_Settings().SetSampleRate(8000); }},
+        {"bandwidth", [](Tuner_Settings& t) { t.GetFFM_Settings().SetBandwidth(9); }},
+    };
+    for (auto const& change : changes) {
+        Tuner_Settings changed = tuner();
+        change.second(changed);
+        EXPECT_FALSE(changed == tuner()) << change.first;
+        Tuner_Settings read;
+        ASSERT_TRUE(read.SetXmlString(changed.GetXmlString(), 0)) << change.first;
+        EXPECT_TRUE(read == changed) << change.first;
+    }
+}
+
+TEST(FFMSettings, FrequencyBoundariesWhileValidating)
+{
+    struct Case
+    {
+        double hertz;
+        bool accepted;
+    };
+    Case const cases[] = {{0.0, true},     {1e-300, true},  {1e12, true},
+                          {-0.001, false}, {qInf(), false}, {qQNaN(), false}};
+    for (Case const& c : cases) {
+        FFM_Settings settings;
+        bool thrown = false;
+        try {
+            settings.SetFrequency(c.hertz);
+        } catch (RGException const& e) {
+            thrown = true;
+            EXPECT_TRUE(e.GetMessage().startsWith(QLatin1String("FFM_Settings: frequency ")));
+        }
+        EXPECT_EQ(!thrown, c.accepted) << c.hertz;
+        settings.SetValidate(false);
+        settings.SetFrequency(c.hertz); // never throws without validation
+    }
+}
+
+TEST(FFMSettings, TextWithoutFrequencyReadsAsZero)
+{
+    FFM_Settings settings;
+    settings.SetFrequency(5e6);
+    ASSERT_TRUE(settings.SetXmlString(QStringLiteral("<FFM_Settings bandwidth='100'/>"), 0));
+    EXPECT_EQ(settings.GetFrequency().GetValue(), 0.0);
+    EXPECT_EQ(settings.GetBandwidth().GetValue(), 100.0);
+}
+
+TEST(TunerSettings, BadTextNamesPositionAndKeepsObject)
+{
+    struct Case
+    {
+        char const* name;
+        char const* xml;
+        char const* error;
+    };
+    Case const cases[] = {
+        {"audio before antenna order kept",
+         "<Tuner_Settings><Audio_Settings/><AntennaSettings/></Tuner_Settings>",
+         "line 1, column 51: unexpected element <AntennaSettings>"},
+        {"sample rate with unit",
+         "<Tuner_Settings><Audio_Settings sampleRate='48k'/></Tuner_Settings>",
+         "line 1, column 50: sampleRate is not an integer: \"48k\""},
+        {"attenuation negative", "<Tuner_Settings attenuation='-3'/>",
+         "line 1, column 34: attenuation must be a non-negative number of dB"},
+        {"broken XML", "<Tuner_Settings><FFM_Settings frequency='1'></Tuner_Settings>",
+         "line 1, column 61: Opening and ending tag mismatch."},
+        {"the FFM part alone is not a tuner", "<FFM_Settings/>",
+         "line 1, column 15: root element is <FFM_Settings>, expected <Tuner_Settings>"},
+    };
+    for (Case const& c : cases) {
+        Tuner_Settings settings = tuner();
+        EXPECT_FALSE(settings.SetXmlString(QString::fromUtf8(c.xml), 0)) << c.name;
+        EXPECT_EQ(settings.LastXmlError(), QString::fromUtf8(c.error)) << c.name;
+        EXPECT_TRUE(settings == tuner()) << c.name;
+    }
+}
