@@ -194,6 +194,7 @@ BurstEmissionListConverter::processFrame(QByteArray const& frame)
         if (QFile* dump = m_dumps[BinaryFrameDump].get()) {
             QDataStream stream(dump);
             stream << frame;
+            dump->flush();
         }
         FrameFields fields;
         if (!readFrameFields(frame, fields)) {
@@ -254,6 +255,7 @@ void BurstEmissionListConverter::writeBurstDumps(unsigned int radioID) const
         for (BurstData const& burst : m_frameBursts) {
             stream << burst;
         }
+        dump->flush();
     }
 }
 

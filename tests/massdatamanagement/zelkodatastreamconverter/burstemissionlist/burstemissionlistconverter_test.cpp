@@ -1,0 +1,575 @@
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <new>
+#include <random>
+#include <recordingwriter/hoppergenerator.h>
+
+using namespace zelkodatastreamconverter::BurstEmissionList;
+using zelkorecording::BurstListFrame;
+using zelkorecording::BurstRecord;
+
+// Counts heap allocations while a test asks for it: the converter promises none per frame
+// once a radio's queue has its working size.
+namespace {
+std::atomic<bool> countAllocations{false};
+std::atomic<long> allocations{0};
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    if (countAllocations.load(std::memory_order_relaxed)) {
+        allocations.fetch_add(1, std::memory_order_relaxed);
+    }
+    if (void* p = std::malloc(size ? size : 1)) {
+        return p;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept
+{
+    std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept
+{
+    std::free(p);
+}
+
+namespace {
+
+using Result = std::tuple<bool, unsigned, FrequencyTimeWindow>;
+Result const Ignored{false, 0u, FrequencyTimeWindow()};
+
+BurstListFrame frame(unsigned radioID, quint64 startTime, quint32 duration,
+                     std::vector<BurstRecord> records, quint64 centre = 100000000,
+                     quint32 bandwidth = 25)
+{
+    BurstListFrame f;
+    f.radioID = radioID;
+    f.startTime = startTime;
+    f.duration = duration;
+    f.centreFrequency = centre;
+    f.bandwidth = bandwidth;
+    f.records = std::move(records);
+    return f;
+}
+
+std::vector<BurstRecord> levels(int count, float firstLevel = -100.f)
+{
+    std::vector<BurstRecord> records;
+    for (int i = 0; i < count; ++i) {
+        // Levels descending with i, so level order differs from record order.
+        records.push_back({quint32(i), 1, qint32(i * 1000), 500, firstLevel - float(i)});
+    }
+    return records;
+}
+
+void setWord(QByteArray& bytes, int word, quint32 value)
+{
+    std::memcpy(bytes.data() + 4 * word, &value, 4);
+}
+
+QByteArray readAll(QString const& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+TEST(BurstConverter, FrameBecomesASegmentSortedByFrequency)
+{
+    BurstEmissionListConverter converter;
+    auto const bytes =
+        frame(9, 1000, 5, {{10, 3, -5000, 1000, -50.f}, {0, 1, 2000, 3000, -60.f}}).frameBytes();
+    Result const result = converter.processFrame(bytes);
+    EXPECT_EQ(result, Result(true, 9u, FrequencyTimeWindow(99999987.0, 100000013.0, 1000, 6000)))
+        << "bandwidth 25 gives ±ceil(12.5)";
+    ASSERT_EQ(converter.getDataMap().count(9), 1u);
+    RadioBurstData const& radio = converter.getDataMap().at(9);
+    ASSERT_EQ(radio.bursts.size(), 2u);
+    EXPECT_EQ(radio.bursts[0], BurstData(99995000.0, 1000.0, 1010, 3, -50.f));
+    EXPECT_EQ(radio.bursts[1], BurstData(100002000.0, 3000.0, 1000, 1, -60.f));
+    EXPECT_EQ(radio.segmentStartTimes, (std::vector<unsigned long long>{1000}));
+    EXPECT_EQ(radio.segmentStopTimes, (std::vector<unsigned long long>{6000}));
+}
+
+TEST(BurstConverter, LayoutVariantsAreReadAtTheirOffsets)
+{
+    struct Row
+    {
+        char const* name;
+        quint32 strideWords;
+        quint32 extensionWords;
+    } const rows[] = {
+        {"minimum stride", 6, 9},
+        {"wider stride skips extra words", 11, 9},
+        {"longer header extension", 6, 15},
+    };
+    for (auto const& row : rows) {
+        BurstEmissionListConverter converter;
+        BurstListFrame f = frame(3, 0, 1, {{1, 2, -7, 8, -1.f}, {3, 4, 9, 10, -2.f}});
+        f.strideWords = row.strideWords;
+        f.headerExtensionWords = row.extensionWords;
+        EXPECT_TRUE(std::get<0>(converter.processFrame(f.frameBytes()))) << row.name;
+        auto const& bursts = converter.getDataMap().at(3).bursts;
+        ASSERT_EQ(bursts.size(), 2u) << row.name;
+        EXPECT_EQ(bursts[0], BurstData(99999993.0, 8.0, 1, 2, -1.f)) << row.name;
+        EXPECT_EQ(bursts[1], BurstData(100000009.0, 10.0, 3, 4, -2.f)) << row.name;
+    }
+}
+
+TEST(BurstConverter, BadFramesAreIgnoredWithoutChange)
+{
+    QByteArray const good = frame(5, 0, 1, levels(3)).frameBytes();
+    int const size = good.size();
+    struct Row
+    {
+        char const* name;
+        QByteArray bytes;
+    };
+    auto changed = [&](int word, quint32 value) {
+        QByteArray bytes = good;
+        setWord(bytes, word, value);
+        return bytes;
+    };
+    std::vector<Row> const rows = {
+        {"empty", QByteArray()},
+        {"shorter than a header", good.left(15)},
+        {"header only", good.left(24)},
+        {"cut inside the fixed fields", good.left(59)},
+        {"last record one byte short", good.left(size - 1)},
+        {"last record one word short", good.left(size - 4)},
+        {"wrong magic", changed(0, 0x726574FB)},
+        {"another frame type", changed(3, 368)},
+        {"type one past", changed(3, 337)},
+        {"no records", changed(13, 0)},
+        {"one record too many", changed(13, 4)},
+        {"record count at maximum", changed(13, 0xFFFFFFFF)},
+        {"stride below six words", changed(14, 5)},
+        {"stride zero", changed(14, 0)},
+        {"stride pointing past the end", changed(14, 7)},
+        {"stride at maximum", changed(14, 0xFFFFFFFF)},
+        {"extension past the end", changed(4, 1000)},
+        {"extension at maximum", changed(4, 0xFFFFFFFF)},
+    };
+    for (auto const& row : rows) {
+        BurstEmissionListConverter converter;
+        EXPECT_EQ(converter.processFrame(row.bytes), Ignored) << row.name;
+        EXPECT_TRUE(converter.getDataMap().empty()) << row.name;
+    }
+    BurstEmissionListConverter converter;
+    EXPECT_TRUE(std::get<0>(converter.processFrame(good))) << "records ending at the frame end";
+    EXPECT_TRUE(std::get<0>(converter.processFrame(good + QByteArray(4, '\0'))))
+        << "slack after the records";
+}
+
+TEST(BurstConverter, RandomAndTruncatedFramesNeverReadOutside)
+{
+    std::mt19937 engine(20261121);
+    BurstEmissionListConverter converter;
+    int accepted = 0;
+    for (int i = 0; i < 3000; ++i) {
+        std::uniform_int_distribution<int> sizeOf(0, 200);
+        QByteArray bytes(sizeOf(engine) * 4 + int(engine() % 4), '\0');
+        for (char& c : bytes) {
+            c = char(engine());
+        }
+        if (bytes.size() >= 60 && engine() % 2) {
+            // Plausible header with random count, stride and extension.
+            setWord(bytes, 0, BurstEmissionListConverter::FrameMagic);
+            setWord(bytes, 3, 336);
+            setWord(bytes, 4, engine() % 16);
+            setWord(bytes, 13, engine() % 12);
+            setWord(bytes, 14, engine() % 10);
+        }
+        // Copy into an exactly sized buffer so that a read past it is a real overrun.
+        QByteArray const exact(bytes.constData(), bytes.size());
+        auto const result = converter.processFrame(exact);
+        if (std::get<0>(result)) {
+            ++accepted;
+            quint32 ext, count, stride;
+            std::memcpy(&ext, exact.constData() + 16, 4);
+            std::memcpy(&count, exact.constData() + 52, 4);
+            std::memcpy(&stride, exact.constData() + 56, 4);
+            EXPECT_GE(stride, 6u);
+            EXPECT_LE(24ull + 4ull * ext + 4ull * count * stride, quint64(exact.size()));
+        }
+    }
+    EXPECT_GT(accepted, 50) << "the random headers must reach the record loop";
+
+    QByteArray const good = frame(1, 0, 1, levels(4)).frameBytes();
+    for (int cut = 0; cut < good.size(); ++cut) {
+        BurstEmissionListConverter fresh;
+        EXPECT_EQ(fresh.processFrame(good.left(cut)), Ignored) << "cut at " << cut;
+    }
+}
+
+TEST(BurstConverter, OldestSegmentIsDroppedAtTheMaximum)
+{
+    struct Row
+    {
+        unsigned short maximum;
+        int frames;
+        std::size_t segments;
+    } const rows[] = {{16, 20, 16}, {16, 16, 16}, {16, 15, 15}, {1, 5, 1}, {0, 3, 1}};
+    for (auto const& row : rows) {
+        BurstEmissionListConverter converter;
+        converter.setMaxSegmentsPerRadioID(row.maximum);
+        for (int i = 0; i < row.frames; ++i) {
+            converter.processFrame(frame(7, quint64(i) * 1000, 1, levels(1 + i % 3)).frameBytes());
+        }
+        RadioBurstData const& radio = converter.getDataMap().at(7);
+        EXPECT_EQ(radio.segmentCount(), row.segments) << row.maximum << "/" << row.frames;
+        EXPECT_EQ(radio.segmentStartTimes.back(), quint64(row.frames - 1) * 1000);
+        EXPECT_EQ(radio.segmentStartTimes.front(), quint64(row.frames - row.segments) * 1000);
+        EXPECT_EQ(radio.segmentStartIndices.front(), 0u);
+        std::size_t expectedBursts = 0;
+        for (int i = row.frames - int(row.segments); i < row.frames; ++i) {
+            expectedBursts += std::size_t(1 + i % 3);
+        }
+        EXPECT_EQ(radio.bursts.size(), expectedBursts);
+    }
+}
+
+TEST(BurstConverter, TimeRunningBackwardsForgetsEveryRadio)
+{
+    BurstEmissionListConverter converter;
+    converter.processFrame(frame(1, 10000, 5, levels(2)).frameBytes()); // stop 15000
+    converter.processFrame(frame(2, 15000, 5, levels(2)).frameBytes()); // stop 20000
+    converter.processFrame(frame(1, 20000, 0, levels(2)).frameBytes()); // stop 20000: same
+    EXPECT_EQ(converter.getDataMap().size(), 2u) << "an equal stop time is not backwards";
+    EXPECT_EQ(converter.getDataMap().at(1).segmentCount(), 2u);
+    converter.processFrame(frame(3, 0, 19, levels(2)).frameBytes()); // stop 19000 < 20000
+    ASSERT_EQ(converter.getDataMap().size(), 1u);
+    EXPECT_EQ(converter.getDataMap().count(3), 1u);
+    // An ignored frame does not move the clock.
+    QByteArray wrongType = frame(4, 0, 0, levels(1)).frameBytes();
+    setWord(wrongType, 3, 64);
+    converter.processFrame(wrongType);
+    converter.processFrame(frame(5, 18000, 1, levels(1)).frameBytes()); // stop 19000
+    EXPECT_EQ(converter.getDataMap().size(), 2u);
+}
+
+TEST(BurstConverter, QueriesOnRadios)
+{
+    BurstEmissionListConverter converter;
+    converter.processFrame(frame(1, 1000, 2, levels(3)).frameBytes()); // stop 3000
+    struct Row
+    {
+        unsigned radio;
+        unsigned long long time;
+        bool available;
+    } const rows[] = {{1, 0, true}, {1, 3000, true}, {1, 3001, false}, {2, 0, false}};
+    for (auto const& row : rows) {
+        EXPECT_EQ(converter.dataAvailableForTime(row.radio, row.time), row.available)
+            << row.radio << "@" << row.time;
+    }
+    EXPECT_EQ(converter.getFrequencySetForRadioID(2), std::make_pair(HopperFrequencySet(), 0.0));
+    EXPECT_TRUE(converter.drawRandomSampleFTWsForRadioID(2).empty());
+    converter.eraseDataForRadioID(2);
+    converter.eraseDataForRadioID(1);
+    EXPECT_TRUE(converter.getDataMap().empty());
+    EXPECT_FALSE(converter.dataAvailableForTime(1, 0));
+}
+
+TEST(BurstConverter, SettingsKeepTheirDefaultsUntilSet)
+{
+    BurstEmissionListConverter converter;
+    EXPECT_EQ(converter.getMaxSegmentsPerRadioID(), 16);
+    EXPECT_EQ(converter.getBinningToleranceMode(), eRelative);
+    EXPECT_DOUBLE_EQ(converter.getBinningToleranceValue(), 0.3);
+    EXPECT_EQ(converter.getEstimationParameters(), std::make_pair(-1.0, 12.0));
+    EXPECT_EQ(converter.getSegmentationParameters(), std::make_pair(eRelative, 12.0));
+    EXPECT_EQ(converter.getSamplingParameters(),
+              BurstEmissionListConverter::SamplingParameters(5000000, 75, 0.15f, 0.95f));
+    converter.setSamplingParameters(1, 2, 0.25f, 0.75f);
+    EXPECT_EQ(converter.getSamplingParameters(),
+              BurstEmissionListConverter::SamplingParameters(1, 2, 0.25f, 0.75f));
+    BurstEmissionListConverter::RadioIDHash const hash;
+    EXPECT_EQ(hash(0), std::size_t(5558979605539197941ull)) << "FNV-1a of four zero bytes";
+    EXPECT_EQ(hash(1), std::size_t(12478008331234465636ull));
+}
+
+TEST(BurstConverter, FrequencySetFollowsTheToleranceSettings)
+{
+    zelkorecording::HopperScenario scenario;
+    zelkorecording::HopperRadio radio;
+    radio.radioID = 4;
+    radio.jitterHz = 300;
+    radio.bandwidthHz = 10000;
+    radio.segments = {{30e6, 25000, 20, {}}};
+    scenario.radios = {radio};
+    scenario.burstsPerFrame = 400;
+    zelkorecording::HopperGenerator generator(scenario);
+    BurstEmissionListConverter converter;
+    for (int i = 0; i < 4; ++i) {
+        converter.processFrame(generator.nextFrame().frameBytes());
+    }
+    auto const [set, meanBandwidth] = converter.getFrequencySetForRadioID(4);
+    EXPECT_DOUBLE_EQ(meanBandwidth, 10000.0);
+    ASSERT_EQ(set.frequencies.size(), 20u);
+    for (std::size_t k = 0; k < 20; ++k) {
+        EXPECT_NEAR(set.frequencies[k], 30e6 + 25000.0 * double(k), 100.0) << k;
+    }
+    ASSERT_EQ(set.gridEstimation.segments.size(), 1u);
+    EXPECT_EQ(set.gridEstimation.segments[0].channelSpacing, 25000.0);
+    EXPECT_EQ(set.gridEstimation.segments[0].startFrequency, 30e6);
+    EXPECT_EQ(set.gridEstimation.segments[0].channelCount, 20u);
+
+    converter.setBinningTolerance(eAbsolute, 1.0);
+    EXPECT_GT(converter.getFrequencySetForRadioID(4).first.frequencies.size(), 200u)
+        << "1 Hz merges almost nothing";
+    converter.setBinningTolerance(eRelative, 0.3);
+    converter.setSegmentationParameters(eAbsolute, 30000.0);
+    EXPECT_EQ(converter.getFrequencySetForRadioID(4).first.gridEstimation.segments.size(), 1u)
+        << "25 kHz gaps stay below a 30 kHz threshold";
+    converter.setSegmentationParameters(eAbsolute, 20000.0);
+    EXPECT_EQ(converter.getFrequencySetForRadioID(4).first.gridEstimation.segments.size(), 20u)
+        << "every gap ends a segment";
+}
+
+TEST(BurstSampling, FewBurstsAreAllReturnedInLevelOrder)
+{
+    BurstEmissionListConverter converter;
+    converter.processFrame(frame(1, 0, 1, levels(70)).frameBytes());
+    auto const windows = converter.drawRandomSampleFTWsForRadioID(1);
+    ASSERT_EQ(windows.size(), 70u);
+    // Level falls with the record index, so ascending level is descending frequency.
+    for (std::size_t k = 0; k < windows.size(); ++k) {
+        EXPECT_EQ(windows[k].startFrequency, 100000000.0 + 1000.0 * double(69 - k) - 250.0) << k;
+    }
+}
+
+TEST(BurstSampling, ManyBurstsAreTrimmedAndSampledEvenly)
+{
+    // 100 bursts: level ranks 15 .. 94 kept (m = 80), step 2, then topped up to 75.
+    std::vector<std::size_t> offsetZero;
+    for (std::size_t k = 0; k < 80; k += 2) {
+        offsetZero.push_back(k);
+    }
+    for (std::size_t k = 79; k >= 11; k -= 2) {
+        offsetZero.push_back(k);
+    }
+    std::vector<std::size_t> offsetOne;
+    for (std::size_t k = 1; k < 80; k += 2) {
+        offsetOne.push_back(k);
+    }
+    for (std::size_t k = 78; k >= 10; k -= 2) {
+        offsetOne.push_back(k);
+    }
+    bool sawZero = false;
+    bool sawOne = false;
+    for (unsigned seed = 0; seed < 16; ++seed) {
+        BurstEmissionListConverter converter;
+        converter.seedRandomEngine(seed);
+        converter.processFrame(frame(1, 0, 1, levels(100)).frameBytes());
+        auto const windows = converter.drawRandomSampleFTWsForRadioID(1);
+        ASSERT_EQ(windows.size(), 75u);
+        std::vector<std::size_t> ranks;
+        for (auto const& window : windows) {
+            // Level rank r (ascending) belongs to record 99 − r at offset (99 − r) kHz.
+            auto const record =
+                std::size_t(std::llround((window.startFrequency + 250.0 - 1e8) / 1000.0));
+            ranks.push_back(99 - record - 15);
+        }
+        sawZero = sawZero || ranks == offsetZero;
+        sawOne = sawOne || ranks == offsetOne;
+        EXPECT_TRUE(ranks == offsetZero || ranks == offsetOne) << "seed " << seed;
+
+        BurstEmissionListConverter twin;
+        twin.seedRandomEngine(seed);
+        twin.processFrame(frame(1, 0, 1, levels(100)).frameBytes());
+        EXPECT_EQ(twin.drawRandomSampleFTWsForRadioID(1), windows) << "a fixed seed repeats";
+    }
+    EXPECT_TRUE(sawZero && sawOne) << "both offsets occur";
+}
+
+TEST(BurstSampling, OnlySegmentsWithinTheTimeSpanCount)
+{
+    BurstEmissionListConverter converter;
+    converter.setSamplingParameters(5000, 75, 0.15f, 0.95f);
+    converter.processFrame(frame(1, 0, 1, levels(10, -10.f)).frameBytes());    // stop 1000
+    converter.processFrame(frame(1, 1000, 1, levels(10, -30.f)).frameBytes()); // stop 2000
+    converter.processFrame(frame(1, 5000, 2, levels(10, -50.f)).frameBytes()); // stop 7000
+    // t0 = 7000 − 5000 = 2000: the first segment whose stop is above it is the third.
+    auto windows = converter.drawRandomSampleFTWsForRadioID(1);
+    EXPECT_EQ(windows.size(), 10u);
+    converter.setSamplingParameters(5001, 75, 0.15f, 0.95f);
+    EXPECT_EQ(converter.drawRandomSampleFTWsForRadioID(1).size(), 20u);
+    converter.setSamplingParameters(100000, 0, 0.15f, 0.95f);
+    EXPECT_TRUE(converter.drawRandomSampleFTWsForRadioID(1).empty()) << "sample count 0";
+    converter.setSamplingParameters(100000, 5, 0.9f, 0.1f);
+    EXPECT_TRUE(converter.drawRandomSampleFTWsForRadioID(1).empty())
+        << "crossed quantiles leave nothing, without reading out of range";
+}
+
+TEST(BurstDumps, FilesMirrorInputAndResults)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    BurstEmissionListConverter converter;
+    converter.seedRandomEngine(1);
+    ASSERT_TRUE(converter.dumpBinaryFrameData(dir.filePath("frames.bin")));
+    ASSERT_TRUE(converter.dumpBinaryBurstData(dir.filePath("bursts.bin")));
+    ASSERT_TRUE(converter.dumpTextBurstData(dir.filePath("bursts.txt")));
+    ASSERT_TRUE(converter.dumpTextFtwSampleData(dir.filePath("ftw.txt")));
+    ASSERT_TRUE(converter.dumpTextGridEstimation(dir.filePath("grid.txt")));
+    ASSERT_TRUE(converter.dumpTextBurstData(dir.filePath("old.txt")));
+    EXPECT_FALSE(converter.dumpTextBurstData(dir.filePath("missing/bursts.txt")))
+        << "an unopenable dump stays off, and the one it replaces is closed";
+    ASSERT_TRUE(converter.dumpTextBurstData(dir.filePath("bursts.txt")));
+
+    QByteArray const first =
+        frame(9, 1000, 5, {{10, 3, -5000, 1000, -50.f}, {0, 1, 2000, 3000, -60.f}}).frameBytes();
+    QByteArray ignored = first;
+    setWord(ignored, 3, 64);
+    QByteArray const second = frame(9, 6000, 5, {{0, 7, 0, 2000, -55.f}}).frameBytes();
+    for (QByteArray const& bytes : {first, ignored, second}) {
+        converter.processFrame(bytes);
+    }
+    converter.drawRandomSampleFTWsForRadioID(9);
+    converter.drawRandomSampleFTWsForRadioID(77);
+    converter.getFrequencySetForRadioID(9);
+
+    EXPECT_EQ(BurstEmissionListConverter::parseBinaryFrameDataFile(dir.filePath("frames.bin")),
+              (std::vector<QByteArray>{first, ignored, second}))
+        << "every frame, ignored ones too";
+    auto const bursts =
+        BurstEmissionListConverter::parseBinaryBurstData(dir.filePath("bursts.bin"));
+    ASSERT_EQ(bursts.size(), 2u);
+    EXPECT_EQ(bursts[0].first, 9u);
+    EXPECT_EQ(bursts[0].second,
+              (std::vector<BurstData>{BurstData(99995000, 1000, 1010, 3, -50.f),
+                                      BurstData(100002000, 3000, 1000, 1, -60.f)}));
+    EXPECT_EQ(bursts[1].second, (std::vector<BurstData>{BurstData(1e8, 2000, 6000, 7, -55.f)}));
+
+    EXPECT_EQ(readAll(dir.filePath("bursts.txt")),
+              QByteArray("9;2\nBurstData[99.995M;3;1k]\nBurstData[100.002M;1;3k]\n\n\n"
+                         "9;1\nBurstData[100M;7;2k]\n\n\n"));
+    EXPECT_EQ(readAll(dir.filePath("ftw.txt")),
+              QByteArray("9;3\nFTW{[100M;100M], [1000, 1001]}\nFTW{[99M;100M], [6000, 6007]}\n"
+                         "FTW{[99M;99M], [1010, 1013]}\n\n\n77;0\n\n\n"))
+        << "ascending level: -60, -55, -50 dBm";
+    EXPECT_TRUE(readAll(dir.filePath("old.txt")).isEmpty());
+    QByteArray const grid = readAll(dir.filePath("grid.txt"));
+    EXPECT_TRUE(grid.startsWith("9;HopperFrequencySet[3;")) << grid.constData();
+    EXPECT_TRUE(grid.endsWith("]\n\n")) << grid.constData();
+}
+
+TEST(BurstDumps, UnreadableOrDamagedDumpFilesGiveWhatWasIntact)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    EXPECT_TRUE(BurstEmissionListConverter::parseBinaryFrameDataFile(dir.filePath("none")).empty());
+    EXPECT_TRUE(BurstEmissionListConverter::parseBinaryBurstData(dir.path()).empty())
+        << "a directory";
+    {
+        BurstEmissionListConverter converter;
+        converter.dumpBinaryFrameData(dir.filePath("frames.bin"));
+        converter.dumpBinaryBurstData(dir.filePath("bursts.bin"));
+        for (int i = 0; i < 3; ++i) {
+            converter.processFrame(frame(2, quint64(i) * 1000, 1, levels(4)).frameBytes());
+        }
+    }
+    QByteArray const frames = readAll(dir.filePath("frames.bin"));
+    QByteArray const bursts = readAll(dir.filePath("bursts.bin"));
+    int const frameEntry = frames.size() / 3;
+    int const burstEntry = bursts.size() / 3;
+    for (int cut = 0; cut <= frames.size(); cut += 7) {
+        QFile out(dir.filePath("cut.bin"));
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        out.write(frames.left(cut));
+        out.close();
+        EXPECT_EQ(
+            BurstEmissionListConverter::parseBinaryFrameDataFile(dir.filePath("cut.bin")).size(),
+            std::size_t(cut / frameEntry))
+            << "cut at " << cut;
+    }
+    for (int cut = 0; cut <= bursts.size(); cut += 5) {
+        QFile out(dir.filePath("cut.bin"));
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        out.write(bursts.left(cut));
+        out.close();
+        EXPECT_EQ(BurstEmissionListConverter::parseBinaryBurstData(dir.filePath("cut.bin")).size(),
+                  std::size_t(cut / burstEntry))
+            << "cut at " << cut;
+    }
+    // A damaged count asks for 2^62 bursts: the reader stops at the end of the data.
+    QByteArray damaged = bursts;
+    damaged.replace(4, 8, QByteArray::fromHex("4000000000000000"));
+    QFile out(dir.filePath("damaged.bin"));
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+    out.write(damaged);
+    out.close();
+    EXPECT_TRUE(
+        BurstEmissionListConverter::parseBinaryBurstData(dir.filePath("damaged.bin")).empty());
+}
+
+TEST(BurstConverter, SwappedRecordingReadsLikeHostOrder)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    zelkorecording::HopperScenario scenario;
+    zelkorecording::HopperRadio radio;
+    radio.segments = {{50e6, 12500, 30, {}}};
+    radio.jitterHz = 100;
+    scenario.radios = {radio};
+    scenario.burstsPerFrame = 200;
+    std::vector<std::vector<BurstData>> perOrder;
+    for (auto order : {zelkorecording::ByteOrder::Host, zelkorecording::ByteOrder::Swapped}) {
+        QString const path = dir.filePath(order == zelkorecording::ByteOrder::Host ? "h" : "s");
+        {
+            QFile file(path);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            zelkorecording::RecordingWriter writer(&file);
+            zelkorecording::HopperGenerator generator(scenario);
+            ASSERT_TRUE(generator.writeFrames(writer, 3, order));
+        }
+        zelkodatastreamconverter::FileReader reader(path);
+        BurstEmissionListConverter converter;
+        QByteArray type, bytes;
+        while (reader.isWorking()) {
+            if (reader.readFrame()) {
+                reader.takeFrameData(type, bytes);
+                EXPECT_TRUE(std::get<0>(converter.processFrame(bytes)));
+            }
+        }
+        auto const& held = converter.getDataMap().at(1).bursts;
+        perOrder.emplace_back(held.begin(), held.end());
+    }
+    ASSERT_EQ(perOrder[0].size(), 600u);
+    EXPECT_EQ(perOrder[0], perOrder[1]);
+}
+
+TEST(BurstConverter, SteadyStateFramesDoNotAllocate)
+{
+    zelkorecording::HopperScenario scenario;
+    zelkorecording::HopperRadio radio;
+    radio.segments = {{30e6, 25000, 200, {}}};
+    scenario.radios = {radio};
+    scenario.burstsPerFrame = 2048;
+    zelkorecording::HopperGenerator generator(scenario);
+    std::vector<QByteArray> frames;
+    for (int i = 0; i < 40; ++i) {
+        frames.push_back(generator.nextFrame().frameBytes());
+    }
+    BurstEmissionListConverter converter;
+    for (int i = 0; i < 20; ++i) {
+        converter.processFrame(frames[std::size_t(i)]); // warm up: 16 segments and a spare
+    }
+    allocations = 0;
+    countAllocations = true;
+    for (int i = 20; i < 40; ++i) {
+        converter.processFrame(frames[std::size_t(i)]);
+    }
+    countAllocations = false;
+    EXPECT_EQ(allocations.load(), 0);
+    EXPECT_EQ(converter.getDataMap().at(1).bursts.size(), 16u * 2048u);
+}

@@ -1,0 +1,361 @@
+#include <QBuffer>
+#include <QDataStream>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstdata.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/frequencymeanandsamplesize.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/hopperfrequencygridestimation.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/hopperfrequencyset.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/hopperradiosegmentdata.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/radioburstdata.h>
+
+using namespace zelkodatastreamconverter::BurstEmissionList;
+
+namespace {
+
+template <typename T>
+QByteArray streamed(T const& value)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << value;
+    return bytes;
+}
+
+template <typename T>
+T readBack(QByteArray const& bytes, QDataStream::Status* status = nullptr)
+{
+    QDataStream stream(bytes);
+    T value;
+    stream >> value;
+    if (status) {
+        *status = stream.status();
+    }
+    return value;
+}
+
+HopperFrequencyGridSegment segment(double start, double spacing, unsigned count,
+                                   unsigned occupied = 0, double deviation = 0.0)
+{
+    HopperFrequencyGridSegment s(start, spacing, count);
+    s.occupiedChannelCount = occupied;
+    s.squaredDeviationSum = deviation;
+    return s;
+}
+
+RadioBurstData twoSegmentRadio()
+{
+    RadioBurstData radio;
+    radio.appendBurstsOfNewSegment(
+        100, 200, {BurstData(1e6, 5e3, 110, 5, -50.f), BurstData(2e6, 6e3, 120, 6, -60.f)});
+    radio.appendBurstsOfNewSegment(200, 300, {BurstData(3e6, 7e3, 210, 7, -70.f)});
+    return radio;
+}
+
+} // namespace
+
+TEST(BurstRecordTexts, EachRecordPrintsItsExactForm)
+{
+    HopperRadioSegmentData segmentData;
+    segmentData.minimumLevel_dBm = -90.5;
+    segmentData.meanLevel_dBm = -70;
+    segmentData.medianLevel_dBm = -71.25;
+    segmentData.maximumLevel_dBm = -40;
+    segmentData.bandwidth = 12500;
+    segmentData.frequencies = {{30025000.0, 3}, {30050000.0, 12}};
+    HopperFrequencySet set;
+    set.frequencies = {30025000.0, 30075000.0};
+    set.gridEstimation.segments = {segment(30025000.0, 25000.0, 3),
+                                   segment(31000000.0, 12500.0, 1)};
+
+    struct Row
+    {
+        char const* name;
+        QString text;
+        char const* expected;
+    } const rows[] = {
+        {"burst", BurstData(99995000.0, 12500.0, 7, 1200, -50.f).toString(),
+         "BurstData[99.995M;1200;12.5k]"},
+        {"burst six digits", BurstData(123456789.0, 1.0, 0, 0, 0.f).toString(),
+         "BurstData[123.457M;0;0.001k]"},
+        {"burst tiny in exponent form", BurstData(10.0, 0.0, 0, 0, 0.f).toString(),
+         "BurstData[1e-05M;0;0k]"},
+        {"window cut to whole megahertz",
+         FrequencyTimeWindow(99999999.9, 100000000.0, 5, 18446744073709551615ull).toString(),
+         "FTW{[99M;100M], [5, 18446744073709551615]}"},
+        {"window below zero shows 0", FrequencyTimeWindow(-5e6, 1e6, 0, 0).toString(),
+         "FTW{[0M;1M], [0, 0]}"},
+        {"bin", FrequencyMeanAndSampleSize(30025000.0, 17).toString(),
+         "FrequencyMeanAndSampleSize[30.025M;17]"},
+        {"radio", twoSegmentRadio().toString(), "RadioBurstData[3:2]"},
+        {"segment data", segmentData.toString(),
+         "HopperRadioSegmentData[L=-90.5:-70:-71.25:-40;BW=12500;CH=2;(30.025M:3;30.05M:12;)]"},
+        {"grid segment", segment(30025000.0, 25000.0, 200).toString(),
+         "Segment[3.0025e+07; 200; 25000]"},
+        {"grid", set.gridEstimation.toString(),
+         "FreqGrid{ Segment[3.0025e+07; 3; 25000], Segment[3.1e+07; 1; 12500] }"},
+        // Mean spacing: (2 gaps × 25000 + 0) / 2 = 25 kHz.
+        {"set", set.toString(),
+         "HopperFrequencySet[2;25k;30.025M;30.075M;FreqGrid{ Segment[3.0025e+07; 3; 25000], "
+         "Segment[3.1e+07; 1; 12500] }]"},
+    };
+    for (auto const& row : rows) {
+        EXPECT_EQ(row.text, QString::fromUtf8(row.expected)) << row.name;
+    }
+}
+
+TEST(BurstRecords, WindowOfBurstSpansBandwidthAndLength)
+{
+    struct Row
+    {
+        char const* name;
+        BurstData burst;
+        FrequencyTimeWindow expected;
+    } const rows[] = {
+        {"ordinary", BurstData(1000.0, 100.0, 50, 10, 0.f), {950.0, 1050.0, 50, 60}},
+        {"bandwidth 0", BurstData(1000.0, 0.0, 50, 10, 0.f), {1000.0, 1000.0, 50, 60}},
+        {"length 0", BurstData(1000.0, 100.0, 50, 0, 0.f), {950.0, 1050.0, 50, 50}},
+        {"odd bandwidth",
+         BurstData(1000.0, 25.0, 0, 4294967295u, 0.f),
+         {987.5, 1012.5, 0, 4294967295ull}},
+    };
+    for (auto const& row : rows) {
+        EXPECT_EQ(row.burst.toFTW(), row.expected) << row.name;
+    }
+}
+
+TEST(BurstRecords, OrderingsCompareTheirOwnKeyOnly)
+{
+    BurstData const a(2.0, 0.0, 1, 9, 0.f);
+    BurstData const b(1.0, 0.0, 2, 8, 0.f);
+    EXPECT_TRUE(BurstData::earlierThan(a, b));
+    EXPECT_FALSE(BurstData::earlierThan(b, a));
+    EXPECT_TRUE(BurstData::lessThanByFrequency(b, a));
+    EXPECT_FALSE(BurstData::lessThanByFrequency(a, a));
+    EXPECT_TRUE(BurstData::shorterThan(b, a));
+    EXPECT_TRUE(
+        HopperFrequencyGridSegment::lessThanByStartFrequency(segment(1, 9, 9), segment(2, 1, 1)));
+    EXPECT_EQ(double(FrequencyMeanAndSampleSize(42.5, 3)), 42.5);
+}
+
+TEST(GridSegment, ChannelArithmeticAndBoundaries)
+{
+    struct Row
+    {
+        char const* name;
+        HopperFrequencyGridSegment segment;
+        unsigned channelCount;
+        double stop;
+    } const rows[] = {
+        {"start equals stop: one channel", HopperFrequencyGridSegment::fromStartStop(100, 100, 25),
+         1, 100.0},
+        {"ceil(2.04) + 1", HopperFrequencyGridSegment::fromStartStop(100, 151, 25), 4, 175.0},
+        {"exact multiple", HopperFrequencyGridSegment::fromStartStop(100, 150, 25), 3, 150.0},
+        {"stop below start", HopperFrequencyGridSegment::fromStartStop(100, 50, 25), 1, 100.0},
+        {"no channels wraps the count", segment(100, 1, 0), 0, 100.0 + 4294967295.0},
+    };
+    for (auto const& row : rows) {
+        EXPECT_EQ(row.segment.channelCount, row.channelCount) << row.name;
+        EXPECT_DOUBLE_EQ(row.segment.getStopFrequency(), row.stop) << row.name;
+        EXPECT_EQ(row.segment.isNull(), row.channelCount == 0) << row.name;
+    }
+    EXPECT_DOUBLE_EQ(segment(100, 25, 4).getFrequencyOfChannelIndex(3), 175.0);
+}
+
+TEST(GridSegment, EqualityIsFuzzyForDoublesAndExactForCounts)
+{
+    auto const base = segment(30025000.0, 25000.0, 200, 150, 1234.5);
+    struct Row
+    {
+        char const* name;
+        HopperFrequencyGridSegment other;
+        bool equal;
+    } const rows[] = {
+        {"same", base, true},
+        {"start within 1e-12", segment(30025000.0 * (1 + 1e-13), 25000.0, 200, 150, 1234.5), true},
+        {"start beyond 1e-12", segment(30025000.0 * (1 + 1e-11), 25000.0, 200, 150, 1234.5), false},
+        {"spacing differs", segment(30025000.0, 25000.001, 200, 150, 1234.5), false},
+        {"count differs", segment(30025000.0, 25000.0, 201, 150, 1234.5), false},
+        {"occupied differs", segment(30025000.0, 25000.0, 200, 149, 1234.5), false},
+        {"deviation differs", segment(30025000.0, 25000.0, 200, 150, 1234.6), false},
+    };
+    for (auto const& row : rows) {
+        EXPECT_EQ(base == row.other, row.equal) << row.name;
+    }
+    // Exact zeros are equal only through a zero difference; 0 and a tiny value are not.
+    EXPECT_TRUE(segment(0, 0, 0) == segment(0, 0, 0));
+    EXPECT_FALSE(segment(0, 0, 0) == segment(1e-300, 0, 0));
+}
+
+TEST(GridEstimation, EmptyEstimationIsNullWithZeroSpacings)
+{
+    HopperFrequencyGridEstimation const empty;
+    EXPECT_EQ(empty.getSegmentCount(), 0u);
+    EXPECT_EQ(empty.getTotalChannelCount(), 0u);
+    EXPECT_TRUE(empty.isNull());
+    EXPECT_EQ(empty.getMeanChannelSpacing(), 0.0);
+    EXPECT_EQ(empty.getMinChannelSpacing(), 0.0);
+    EXPECT_TRUE(std::isnan(empty.getOccupationRatio()));
+    EXPECT_TRUE(std::isnan(empty.getQuadraticMeanDeviation()));
+    EXPECT_TRUE(empty.createFullFrequencyList().empty());
+}
+
+TEST(GridEstimation, FoldsOverSegmentsInOrder)
+{
+    HopperFrequencyGridEstimation grid;
+    grid.segments = {segment(1000, 10, 3, 2, 8.0), segment(2000, 0.5, 1, 1, 1.0),
+                     segment(3000, 40, 2, 2, 0.0)};
+    EXPECT_EQ(grid.getTotalChannelCount(), 6u);
+    EXPECT_EQ(grid.getSegmentStartChannelIndices(), (std::vector<unsigned>{0, 3, 4}));
+    struct Row
+    {
+        unsigned index;
+        double frequency;
+    } const channels[] = {{0, 1000}, {2, 1020}, {3, 2000}, {4, 3000}, {5, 3040}, {6, 0.0}};
+    for (auto const& row : channels) {
+        EXPECT_DOUBLE_EQ(grid.getFrequencyOfChannelIndex(row.index), row.frequency) << row.index;
+    }
+    EXPECT_DOUBLE_EQ(grid.getStartFrequency(), 1000);
+    EXPECT_DOUBLE_EQ(grid.getStopFrequency(), 3040);
+    EXPECT_FLOAT_EQ(grid.getOccupationRatio(), 5.0f / 6.0f);
+    EXPECT_DOUBLE_EQ(grid.getQuadraticMeanDeviation(), std::sqrt(9.0 / 5.0));
+    // Gaps: 2 × 10 and 1 × 40 (the one-channel segment has none).
+    EXPECT_DOUBLE_EQ(grid.getMeanChannelSpacing(), 60.0 / 3.0);
+    EXPECT_DOUBLE_EQ(grid.getMinChannelSpacing(), 10.0);
+    EXPECT_EQ(grid.createFullFrequencyList(),
+              (std::vector<double>{1000, 1010, 1020, 2000, 3000, 3040}));
+    // 1004 lies in channel 1000, 1015 on the border of 1010 and 1020, 3019 in 3000 only.
+    EXPECT_EQ(grid.createFrequencyListWithoutUnoccupiedFrequencies({1004, 1015, 3019}),
+              (std::vector<double>{1000, 1010, 1020, 3000}));
+
+    HopperFrequencyGridEstimation const halfHertz(100.0, 0.5, 4);
+    EXPECT_EQ(halfHertz.getMinChannelSpacing(), 0.0);
+    EXPECT_EQ(HopperFrequencyGridEstimation::fromStartStop(100, 151, 25).getTotalChannelCount(),
+              4u);
+    HopperFrequencyGridEstimation const oneChannel(100.0, 25.0, 1);
+    EXPECT_EQ(oneChannel.getMeanChannelSpacing(), 0.0);
+}
+
+TEST(FrequencySet, SizesFollowTheirFixedRules)
+{
+    HopperFrequencySet set;
+    set.frequencies = {1, 2, 3};
+    EXPECT_EQ(set.serializedSizeInBytes(), 36u);
+    set.gridEstimation = HopperFrequencyGridEstimation(1, 1, 3);
+    EXPECT_EQ(set.serializedSizeInBytes(), 36u);
+    EXPECT_FALSE(set.isEmpty());
+    EXPECT_TRUE(HopperFrequencySet().isEmpty());
+    EXPECT_TRUE(set.significantChange({1, 2}, 100));
+    EXPECT_FALSE(set.significantChange({1.5, 2, 3}, 0.5));
+
+    HopperRadioSegmentData data;
+    data.frequencies = {{3.0, 4000000000u}, {1.0, 400000000u}, {2.0, 0}};
+    EXPECT_EQ(data.serializedSizeInBytes(), 16u * 3 + 68);
+    EXPECT_EQ(data.sampleCount(), (4000000000u + 400000000u)); // wraps modulo 2^32
+    EXPECT_EQ(data.sortedFrequencyVector(), (std::vector<double>{1, 2, 3}));
+}
+
+TEST(RadioBurstData, SegmentsAppendAndDropFromTheFront)
+{
+    RadioBurstData radio = twoSegmentRadio();
+    radio.appendBurstsOfNewSegment(300, 400, {});
+    EXPECT_EQ(radio.segmentCount(), 2u) << "an empty segment is never appended";
+    EXPECT_EQ(radio.segmentStartIndices, (std::vector<unsigned long long>{0, 2}));
+    EXPECT_DOUBLE_EQ(radio.meanBandwidth(), 6000.0);
+    EXPECT_EQ(radio.sortedFrequencyVector(), (std::vector<double>{1e6, 2e6, 3e6}));
+
+    radio.removeFirstSegment();
+    EXPECT_EQ(radio.bursts.size(), 1u);
+    EXPECT_EQ(radio.bursts.front().frequency, 3e6);
+    EXPECT_EQ(radio.segmentStartIndices, (std::vector<unsigned long long>{0}));
+    EXPECT_EQ(radio.segmentStartTimes, (std::vector<unsigned long long>{200}));
+    EXPECT_EQ(radio.segmentStopTimes, (std::vector<unsigned long long>{300}));
+
+    radio.removeFirstSegment();
+    EXPECT_EQ(radio, RadioBurstData());
+    radio.removeFirstSegment();
+    EXPECT_EQ(radio, RadioBurstData());
+    EXPECT_EQ(radio.meanBandwidth(), 0.0);
+}
+
+TEST(BurstStreams, WireLayoutIsBigEndianFieldByField)
+{
+    // A fresh stream: big-endian, floats at double precision (8 bytes).
+    QByteArray const burst = streamed(BurstData(1.0, 2.0, 0x0102030405060708ull, 0x0A0B0C0D, 0.5f));
+    ASSERT_EQ(burst.size(), 8 + 8 + 8 + 4 + 8);
+    EXPECT_EQ(burst.mid(0, 8).toHex(), QByteArray("3ff0000000000000"));
+    EXPECT_EQ(burst.mid(16, 8).toHex(), QByteArray("0102030405060708"));
+    EXPECT_EQ(burst.mid(24, 4).toHex(), QByteArray("0a0b0c0d"));
+    EXPECT_EQ(burst.mid(28, 8).toHex(), QByteArray("3fe0000000000000"));
+
+    QByteArray single;
+    {
+        QDataStream stream(&single, QIODevice::WriteOnly);
+        stream.setFloatingPointPrecision(QDataStream::SinglePrecision);
+        stream.setByteOrder(QDataStream::LittleEndian);
+        stream << BurstData(1.0, 2.0, 3, 4, 0.5f);
+    }
+    // Qt's single precision shortens doubles too.
+    EXPECT_EQ(single.size(), 4 + 4 + 8 + 4 + 4) << "the caller's stream settings apply";
+    EXPECT_EQ(single.mid(16, 4).toHex(), QByteArray("04000000"));
+
+    EXPECT_EQ(streamed(RadioBurstData()).toHex(), QByteArray(64, '0'))
+        << "an empty radio is four zero counts";
+    EXPECT_EQ(streamed(FrequencyTimeWindow()).size(), 32);
+    EXPECT_EQ(streamed(segment(1, 2, 3, 4, 5)).size(), 8 + 8 + 4 + 4 + 8);
+    HopperFrequencySet set;
+    set.frequencies = {7.0};
+    set.gridEstimation = HopperFrequencyGridEstimation(1, 2, 3);
+    QByteArray const setBytes = streamed(set);
+    ASSERT_EQ(setBytes.size(), 8 + 32 + 4 + 8);
+    EXPECT_EQ(setBytes.mid(0, 8).toHex(), QByteArray("0000000000000001")) << "grid first";
+    EXPECT_EQ(setBytes.mid(40, 4).toHex(), QByteArray("00000001"));
+}
+
+TEST(BurstStreams, RoundTripsCompareEqual)
+{
+    RadioBurstData const radio = twoSegmentRadio();
+    EXPECT_EQ(readBack<RadioBurstData>(streamed(radio)), radio);
+    EXPECT_EQ(readBack<RadioBurstData>(streamed(RadioBurstData())), RadioBurstData());
+    BurstData const burst(123456789.125, 12500.0, 18446744073709551615ull, 4294967295u, -99.5f);
+    EXPECT_EQ(readBack<BurstData>(streamed(burst)), burst) << "unsigned maxima survive";
+    FrequencyTimeWindow const window(1.5, 2.5, 3, 18446744073709551615ull);
+    EXPECT_EQ(readBack<FrequencyTimeWindow>(streamed(window)), window);
+    HopperFrequencyGridEstimation grid;
+    grid.segments = {segment(1, 2, 4294967295u, 7, 0.25), segment(9, 8, 7)};
+    EXPECT_EQ(readBack<HopperFrequencyGridEstimation>(streamed(grid)), grid);
+    HopperFrequencySet set;
+    set.frequencies = {1e6, 2e6};
+    set.gridEstimation = grid;
+    EXPECT_EQ(readBack<HopperFrequencySet>(streamed(set)), set);
+}
+
+TEST(BurstStreams, TruncatedOrDamagedStreamsFailWithoutHugeAllocation)
+{
+    HopperFrequencySet set;
+    set.frequencies = {1e6, 2e6};
+    set.gridEstimation = HopperFrequencyGridEstimation(1, 2, 3);
+    QByteArray const radioBytes = streamed(twoSegmentRadio());
+    QByteArray const setBytes = streamed(set);
+    for (int cut = 0; cut < radioBytes.size(); ++cut) {
+        QDataStream::Status status = QDataStream::Ok;
+        RadioBurstData const read = readBack<RadioBurstData>(radioBytes.left(cut), &status);
+        EXPECT_NE(status, QDataStream::Ok) << "cut at " << cut;
+        EXPECT_EQ(read, RadioBurstData()) << "cut at " << cut;
+    }
+    for (int cut = 0; cut < setBytes.size(); ++cut) {
+        QDataStream::Status status = QDataStream::Ok;
+        EXPECT_EQ(readBack<HopperFrequencySet>(setBytes.left(cut), &status), HopperFrequencySet());
+        EXPECT_NE(status, QDataStream::Ok) << "cut at " << cut;
+    }
+    // A count of 2^62 bursts followed by nothing: a read error, not an allocation.
+    QByteArray const huge = QByteArray::fromHex("4000000000000000");
+    QDataStream::Status status = QDataStream::Ok;
+    EXPECT_EQ(readBack<RadioBurstData>(huge, &status), RadioBurstData());
+    EXPECT_NE(status, QDataStream::Ok);
+    EXPECT_EQ(
+        readBack<HopperFrequencyGridEstimation>(QByteArray::fromHex("ffffffffffffffff"), &status)
+            .segments.size(),
+        0u);
+    EXPECT_NE(status, QDataStream::Ok) << "a negative count is damage";
+}
