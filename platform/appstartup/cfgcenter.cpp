@@ -3,8 +3,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLibrary>
-#include <QMutex>
 #include <QMutexLocker>
+#include <QRecursiveMutex>
 #include <QSettings>
 #include <QStandardPaths>
 #include <diagnostics/errorhandler.h>
@@ -29,9 +29,12 @@ struct Loaded
     int references = 1;
 };
 
+// One lock serialises every load, object creation, deletion and unload: the system loader's
+// reference counts and the registry must change together. Recursive, because a factory may
+// itself load a library.
 struct Registry
 {
-    QMutex mutex;
+    QRecursiveMutex mutex;
     std::map<IDllInstance*, Loaded> instances;
 };
 
@@ -196,8 +199,9 @@ IDllInstance* CfgCenter::CreateDllInstanceByFileName(QString const& fileName,
     auto const create = reinterpret_cast<ZelkoCreateDllInstanceFunction>(
         library->resolve(ZELKO_CREATE_DLL_INSTANCE_SYMBOL));
     if (!create) {
-        warn(QStringLiteral("CreateDllInstanceByFileName(%1): no factory: %2")
-                 .arg(fileName, library->errorString()),
+        warn(QStringLiteral("CreateDllInstanceByFileName(%1): no factory: %2 does not export %3")
+                 .arg(fileName, library->fileName(),
+                      QLatin1String(ZELKO_CREATE_DLL_INSTANCE_SYMBOL)),
              __LINE__);
         library->unload();
         return nullptr;
@@ -227,20 +231,17 @@ bool CfgCenter::DestroyDllInstanceByPointer(IDllInstance* instance)
     if (!instance) {
         return false;
     }
-    std::unique_ptr<QLibrary> library;
-    {
-        Registry& reg = registry();
-        QMutexLocker lock(&reg.mutex);
-        auto const found = reg.instances.find(instance);
-        if (found == reg.instances.end()) {
-            return false;
-        }
-        if (--found->second.references > 0) {
-            return true;
-        }
-        library = std::move(found->second.library);
-        reg.instances.erase(found);
+    Registry& reg = registry();
+    QMutexLocker lock(&reg.mutex);
+    auto const found = reg.instances.find(instance);
+    if (found == reg.instances.end()) {
+        return false;
     }
+    if (--found->second.references > 0) {
+        return true;
+    }
+    std::unique_ptr<QLibrary> library = std::move(found->second.library);
+    reg.instances.erase(found);
     // The object's code lives in the library: delete it before unloading.
     delete instance;
     library->unload();

@@ -1,0 +1,309 @@
+#include "testplugin/counterinstance.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <appstartup/cfgcenter.h>
+#include <atomic>
+#include <gtest/gtest.h>
+#include <ostream>
+#include <support/tracecapture.h>
+#include <thread>
+#include <vector>
+
+inline void PrintTo(QString const& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+QString const pluginDir = QStringLiteral(ZELKO_TEST_PLUGIN_DIR);
+
+/// Sets an environment variable for one scope and restores it afterwards.
+class ScopedEnvironment
+{
+public:
+    ScopedEnvironment(char const* name, QString const& value)
+        : m_name(name), m_had(qEnvironmentVariableIsSet(name)), m_old(qgetenv(name))
+    {
+        if (value.isNull()) {
+            qunsetenv(name);
+        } else {
+            qputenv(name, value.toLocal8Bit());
+        }
+    }
+    ~ScopedEnvironment()
+    {
+        if (m_had) {
+            qputenv(m_name, m_old);
+        } else {
+            qunsetenv(m_name);
+        }
+    }
+
+private:
+    char const* m_name;
+    bool m_had;
+    QByteArray m_old;
+};
+
+bool writeFile(QString const& path, QByteArray const& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+bool anyContains(QStringList const& messages, QString const& part)
+{
+    for (QString const& message : messages) {
+        if (message.contains(part)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(CfgCenter, MissingFileAnswersDefaults)
+{
+    QTemporaryDir directory;
+    ScopedEnvironment config("ZELKO_CONFIG", directory.filePath(QStringLiteral("none.ini")));
+    auto const cfg = CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
+    ASSERT_TRUE(cfg);
+    EXPECT_EQ(cfg->GetValue(QStringLiteral("MorseAlphabets"), QStringLiteral(".")),
+              QStringLiteral("."));
+    EXPECT_EQ(cfg->GetInt(QStringLiteral("Count"), -7), -7);
+    EXPECT_FALSE(cfg->Contains(QStringLiteral("MorseAlphabets")));
+    EXPECT_EQ(cfg->FilePath(), directory.filePath(QStringLiteral("none.ini")));
+    EXPECT_FALSE(QFileInfo::exists(cfg->FilePath())) << "reading never creates the file";
+}
+
+TEST(CfgCenter, ReadsGroupsAndSubGroupsOfTheIniFile)
+{
+    QTemporaryDir directory;
+    QString const path = directory.filePath(QStringLiteral("zelko.ini"));
+    ASSERT_TRUE(writeFile(path, "[JobManagement]\n"
+                                "MorseAlphabets=/opt/zelko/alphabets\n"
+                                "Count=12\n"
+                                "Bad=12x\n"
+                                "[JobManagement/Station]\n"
+                                "MorseAlphabets=/srv/station\n"
+                                "[Other]\n"
+                                "MorseAlphabets=wrong group\n"));
+    ScopedEnvironment config("ZELKO_CONFIG", path);
+    struct Case
+    {
+        char const* secondName;
+        char const* key;
+        char const* expected;
+    };
+    Case const cases[] = {
+        {"", "MorseAlphabets", "/opt/zelko/alphabets"},
+        {"Station", "MorseAlphabets", "/srv/station"},
+        {"Station", "Count", "fallback"},
+        {"", "morsealphabets", "fallback"}, // keys are case-sensitive
+        {"Missing", "MorseAlphabets", "fallback"},
+    };
+    for (Case const& c : cases) {
+        auto const cfg = CfgCenter::CreateCfg(QStringLiteral("JobManagement"),
+                                              QString::fromLatin1(c.secondName), Cfg::ReadOnly);
+        EXPECT_EQ(cfg->GetValue(QString::fromLatin1(c.key), QStringLiteral("fallback")),
+                  QString::fromLatin1(c.expected))
+            << c.secondName << "/" << c.key;
+    }
+    auto const cfg = CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
+    EXPECT_EQ(cfg->GetInt(QStringLiteral("Count"), 0), 12);
+    EXPECT_EQ(cfg->GetInt(QStringLiteral("Bad"), -1), -1);
+}
+
+TEST(CfgCenter, ReadOnlyViewRefusesWritesOthersPersistThem)
+{
+    QTemporaryDir directory;
+    QString const path = directory.filePath(QStringLiteral("sub/zelko.ini"));
+    ScopedEnvironment config("ZELKO_CONFIG", path);
+    {
+        auto const readOnly =
+            CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), Cfg::ReadOnly);
+        EXPECT_FALSE(readOnly->SetValue(QStringLiteral("MorseAlphabets"), QStringLiteral("/x")));
+    }
+    EXPECT_FALSE(QFileInfo::exists(path));
+    {
+        auto const writable =
+            CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), Cfg::ReadWrite);
+        EXPECT_TRUE(writable->SetValue(QStringLiteral("MorseAlphabets"), QStringLiteral("/x y")));
+        EXPECT_TRUE(writable->Sync());
+    }
+    auto const again = CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
+    EXPECT_EQ(again->GetValue(QStringLiteral("MorseAlphabets"), QString()), QStringLiteral("/x y"));
+}
+
+TEST(CfgCenter, DefaultLocationIsInTheUserConfigurationDirectory)
+{
+    QTemporaryDir directory;
+    ScopedEnvironment config("ZELKO_CONFIG", QString());
+    ScopedEnvironment xdg("XDG_CONFIG_HOME", directory.path());
+    EXPECT_EQ(CfgCenter::ConfigFilePath(), directory.filePath(QStringLiteral("zelko/zelko.ini")));
+}
+
+TEST(CfgCenter, WindowsLibraryNamesMapToThisPlatform)
+{
+    struct Case
+    {
+        char const* given;
+        char const* expected;
+    };
+    Case const cases[] = {
+        {"AudioFileExport.DLL", "libAudioFileExport.so"},
+        {"codec.dll", "libcodec.so"},
+        {"Mixed.Dll", "libMixed.so"},
+        {"/opt/zelko/AudioFileExport.DLL", "/opt/zelko/libAudioFileExport.so"},
+        {"plugins/X.dll", "plugins/libX.so"},
+        {"libready.so", "libready.so"},
+        {"libversioned.so.2", "libversioned.so.2"},
+        {"Plain", "libPlain.so"},
+        {"a.b.dll", "liba.b.so"},
+    };
+    for (Case const& c : cases) {
+        EXPECT_EQ(CfgCenter::PlatformLibraryName(QString::fromLatin1(c.given)),
+                  QString::fromLatin1(c.expected))
+            << c.given;
+    }
+}
+
+TEST(CfgCenter, PluginDirectoriesStartNextToTheLibrary)
+{
+    ScopedEnvironment path("ZELKO_PLUGIN_PATH", QStringLiteral("/a::/b"));
+    QStringList const directories = CfgCenter::PluginDirectories();
+    ASSERT_EQ(directories.size(), 3);
+    EXPECT_TRUE(QFileInfo::exists(directories[0] + QStringLiteral("/libzelko_appstartup.so")))
+        << directories[0].toStdString();
+    EXPECT_EQ(directories.mid(1), (QStringList{QStringLiteral("/a"), QStringLiteral("/b")}));
+}
+
+TEST(CfgCenter, LoadsTestPluginAtRunTimeAndReleasesIt)
+{
+    ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
+    int const before = CfgCenter::LiveInstanceCount();
+    IDllInstance* instance = CfgCenter::CreateDllInstanceByFileName(
+        QStringLiteral("ZelkoTestPlugin.DLL"), QString(), false, false);
+    ASSERT_NE(instance, nullptr);
+    auto* counter = dynamic_cast<CounterInstance*>(instance);
+    ASSERT_NE(counter, nullptr) << "the checked down-cast works across the library boundary";
+    EXPECT_EQ(counter->GetInstanceName(), QStringLiteral("Counter"));
+    EXPECT_EQ(counter->Next(), 1);
+    EXPECT_EQ(counter->Next(), 2);
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before + 1);
+    bool died = false;
+    counter->SetDeathFlag(&died);
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(instance));
+    EXPECT_TRUE(died);
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
+    EXPECT_FALSE(CfgCenter::DestroyDllInstanceByPointer(instance)) << "unknown now";
+    EXPECT_FALSE(CfgCenter::DestroyDllInstanceByPointer(nullptr));
+
+    // With a directory in the name no search takes place.
+    IDllInstance* direct = CfgCenter::CreateDllInstanceByFileName(
+        pluginDir + QStringLiteral("/ZelkoTestPlugin.dll"), QStringLiteral("named"), false, true);
+    ASSERT_NE(direct, nullptr);
+    EXPECT_EQ(dynamic_cast<CounterInstance*>(direct)->SecondName(), QStringLiteral("named"));
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(direct));
+}
+
+TEST(CfgCenter, SharedInstancesAreCountedPerLibraryAndSecondName)
+{
+    ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
+    QString const name = QStringLiteral("ZelkoTestPlugin.DLL");
+    IDllInstance* a =
+        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("s"), true, false);
+    IDllInstance* b =
+        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("s"), true, false);
+    IDllInstance* other =
+        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("t"), true, false);
+    IDllInstance* unshared =
+        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("s"), false, false);
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(a, b);
+    EXPECT_NE(a, other);
+    EXPECT_NE(a, unshared);
+    bool died = false;
+    dynamic_cast<CounterInstance*>(a)->SetDeathFlag(&died);
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(a));
+    EXPECT_FALSE(died) << "one user is left";
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(b));
+    EXPECT_TRUE(died);
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(other));
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(unshared));
+}
+
+TEST(CfgCenter, BadLibrariesAnswerNullWithTheLoaderError)
+{
+    QTemporaryDir directory;
+    ASSERT_TRUE(writeFile(directory.filePath(QStringLiteral("libBroken.so")), "not an ELF file\n"));
+    ScopedEnvironment path("ZELKO_PLUGIN_PATH", directory.path() + QLatin1Char(':') + pluginDir);
+    struct Case
+    {
+        char const* fileName;
+        char const* secondName;
+        char const* traced;
+    };
+    Case const cases[] = {
+        {"NoSuchPlugin.DLL", "", "CreateDllInstanceByFileName(NoSuchPlugin.DLL): cannot load: "},
+        {"NoSuchPlugin.DLL", "", "libNoSuchPlugin.so"},
+        {"Broken.DLL", "", "CreateDllInstanceByFileName(Broken.DLL): cannot load: "},
+        {"Broken.DLL", "", "libBroken.so"},
+        {"ZelkoNoFactoryPlugin.DLL", "",
+         "CreateDllInstanceByFileName(ZelkoNoFactoryPlugin.DLL): no factory: "},
+        {"ZelkoNoFactoryPlugin.DLL", "", "zelkoCreateDllInstance"},
+        {"ZelkoTestPlugin.DLL", "none",
+         "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no object \"none\""},
+        {"ZelkoTestPlugin.DLL", "throw", "the library made no object \"throw\""},
+    };
+    int const before = CfgCenter::LiveInstanceCount();
+    for (Case const& c : cases) {
+        zelkotest::TraceCapture capture(0x20);
+        EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QString::fromLatin1(c.fileName),
+                                                         QString::fromLatin1(c.secondName), false,
+                                                         false),
+                  nullptr)
+            << c.fileName;
+        EXPECT_EQ(capture.lines().size(), 1u) << c.fileName;
+        EXPECT_TRUE(anyContains(capture.messages(), QString::fromLatin1(c.traced)))
+            << c.fileName << ": " << capture.messages().join('\n').toStdString();
+    }
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
+    zelkotest::TraceCapture silent(0);
+    EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QStringLiteral("NoSuchPlugin.DLL"), QString(),
+                                                     false, false),
+              nullptr);
+    EXPECT_TRUE(silent.lines().empty()) << "the mask decides whether it is traced";
+}
+
+TEST(CfgCenter, ManyThreadsLoadAndReleaseAtOnce)
+{
+    ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
+    int const before = CfgCenter::LiveInstanceCount();
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&failures, t] {
+            for (int i = 0; i < 40; ++i) {
+                bool const shared = (i + t) % 2 == 0;
+                IDllInstance* instance = CfgCenter::CreateDllInstanceByFileName(
+                    QStringLiteral("ZelkoTestPlugin.DLL"), QStringLiteral("x"), shared, false);
+                auto* counter = dynamic_cast<CounterInstance*>(instance);
+                if (!counter || counter->Next() < 1 ||
+                    !CfgCenter::DestroyDllInstanceByPointer(instance)) {
+                    ++failures;
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(failures.load(), 0);
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
+}
