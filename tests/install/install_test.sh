@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs the build into a fresh prefix, builds a program outside the tree against the
+# installed CMake package, and runs it on a sample recording.
+set -euo pipefail
+build_dir=$1
+source_dir=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cmake --install "$build_dir" --prefix "$work/prefix" >/dev/null
+test -f "$work/prefix/include/massdatamanagement/zelkodatastreamconverter/framereader.h"
+cmake -S "$source_dir/tests/install/consumer" -B "$work/consumer" -G Ninja \
+    -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake --build "$work/consumer" >/dev/null
+output=$("$work/consumer/consumer" "$source_dir/data/samples/mixed-host.zdr")
+echo "$output"
+[ "$output" = "frames 6, results empty 1" ]
