@@ -1,0 +1,278 @@
+#include "decodedtextmodel.h"
+
+#include <alphabetkit/ialphabethandler.h>
+#include <appstartup/cfgcenter.h>
+#include <nerikresultdataxml/datablock.h>
+#include <nerikresultdataxml/transmission.h>
+
+#include <cstring>
+
+namespace zelkodatastreamconverter {
+
+QString const DecodedTextModel::NoDecoder = QStringLiteral("NONE");
+QString const DecodedTextModel::PreferredAlphabet = QStringLiteral("International");
+QString const DecodedTextModel::AllDecoders = QStringLiteral("All");
+
+namespace {
+
+constexpr quint32 FrameMagic = 0xFB746572u;
+constexpr quint32 DecodedTextFrameType = 64;
+constexpr int HeaderWords = 6;
+constexpr int FirstEntryOffset = 40;
+constexpr int EntrySize = 8;
+
+template <typename T>
+T readAt(QByteArray const& frame, int offset)
+{
+    T value;
+    std::memcpy(&value, frame.constData() + offset, sizeof value);
+    return value;
+}
+
+QString configuredAlphabetsDirectory()
+{
+    // View 4: the configuration is only read here.
+    std::unique_ptr<Cfg> const configuration =
+        CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
+    return configuration ? configuration->GetValue(QStringLiteral("MorseAlphabets"),
+                                                   QStringLiteral("."))
+                         : QStringLiteral(".");
+}
+
+// Whole seconds plus the millisecond part; what lies below a millisecond is dropped.
+QDateTime timeFromMicroseconds(quint64 microseconds)
+{
+    return QDateTime::fromMSecsSinceEpoch(qint64(microseconds / 1000000u) * 1000 +
+                                              qint64((microseconds / 1000u) % 1000u),
+                                          Qt::UTC);
+}
+
+} // namespace
+
+DecodedTextModel::DecodedTextModel()
+    : m_alphabetsDirectory(configuredAlphabetsDirectory()), m_decoderName(NoDecoder)
+{
+}
+
+DecodedTextModel::~DecodedTextModel() = default;
+
+void DecodedTextModel::setAlphabetHandler(std::shared_ptr<IAlphabetHandler> handler)
+{
+    m_handler = std::move(handler);
+    if (m_handler) {
+        m_handler->SetAlphabetsDir(m_alphabetsDirectory);
+        m_handler->SetDecoder(m_decoderName);
+        m_handler->SetAlphabet(DefaultAlphabetValue);
+    }
+}
+
+void DecodedTextModel::clear()
+{
+    NerikResultModel::clear();
+    if (m_handler) {
+        m_handler->ResetInternalState();
+    }
+}
+
+bool DecodedTextModel::setAlphabetsDirectory(QString const& directory)
+{
+    if (directory == m_alphabetsDirectory) {
+        return true;
+    }
+    m_alphabetsDirectory = directory;
+    if (m_handler) {
+        m_handler->SetAlphabetsDir(directory);
+    }
+    return true;
+}
+
+bool DecodedTextModel::setDecoder(QString const& decoder)
+{
+    if (decoder == m_decoderName) {
+        return true;
+    }
+    m_decoderName = decoder;
+    if (m_handler) {
+        QString const alphabet = m_handler->Alphabet();
+        m_handler->ResetInternalState();
+        m_handler->SetDecoder(decoder);
+        // The new decoder may not offer the alphabet in use: then nothing is translated.
+        if (!m_handler->SetAlphabet(alphabet)) {
+            m_handler->SetAlphabet(DefaultAlphabetValue);
+        }
+    }
+    return true;
+}
+
+bool DecodedTextModel::setAlphabet(QString const& alphabet, bool& changed)
+{
+    if (!m_handler) {
+        return false;
+    }
+    if (!alphabet.isEmpty() && alphabet == m_handler->Alphabet()) {
+        return true;
+    }
+    changed = true;
+    bool const preferDefault =
+        alphabet.isEmpty() && m_handler->AvailableAlphabets().contains(PreferredAlphabet);
+    if (!m_handler->SetAlphabet(preferDefault ? PreferredAlphabet : alphabet)) {
+        m_handler->SetAlphabet(DefaultAlphabetValue);
+        return false;
+    }
+    return true;
+}
+
+QString DecodedTextModel::getAlphabet() const
+{
+    return m_handler ? m_handler->Alphabet() : DefaultAlphabetValue;
+}
+
+QStringList DecodedTextModel::getAvailableAlphabets() const
+{
+    return m_handler ? m_handler->AvailableAlphabets() : QStringList();
+}
+
+QStringList DecodedTextModel::getAllAlphabets()
+{
+    if (!m_handler) {
+        return QStringList();
+    }
+    m_handler->SetDecoder(AllDecoders);
+    QStringList const all = m_handler->AvailableAlphabets();
+    m_handler->SetDecoder(m_decoderName);
+    return all;
+}
+
+bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transmission)
+{
+    if (frame.size() < FirstEntryOffset || readAt<quint32>(frame, 0) != FrameMagic ||
+        readAt<quint32>(frame, 12) != DecodedTextFrameType) {
+        return false;
+    }
+    QDateTime const time = timeFromMicroseconds(readAt<quint64>(frame, 24));
+
+    bool const wholeContent = transmission != nullptr;
+    if (wholeContent) {
+        transmission->SetStartTime(getTransmissionTime(time));
+    } else {
+        transmission = getCurrentTransmission();
+        if (!transmission) {
+            transmission = createTransmission(time);
+        }
+    }
+    transmission->SetStopTime(time);
+
+    QList<DataBlock*>& blocks = transmission->GetDataBlock();
+    for (int i = blocks.size() - 1; i >= 0; --i) {
+        blocks[i]->SetTimeStamp(time);
+        blocks[i]->BeginFrame();
+    }
+
+    // The count comes from the recording: never read past the frame, whatever it claims.
+    qint32 const claimed = readAt<qint32>(frame, 36);
+    int const fitting = (frame.size() - FirstEntryOffset) / EntrySize;
+    int const entries = qBound(0, claimed, fitting);
+    DataBlock* block = nullptr;
+    for (int k = 0; k < entries; ++k) {
+        int const offset = FirstEntryOffset + EntrySize * k;
+        qint32 const channel = readAt<qint32>(frame, offset);
+        quint16 const code = readAt<quint16>(frame, offset + 4);
+        block = blockForChannel(transmission, channel, time, block);
+        block->AppendRawData(QChar(code));
+    }
+
+    for (int i = blocks.size() - 1; i >= 0; --i) {
+        DataBlock* const each = blocks[i];
+        if (!each->GetRawContent().isEmpty() && m_handler) {
+            if (wholeContent) {
+                translateContent(each);
+            } else {
+                translateContent(each, each->GetRawFramePos());
+            }
+        }
+        each->EndFrame();
+    }
+    return true;
+}
+
+DecodedTextModel::DataBlock* DecodedTextModel::blockForChannel(Transmission* transmission, int channel,
+                                             QDateTime const& time, DataBlock* previous)
+{
+    if (previous && previous->GetChannel() == channel) {
+        return previous;
+    }
+    if (DataBlock* existing = getDataBlock(transmission, channel)) {
+        return existing;
+    }
+    DataBlock* const created = createDataBlock(channel, time);
+    transmission->AddDataBlock(created);
+    return created;
+}
+
+DecodedTextModel::DataBlock* DecodedTextModel::createDataBlock(int channel, QDateTime const& timeStamp)
+{
+    DataBlock const* existing = getDataBlock(getCurrentTransmission(), channel);
+    auto* block = new DataBlock(channel, existing ? existing->GetContent().size() : 0,
+                                existing ? existing->GetRawContent().size() : 0);
+    block->SetID(existing ? existing->GetID() : getNextID());
+    block->SetTimeStamp(timeStamp);
+    if (m_handler) {
+        block->SetContentCode(m_handler->Alphabet());
+        block->SetContentDirectionRTL(m_handler->TextDirectionRTL());
+    }
+    block->SetRawContentType(DataBlock::sRawData_DecodedText);
+    block->BeginFrame();
+    return block;
+}
+
+void DecodedTextModel::translateBlock(DataBlock* block)
+{
+    if (!block || !m_handler) {
+        return;
+    }
+    block->DeleteUserData();
+    block->ClearContent();
+    m_handler->ResetInternalState();
+    auto& stamps = block->GetTimeStamp();
+    QString const& raw = block->GetRawContent();
+    int const rawStart = block->GetRawStart();
+    int const contentStart = block->GetContentStart();
+    for (int i = 0; i < stamps.size(); ++i) {
+        // Positions count from the start of the channel's text; this block holds it from
+        // rawStart / contentStart on.
+        int const from = stamps[i].GetRawPosition() - rawStart;
+        int const to =
+            i + 1 < stamps.size() ? stamps[i + 1].GetRawPosition() - rawStart : raw.size();
+        stamps[i].SetPosition(contentStart + block->GetContent().size());
+        if (from >= 0 && to >= from && to <= raw.size()) {
+            block->AppendData(m_handler->Translate(raw.mid(from, to - from)));
+        }
+    }
+    block->SetContentCode(m_handler->Alphabet());
+    block->SetContentDirectionRTL(m_handler->TextDirectionRTL());
+}
+
+void DecodedTextModel::translateContent(DataBlock* block)
+{
+    if (block && m_handler && !block->GetRawContent().isEmpty()) {
+        block->AppendData(m_handler->Translate(block->GetRawContent()));
+    }
+}
+
+void DecodedTextModel::translateContent(DataBlock* block, int rawFrom)
+{
+    if (block && m_handler && !block->GetRawContent().isEmpty()) {
+        block->AppendData(m_handler->Translate(block->GetRawContent().mid(rawFrom)));
+    }
+}
+
+void DecodedTextModel::translateCurrentTransmission()
+{
+    if (Transmission* const transmission = getCurrentTransmission()) {
+        for (DataBlock* block : transmission->GetDataBlock()) {
+            translateBlock(block);
+        }
+    }
+}
+
+} // namespace zelkodatastreamconverter

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
+
+#include <QStringList>
+
+#include <memory>
+
+class IAlphabetHandler;
+
+namespace zelkodatastreamconverter {
+
+/// The result model of decoded-text recordings (frame type 64): collects the character codes
+/// of every channel as raw data in the data blocks of the current transmission and translates
+/// them into readable text through an alphabet handler.
+///
+/// Frame payload (offsets from the frame start, host order):
+///   24  64-bit  time stamp, microseconds since 1970-01-01 UTC
+///   36  32-bit  number of entries n
+///   40 + 8k     entry k: channel (32-bit signed), character code (16-bit, a UTF-16 unit)
+///
+/// The raw codes are always kept, so a later change of alphabet or decoder can translate
+/// them again (translateBlock()). The handler keeps its shift state from one frame to the
+/// next; a code that spans two frames is therefore translated correctly.
+class DecodedTextModel : public NerikResultModel
+{
+public:
+    /// The decoder before the settings name one ("NONE"), and the preferred alphabet.
+    static QString const NoDecoder;
+    static QString const PreferredAlphabet; // "International"
+    static QString const AllDecoders;       // "All": the handler lists every alphabet
+
+    /// The alphabets directory comes from the configuration ("JobManagement",
+    /// "MorseAlphabets", default "." = the working directory).
+    DecodedTextModel();
+    ~DecodedTextModel() override;
+
+    /// Keeps the handler (shared with the converter) and sets it up with the model's
+    /// directory, decoder and the alphabet "None".
+    void setAlphabetHandler(std::shared_ptr<IAlphabetHandler> handler);
+    std::shared_ptr<IAlphabetHandler> const& getAlphabetHandler() const { return m_handler; }
+
+    void clear() override;
+    bool setAlphabetsDirectory(QString const& directory) override;
+    bool setDecoder(QString const& decoder) override;
+    bool setAlphabet(QString const& alphabet, bool& changed) override;
+    QString getAlphabet() const override;
+    QString getAlphabetsDirectory() const override { return m_alphabetsDirectory; }
+    QString getDecoder() const override { return m_decoderName; }
+    QStringList getAvailableAlphabets() const;
+    /// Every alphabet of the handler, whatever the decoder.
+    QStringList getAllAlphabets();
+
+    /// One frame. Without a transmission the frame goes into the model's current one and
+    /// only its own characters are translated; with one, that transmission is filled and
+    /// its whole raw content translated. False for a frame that is no decoded-text frame.
+    bool processData(QByteArray const& frame, Transmission* transmission);
+
+    /// A new block for the channel that continues the current transmission's block of that
+    /// channel (same ID, positions behind its content); the caller adds it.
+    DataBlock* createDataBlock(int channel, QDateTime const& timeStamp);
+
+    /// Translates the block's raw content again, frame by frame.
+    void translateBlock(DataBlock* block);
+    void translateContent(DataBlock* block);
+    void translateContent(DataBlock* block, int rawFrom);
+    void translateCurrentTransmission();
+
+private:
+    DataBlock* blockForChannel(Transmission* transmission, int channel, QDateTime const& time,
+                               DataBlock* previous);
+
+    QString m_alphabetsDirectory;
+    QString m_decoderName;
+    std::shared_ptr<IAlphabetHandler> m_handler;
+};
+
+} // namespace zelkodatastreamconverter
