@@ -68,38 +68,106 @@ void XmlText::writeTextAndEnd(QXmlStreamWriter& writer, QString const& text)
     writer.setAutoFormatting(formatting);
 }
 
+namespace {
+
+// Length of the escape of u: <c u="HHHH"/>.
+int const escapeLength = 13;
+
+// Writes the escaped form of units[0, size) to out, which has room for it.
+QChar* escapeInto(ushort const* units, int size, QChar* out)
+{
+    static char const hex[] = "0123456789ABCDEF";
+    auto const put = [&out](char const* text) {
+        while (*text) {
+            *out++ = QLatin1Char(*text++);
+        }
+    };
+    for (int i = 0; i < size; ++i) {
+        ushort const u = units[i];
+        if (u >= 0x40 && u < 0xD800) { // no markup among these
+            *out++ = QChar(u);
+            continue;
+        }
+        int at = i;
+        switch (classify(units, size, at)) {
+        case Unit::Plain:
+            if (u == '<') {
+                put("&lt;");
+            } else if (u == '>') {
+                put("&gt;");
+            } else if (u == '&') {
+                put("&amp;");
+            } else {
+                for (int k = i; k <= at; ++k) { // a surrogate pair is two units
+                    *out++ = QChar(units[k]);
+                }
+            }
+            break;
+        case Unit::CarriageReturn:
+            put("&#13;");
+            break;
+        case Unit::Escape:
+            put("<c u=\"");
+            for (int shift = 12; shift >= 0; shift -= 4) {
+                *out++ = QLatin1Char(hex[(u >> shift) & 0xF]);
+            }
+            put("\"/>");
+            break;
+        }
+        i = at;
+    }
+    return out;
+}
+
+} // namespace
+
 void XmlText::writeEscaped(QXmlStreamWriter& writer, QString const& text)
 {
     ushort const* units = text.utf16();
     int const size = text.size();
-    int runStart = 0;
+    // Count what escaping adds; most texts need little or nothing.
+    qint64 extra = 0;
     for (int i = 0; i < size; ++i) {
-        int const at = i;
-        Unit const unit = classify(units, size, i);
-        if (unit == Unit::Plain) {
+        ushort const u = units[i];
+        if (u >= 0x40 && u < 0xD800) {
             continue;
         }
-        if (at > runStart) {
-            writer.writeCharacters(QString::fromRawData(
-                reinterpret_cast<QChar const*>(units + runStart), at - runStart));
+        if (u == '<' || u == '>') {
+            extra += 3;
+            continue;
         }
-        if (unit == Unit::CarriageReturn) {
-            writer.writeEntityReference(QStringLiteral("#13"));
-        } else {
-            writer.writeEmptyElement(cElement);
-            writer.writeAttribute(
-                uAttribute, QStringLiteral("%1").arg(units[at], 4, 16, QLatin1Char('0')).toUpper());
+        if (u == '&') {
+            extra += 4;
+            continue;
         }
-        runStart = at + 1;
+        switch (classify(units, size, i)) {
+        case Unit::Plain:
+            break;
+        case Unit::CarriageReturn:
+            extra += 4;
+            break;
+        case Unit::Escape:
+            extra += escapeLength - 1;
+            break;
+        }
     }
-    if (runStart == 0) {
-        if (size > 0) {
-            writer.writeCharacters(text);
-        }
-    } else if (size > runStart) {
-        writer.writeCharacters(QString::fromRawData(
-            reinterpret_cast<QChar const*>(units + runStart), size - runStart));
+    if (size == 0) {
+        return;
     }
+    // The text is escaped here and handed over in one piece through writeDTD(), the writer's
+    // one verbatim output: the writer itself has no way to put a character reference or an
+    // element into text except one call each, which costs a device write per carriage return,
+    // and its own escaping is slower than this. The caller has switched auto-formatting off,
+    // so nothing is added around the text.
+    if (extra == 0) {
+        writer.writeDTD(text);
+        return;
+    }
+    QString out(int(size + extra), Qt::Uninitialized);
+    QChar* const end = escapeInto(units, size, out.data());
+    Q_ASSERT(end == out.constData() + out.size());
+    Q_UNUSED(end);
+    writer.writeDTD(out);
 }
 
 void XmlText::writeTextElement(QXmlStreamWriter& writer, QString const& name, QString const& text)
