@@ -518,8 +518,9 @@ void NerikResultModel::addDataBlock(Transmission* transmission, DataBlock const&
             // A continuation: its positions already count from the start of the channel.
             existing->AppendData(block.GetContent());
             existing->AppendRawData(block.GetRawContent());
+            // Plain appends: QVector grows geometrically, an exact reserve here would copy
+            // the whole list on every block.
             QVector<TimeStamp>& stamps = existing->GetTimeStamp();
-            stamps.reserve(stamps.size() + block.GetTimeStamp().size());
             for (TimeStamp const& stamp : block.GetTimeStamp()) {
                 stamps.append(stamp);
             }
