@@ -360,22 +360,6 @@ TEST(NerikResultModelTransmissions, ExtractCopiesPduBlocksFromAnIndexOn)
     EXPECT_EQ(current->GetPDUDataBlocks().size(), 3);
 }
 
-TEST(NerikResultModelTransmissions, InfosAreKeptOncePerTimestamp)
-{
-    NerikResultModel model;
-    Transmission* const tr = model.createTransmission(at(0));
-    Info first(at(0));
-    first.SetItem(QStringLiteral("Tuner_Settings"), QStringLiteral("a"));
-    Info sameTime(at(0));
-    sameTime.SetItem(QStringLiteral("Tuner_Settings"), QStringLiteral("b"));
-    model.addInfo(tr, first);
-    model.addInfo(tr, sameTime);
-    model.addInfo(tr, Info(at(1)));
-    model.addInfo(nullptr, Info(at(2)));
-    ASSERT_EQ(tr->GetInfos().size(), 2);
-    EXPECT_EQ(tr->GetInfos()[0]->GetItem(QStringLiteral("Tuner_Settings")), QStringLiteral("a"));
-}
-
 // ---------------------------------------------------------------------------------------------
 // Text data blocks
 
@@ -476,19 +460,6 @@ TEST(NerikResultModelTextBlocks, BlocksWithoutTimeStampsOrTransmissionAreIgnored
     EXPECT_TRUE(tr->GetDataBlock().isEmpty());
     EXPECT_EQ(latest, at(0));
     EXPECT_EQ(NerikResultModel::getDataBlock(nullptr, 1), nullptr);
-}
-
-TEST(NerikResultModelTextBlocks, NewBlocksTakeIdsFromTheDocumentCounter)
-{
-    NerikResultModel model;
-    Transmission* const tr = model.createTransmission(at(0));
-    QDateTime latest;
-    int const before = model.getResultData()->PeekNextID();
-    model.addDataBlock(tr, textBlock(1, QStringLiteral("a"), {{0, 0}}), latest);
-    model.addDataBlock(tr, textBlock(2, QStringLiteral("b"), {{0, 0}}), latest);
-    EXPECT_EQ(tr->GetDataBlock()[0]->GetID(), before);
-    EXPECT_EQ(tr->GetDataBlock()[1]->GetID(), before + 1);
-    EXPECT_EQ(model.getNextID(), before + 2);
 }
 
 TEST(NerikResultModelTextBlocks, NormalisationMovesStampsAndUserData)
@@ -713,19 +684,6 @@ TEST(NerikResultModelUserData, EditsAppliedRevertedAndMoved)
     }
 }
 
-TEST(NerikResultModelUserData, NoBlockToAnnotate)
-{
-    NerikResultModel model;
-    DataBlock edits = textBlock(4, QString(), {{0, 0}});
-    edits.AddUserData(new UserData(0, 1, Comment, QStringLiteral("c")));
-    EXPECT_FALSE(model.setUserData(edits));
-    model.createTransmission(at(1000));
-    EXPECT_FALSE(model.setUserData(edits)); // the only transmission starts later
-    PDUDataBlock pdu;
-    pdu.SetID(3);
-    EXPECT_FALSE(model.setUserData(pdu));
-}
-
 TEST(NerikResultModelUserData, InRangeIsAnyOverlap)
 {
     struct Case
@@ -735,7 +693,7 @@ TEST(NerikResultModelUserData, InRangeIsAnyOverlap)
     } const cases[] = {
         {2, 5, 2, 5, true}, {2, 5, 4, 9, true},  {2, 5, 0, 3, true},  {2, 5, 3, 4, true},
         {2, 5, 0, 9, true}, {2, 5, 5, 9, false}, {2, 5, 0, 2, false}, {2, 2, 2, 2, false},
-        {2, 2, 1, 3, true}, {2, 5, 5, 5, true}, {2, 5, 3, 3, true},
+        {2, 2, 1, 3, true}, {2, 5, 5, 5, true},  {2, 5, 3, 3, true},
     };
     for (auto const& c : cases) {
         UserData item(c.itemStart, c.itemEnd, Comment);
@@ -1405,38 +1363,6 @@ TEST(NerikResultModelSettings, CopyTakesSettingsButNotTheDocument)
     EXPECT_FALSE(copy.getSettingsChangeTime().isValid());
     bool changed = true;
     EXPECT_FALSE(copy.setAlphabet(QStringLiteral("Greek"), changed));
-}
-
-TEST(NerikResultModelSettings, ConstantTexts)
-{
-    struct
-    {
-        QString const& constant;
-        char const* text;
-    } const cases[] = {
-        {NerikResultModel::TypeAlphabet, "Alphabet"},
-        {NerikResultModel::TypeAllAlphabets, "AllAlphabets"},
-        {NerikResultModel::TypeAlphabetsDirectory, "AlphabetsDirectory"},
-        {NerikResultModel::TypeAntennaSettings, "AntennaSettings"},
-        {NerikResultModel::TypeAudioSettings, "Audio_Settings"},
-        {NerikResultModel::TypeAutoModeConfigSet, "AutoModeConfigSet"},
-        {NerikResultModel::TypeAvailableAlphabets, "AvailableAlphabets"},
-        {NerikResultModel::TypeChannelSelection, "ChannelSelection"},
-        {NerikResultModel::TypeDecoder, "Decoder"},
-        {NerikResultModel::TypeDemodulator, "Demodulator"},
-        {NerikResultModel::TypeDemodulatorSettings, "Demodulator_Settings"},
-        {NerikResultModel::TypeFFMSettings, "FFM_Settings"},
-        {NerikResultModel::TypeFileName, "FileName"},
-        {NerikResultModel::TypeRecordingDirectory, "RecordingDirectory"},
-        {NerikResultModel::TypeTunerSettings, "Tuner_Settings"},
-        {NerikResultModel::TypeUserData, "UserData"},
-        {NerikResultModel::DefaultAlphabetValue, "None"},
-        {NerikResultModel::DefaultDecoderValue, "NONE"},
-    };
-    for (auto const& c : cases) {
-        EXPECT_EQ(c.constant, QString::fromLatin1(c.text));
-    }
-    EXPECT_EQ(NerikResultModel::UserChannelID, 1000);
 }
 
 } // namespace

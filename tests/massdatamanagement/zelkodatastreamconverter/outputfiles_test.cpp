@@ -421,25 +421,6 @@ TEST(OutputFileRecords, OpenAndCompletedRecordsOfEachKind)
     }
 }
 
-TEST(OutputFileRecords, ResultsListEachFileOnceCompleted)
-{
-    QTemporaryDir dir;
-    Clock::Override const clock(LastSecondOfJanuary);
-    FileInfoList list;
-    BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 1000, &list);
-    file.setDirectory(dir.path());
-    for (int i = 0; i < 5; ++i) {
-        file.saveToFile(QByteArray(600, 'x'));
-    }
-    file.closeFile(false);
-    auto const& binary = list.getResults().GetBinary();
-    ASSERT_EQ(binary.size(), 3u);
-    for (auto const& record : binary) {
-        EXPECT_TRUE(record.GetMetadata().GetStopTime().isValid()) << record.GetURL();
-    }
-    EXPECT_EQ(int(binary.size()), fileNames(dir.path()).size());
-}
-
 TEST(OutputFileRecords, ExceptionsOfTheCallbackAreTracedPerModule)
 {
     struct Case
