@@ -29,7 +29,7 @@ public:
     /// The current time in the machine's local time (Qt::LocalTime).
     static QDateTime currentDateTime();
 
-    /// Freezes the clock at time (any time spec; an invalid time releases the clock).
+    /// Freezes the clock at time (UTC or local; an invalid time releases the clock).
     static void setFixedTime(QDateTime const& time);
     /// Moves a fixed clock by milliseconds (negative moves it back); no effect while the
     /// clock follows the system time.
