@@ -16,7 +16,8 @@ namespace NerikResultDataXml {
 /// Element text: characters XML cannot carry (C0 controls other than tab and line feed,
 /// unpaired surrogates, U+FFFE, U+FFFF) become <c u="HHHH"/>, one empty element per UTF-16
 /// code unit; a carriage return becomes the reference &#13; so that parsers do not turn it
-/// into a line feed. Everything else is written as it is (the writer escapes markup).
+/// into a line feed; "<", ">" and "&" become &lt; &gt; &amp;. Everything else is written as
+/// it is.
 ///
 /// Attributes: a value XML can carry is written as it is (the writer escapes tab, line feed
 /// and carriage return as references); any other value is written as the attribute
@@ -43,6 +44,8 @@ public:
     static bool readTextAttribute(QXmlStreamReader& reader, REPORTKIT::XmlReading& in,
                                   QString const& name, QString& value, bool& present);
 
+    /// Writes the escaped text at the writer's position, verbatim; auto-formatting must be
+    /// off (writeTextAndEnd() sees to that).
     static void writeEscaped(QXmlStreamWriter& writer, QString const& text);
 
     /// base64 of the UTF-16LE code units of text, and back (false for bad input).
