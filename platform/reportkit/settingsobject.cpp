@@ -26,21 +26,19 @@ bool SettingsObject::SetXmlString(QString const& xml, int options)
         setLastXmlError(QStringLiteral("unsupported options %1").arg(options));
         return false;
     }
+    // ReadXml() commits when its element ends, before the rest of the text has been seen; a
+    // first pass checks that the whole text is one well-formed element of the right name, so
+    // that a fault after it cannot leave the object half-accepted.
     QString error;
-    QXmlStreamReader reader(xml);
-    // ReadXml commits only on success; a failure in the trailing part must not leave a
-    // half-accepted document, so the object is restored from a copy of its text form.
-    bool ok = XmlReading::readRoot(reader, ElementName(), error);
+    QXmlStreamReader check(xml);
+    bool ok = XmlReading::readRoot(check, ElementName(), error);
     if (ok) {
-        QString const before = GetXmlString();
-        ok = ReadXml(reader, error) && XmlReading::readEnd(reader, error);
-        if (!ok) {
-            QXmlStreamReader restore(before);
-            QString ignored;
-            if (restore.readNextStartElement()) {
-                ReadXml(restore, ignored);
-            }
-        }
+        check.skipCurrentElement();
+        ok = XmlReading::readEnd(check, error);
+    }
+    if (ok) {
+        QXmlStreamReader reader(xml);
+        ok = XmlReading::readRoot(reader, ElementName(), error) && ReadXml(reader, error);
     }
     setLastXmlError(error);
     return ok;
