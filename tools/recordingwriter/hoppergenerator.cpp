@@ -25,11 +25,14 @@ QByteArray BurstListFrame::payload() const
         .word(count)
         .word(strideWords);
     QByteArray data = builder.data();
-    // Records start at 4 × extension bytes into the payload, which may lie inside the
-    // fixed fields when the extension is short.
-    data.resize(int(4 * std::max(headerExtensionWords, FieldWords)));
-    data.resize(int(4 * headerExtensionWords) < data.size() ? int(4 * headerExtensionWords)
-                                                            : data.size());
+    // Records start at 4 × extension bytes into the payload: zero padding up to there, or,
+    // with a short extension, inside the fixed fields.
+    int const extensionBytes = int(4 * headerExtensionWords);
+    if (extensionBytes >= data.size()) {
+        data.append(QByteArray(extensionBytes - data.size(), '\0'));
+    } else {
+        data.truncate(extensionBytes);
+    }
     PayloadBuilder recordBuilder;
     quint32 index = 0;
     for (BurstRecord const& record : records) {
