@@ -125,7 +125,16 @@ void PDUDataBlock::WriteXml(QXmlStreamWriter& writer) const
 
 bool PDUDataBlock::ReadXml(QXmlStreamReader& reader, QString& error)
 {
+    return readXml(reader, error, 1);
+}
+
+bool PDUDataBlock::readXml(QXmlStreamReader& reader, QString& error, int depth)
+{
     REPORTKIT::XmlReading in(reader, true, error);
+    if (depth > MaxNesting) {
+        return in.fail(
+            QStringLiteral("PDU data blocks nested deeper than %1 levels").arg(MaxNesting));
+    }
     PDUDataBlock read;
     bool present = false;
     QString typeText;
@@ -170,7 +179,7 @@ bool PDUDataBlock::ReadXml(QXmlStreamReader& reader, QString& error)
             stage = 2;
         } else if (name == QLatin1String("PDUDataBlock")) {
             auto child = std::make_unique<PDUDataBlock>();
-            if (!child->ReadXml(reader, error)) {
+            if (!child->readXml(reader, error, depth + 1)) {
                 return false;
             }
             read.m_children.append(child.release());

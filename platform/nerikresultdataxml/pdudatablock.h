@@ -78,7 +78,11 @@ public:
     void DeleteUserData();
 
     void WriteXml(QXmlStreamWriter& writer) const;
+    /// Reads the element whose start tag the reader has just read. Blocks nested deeper than
+    /// MaxNesting levels are refused (they would only come from a damaged or hostile file).
     bool ReadXml(QXmlStreamReader& reader, QString& error);
+
+    static constexpr int MaxNesting = 200;
 
     /// Equal attributes, fields, payload, user data and children (by value, recursively).
     bool operator==(PDUDataBlock const& other) const;
@@ -87,6 +91,7 @@ public:
 private:
     void copyFrom(PDUDataBlock const& other);
     void clearOwned();
+    bool readXml(QXmlStreamReader& reader, QString& error, int depth);
 
     int m_id = 0;
     unsigned m_type = 0;

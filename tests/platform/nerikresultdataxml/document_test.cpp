@@ -281,6 +281,28 @@ TEST(NerikResultData, BadInputIsRefusedWithPositionAndLeavesDocumentUnchanged)
     }
 }
 
+TEST(NerikResultData, NestingIsLimitedNotAStackOverflow)
+{
+    auto const nested = [](int depth) {
+        QString xml = QStringLiteral("<NerikResultData version='1'><Transmission>");
+        for (int i = 0; i < depth; ++i) {
+            xml += QStringLiteral("<PDUDataBlock id='%1' type='0'>").arg(i);
+        }
+        for (int i = 0; i < depth; ++i) {
+            xml += QStringLiteral("</PDUDataBlock>");
+        }
+        return xml + QStringLiteral("</Transmission></NerikResultData>");
+    };
+    NerikResultData document;
+    EXPECT_TRUE(document.SetXmlString(nested(PDUDataBlock::MaxNesting)))
+        << document.GetErrorText().toStdString();
+    EXPECT_FALSE(document.SetXmlString(nested(PDUDataBlock::MaxNesting + 1)));
+    EXPECT_TRUE(document.GetErrorText().endsWith(
+        QLatin1String(": PDU data blocks nested deeper than 200 levels")));
+    EXPECT_FALSE(document.SetXmlString(nested(100000)));
+    EXPECT_EQ(document.GetTransmission().size(), 1) << "the earlier document stays";
+}
+
 TEST(NerikResultData, EveryTruncationIsRefused)
 {
     QString const xml = sample::richDocument(QStringLiteral("a\x01]]>\r"))->GetXmlString();
