@@ -207,7 +207,7 @@ BENCHMARK(BM_FrequencySetResolution)
     ->Arg(5)
     ->Unit(benchmark::kMillisecond);
 
-// Keeps the seconds per iteration and the counters of every run for the summary.
+// Keeps the CPU seconds per iteration and the counters of every run for the summary.
 class RatioReporter : public benchmark::ConsoleReporter
 {
 public:
@@ -216,7 +216,9 @@ public:
         ConsoleReporter::ReportRuns(runs);
         for (Run const& run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred && run.iterations > 0) {
-                seconds[run.benchmark_name()] = run.real_accumulated_time / double(run.iterations);
+                // CPU time: the machine is shared, so wall time says more about the
+                // neighbours than about this code.
+                seconds[run.benchmark_name()] = run.cpu_accumulated_time / double(run.iterations);
                 for (auto const& counter : run.counters) {
                     counters[run.benchmark_name() + ":" + counter.first] = counter.second.value;
                 }

@@ -201,23 +201,27 @@ QImage drawBurstPlot(unsigned int radioID, RadioBurstData const& data,
         }
     }
 
-    // Histogram of burst centre frequencies, one bin per pixel column.
-    std::vector<int> counts(std::size_t(plotWidth) + 1, 0);
+    // Histogram of burst centre frequencies in 3-pixel bins: narrow enough to separate
+    // channels a few pixels apart, wide enough that a channel's peak does not split between
+    // two columns.
+    constexpr int BinPixels = 3;
+    std::vector<int> counts(std::size_t(plotWidth) / BinPixels + 1, 0);
     for (BurstData const& burst : data.bursts) {
-        auto const column =
-            std::size_t(std::clamp(xOf(burst.frequency) - PlotLeft, 0.0, plotWidth));
-        ++counts[column];
+        auto const bin =
+            std::size_t(std::clamp(xOf(burst.frequency) - PlotLeft, 0.0, plotWidth)) / BinPixels;
+        ++counts[bin];
     }
     int const maxCount = std::max(1, *std::max_element(counts.begin(), counts.end()));
     painter.setPen(Qt::NoPen);
     double const histogramHeight = HistogramBottom - HistogramTop - 6;
-    for (std::size_t column = 0; column < counts.size(); ++column) {
-        if (counts[column] == 0) {
+    for (std::size_t bin = 0; bin < counts.size(); ++bin) {
+        if (counts[bin] == 0) {
             continue;
         }
-        double const h = std::max(1.0, histogramHeight * counts[column] / maxCount);
-        painter.fillRect(QRectF(PlotLeft + column, HistogramBottom - h, 1.0, h),
-                         QColor(150, 210, 255));
+        double const h = std::max(1.0, histogramHeight * counts[bin] / maxCount);
+        painter.fillRect(
+            QRectF(PlotLeft + double(bin * BinPixels), HistogramBottom - h, BinPixels - 0.5, h),
+            QColor(150, 210, 255));
     }
 
     // Bursts: the window of each, shaded by level; at least a pixel so none vanishes.

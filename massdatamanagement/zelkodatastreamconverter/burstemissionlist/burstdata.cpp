@@ -2,12 +2,6 @@
 
 namespace zelkodatastreamconverter::BurstEmissionList {
 
-BurstData::BurstData(double const& frequency, double const& bandwidth, unsigned long long time,
-                     unsigned int length, float level_dBm)
-    : frequency(frequency), bandwidth(bandwidth), time(time), length(length), level_dBm(level_dBm)
-{
-}
-
 FrequencyTimeWindow BurstData::toFTW() const
 {
     return FrequencyTimeWindow(frequency - bandwidth * 0.5, frequency + bandwidth * 0.5, time,

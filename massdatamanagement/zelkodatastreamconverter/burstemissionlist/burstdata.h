@@ -18,7 +18,11 @@ struct BurstData
 
     BurstData() = default;
     BurstData(double const& frequency, double const& bandwidth, unsigned long long time,
-              unsigned int length, float level_dBm);
+              unsigned int length, float level_dBm)
+        : frequency(frequency), bandwidth(bandwidth), time(time), length(length),
+          level_dBm(level_dBm)
+    {
+    }
 
     unsigned int getLength() const { return length; }
     float getLevel_dBm() const { return level_dBm; }

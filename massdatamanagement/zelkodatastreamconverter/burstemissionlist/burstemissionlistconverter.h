@@ -165,6 +165,8 @@ private:
     float m_lowerLevelQuantile = 0.15f;
     float m_upperLevelQuantile = 0.95f;
     std::vector<BurstData> m_frameBursts;
+    std::vector<quint64> m_sortKeys; ///< (offset, record) of the frame being filed
+    std::vector<quint64> m_sortScratch;
     DataMap m_dataMap;
     unsigned long long m_lastFrameStopTime = 0;
     mutable std::mt19937_64 m_randomEngine;

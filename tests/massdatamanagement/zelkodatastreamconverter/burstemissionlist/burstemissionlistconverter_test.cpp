@@ -200,6 +200,12 @@ TEST(BurstConverter, RandomAndTruncatedFramesNeverReadOutside)
             std::memcpy(&stride, exact.constData() + 56, 4);
             EXPECT_GE(stride, 6u);
             EXPECT_LE(24ull + 4ull * ext + 4ull * count * stride, quint64(exact.size()));
+            // The new segment holds every record, ascending in frequency.
+            RadioBurstData const& radio = converter.getDataMap().at(std::get<1>(result));
+            auto const first =
+                radio.bursts.begin() + std::ptrdiff_t(radio.segmentStartIndices.back());
+            EXPECT_EQ(std::size_t(radio.bursts.end() - first), std::size_t(count));
+            EXPECT_TRUE(std::is_sorted(first, radio.bursts.end(), &BurstData::lessThanByFrequency));
         }
     }
     EXPECT_GT(accepted, 50) << "the random headers must reach the record loop";

@@ -124,20 +124,6 @@ TEST(BurstRecords, WindowOfBurstSpansBandwidthAndLength)
     }
 }
 
-TEST(BurstRecords, OrderingsCompareTheirOwnKeyOnly)
-{
-    BurstData const a(2.0, 0.0, 1, 9, 0.f);
-    BurstData const b(1.0, 0.0, 2, 8, 0.f);
-    EXPECT_TRUE(BurstData::earlierThan(a, b));
-    EXPECT_FALSE(BurstData::earlierThan(b, a));
-    EXPECT_TRUE(BurstData::lessThanByFrequency(b, a));
-    EXPECT_FALSE(BurstData::lessThanByFrequency(a, a));
-    EXPECT_TRUE(BurstData::shorterThan(b, a));
-    EXPECT_TRUE(
-        HopperFrequencyGridSegment::lessThanByStartFrequency(segment(1, 9, 9), segment(2, 1, 1)));
-    EXPECT_EQ(double(FrequencyMeanAndSampleSize(42.5, 3)), 42.5);
-}
-
 TEST(GridSegment, ChannelArithmeticAndBoundaries)
 {
     struct Row
