@@ -254,7 +254,7 @@ int main(int argc, char** argv)
         std::string const sort = "BM_SortFrequenciesBaseline/" + std::to_string(segments);
         if (s.count(set) && s.count(sort)) {
             std::printf(
-                "  frequency set, %2d segments (%6d bursts) %8.3f ms   sort alone %8.3f ms   "
+                "  frequency set, %2d segments (%6d bursts) %8.3f ms   sorted frequencies alone %8.3f ms   "
                 "ratio %.2f   vs 1 segment %.2f\n",
                 segments, segments * BurstsPerFrame, 1e3 * s.at(set), 1e3 * s.at(sort),
                 s.at(set) / s.at(sort),

@@ -71,7 +71,41 @@ std::vector<double> RadioBurstData::sortedFrequencyVector() const
     for (BurstData const& burst : bursts) {
         frequencies.push_back(burst.frequency);
     }
-    std::sort(frequencies.begin(), frequencies.end());
+    // Segments filed by the converter are already ascending: merging the runs pairwise costs
+    // log2(segments) passes instead of a full sort. Anything else is sorted as a whole.
+    std::vector<std::size_t> runs;
+    runs.reserve(segmentStartIndices.size() + 1);
+    bool runsSorted = !segmentStartIndices.empty() && segmentStartIndices.front() == 0;
+    for (std::size_t i = 0; runsSorted && i < segmentStartIndices.size(); ++i) {
+        std::size_t const begin = std::size_t(segmentStartIndices[i]);
+        std::size_t const end = i + 1 < segmentStartIndices.size()
+                                    ? std::size_t(segmentStartIndices[i + 1])
+                                    : frequencies.size();
+        runsSorted = begin <= end && end <= frequencies.size() &&
+                     std::is_sorted(frequencies.begin() + std::ptrdiff_t(begin),
+                                    frequencies.begin() + std::ptrdiff_t(end));
+        runs.push_back(begin);
+    }
+    if (!runsSorted) {
+        std::sort(frequencies.begin(), frequencies.end());
+        return frequencies;
+    }
+    runs.push_back(frequencies.size());
+    while (runs.size() > 2) {
+        std::vector<std::size_t> merged;
+        merged.reserve(runs.size() / 2 + 2);
+        std::size_t i = 0;
+        for (; i + 2 < runs.size(); i += 2) {
+            std::inplace_merge(frequencies.begin() + std::ptrdiff_t(runs[i]),
+                               frequencies.begin() + std::ptrdiff_t(runs[i + 1]),
+                               frequencies.begin() + std::ptrdiff_t(runs[i + 2]));
+            merged.push_back(runs[i]);
+        }
+        for (; i < runs.size(); ++i) {
+            merged.push_back(runs[i]);
+        }
+        runs.swap(merged);
+    }
     return frequencies;
 }
 

@@ -250,6 +250,17 @@ TEST(RadioBurstData, SegmentsAppendAndDropFromTheFront)
     EXPECT_DOUBLE_EQ(radio.meanBandwidth(), 6000.0);
     EXPECT_EQ(radio.sortedFrequencyVector(), (std::vector<double>{1e6, 2e6, 3e6}));
 
+    // Runs merged, and a hand-built segment out of order still sorts.
+    RadioBurstData runs;
+    runs.appendBurstsOfNewSegment(0, 1, {BurstData(5, 0, 0, 0, 0), BurstData(9, 0, 0, 0, 0)});
+    runs.appendBurstsOfNewSegment(1, 2, {BurstData(1, 0, 0, 0, 0), BurstData(7, 0, 0, 0, 0)});
+    runs.appendBurstsOfNewSegment(2, 3, {BurstData(3, 0, 0, 0, 0)});
+    EXPECT_EQ(runs.sortedFrequencyVector(), (std::vector<double>{1, 3, 5, 7, 9}));
+    runs.appendBurstsOfNewSegment(3, 4, {BurstData(8, 0, 0, 0, 0), BurstData(2, 0, 0, 0, 0)});
+    EXPECT_EQ(runs.sortedFrequencyVector(), (std::vector<double>{1, 2, 3, 5, 7, 8, 9}));
+    runs.segmentStartIndices.clear();
+    EXPECT_EQ(runs.sortedFrequencyVector(), (std::vector<double>{1, 2, 3, 5, 7, 8, 9}));
+
     radio.removeFirstSegment();
     EXPECT_EQ(radio.bursts.size(), 1u);
     EXPECT_EQ(radio.bursts.front().frequency, 3e6);
