@@ -2,10 +2,9 @@
 
 #include <alphabetkit/ialphabethandler.h>
 #include <appstartup/cfgcenter.h>
+#include <cstring>
 #include <nerikresultdataxml/datablock.h>
 #include <nerikresultdataxml/transmission.h>
-
-#include <cstring>
 
 namespace zelkodatastreamconverter {
 
@@ -34,17 +33,16 @@ QString configuredAlphabetsDirectory()
     // View 4: the configuration is only read here.
     std::unique_ptr<Cfg> const configuration =
         CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
-    return configuration ? configuration->GetValue(QStringLiteral("MorseAlphabets"),
-                                                   QStringLiteral("."))
-                         : QStringLiteral(".");
+    return configuration
+               ? configuration->GetValue(QStringLiteral("MorseAlphabets"), QStringLiteral("."))
+               : QStringLiteral(".");
 }
 
 // Whole seconds plus the millisecond part; what lies below a millisecond is dropped.
 QDateTime timeFromMicroseconds(quint64 microseconds)
 {
-    return QDateTime::fromMSecsSinceEpoch(qint64(microseconds / 1000000u) * 1000 +
-                                              qint64((microseconds / 1000u) % 1000u),
-                                          Qt::UTC);
+    return QDateTime::fromMSecsSinceEpoch(
+        qint64(microseconds / 1000000u) * 1000 + qint64((microseconds / 1000u) % 1000u), Qt::UTC);
 }
 
 } // namespace
@@ -58,6 +56,7 @@ DecodedTextModel::~DecodedTextModel() = default;
 
 void DecodedTextModel::setAlphabetHandler(std::shared_ptr<IAlphabetHandler> handler)
 {
+    forgetChannelStates();
     m_handler = std::move(handler);
     if (m_handler) {
         m_handler->SetAlphabetsDir(m_alphabetsDirectory);
@@ -69,6 +68,7 @@ void DecodedTextModel::setAlphabetHandler(std::shared_ptr<IAlphabetHandler> hand
 void DecodedTextModel::clear()
 {
     NerikResultModel::clear();
+    forgetChannelStates();
     if (m_handler) {
         m_handler->ResetInternalState();
     }
@@ -80,6 +80,7 @@ bool DecodedTextModel::setAlphabetsDirectory(QString const& directory)
         return true;
     }
     m_alphabetsDirectory = directory;
+    forgetChannelStates();
     if (m_handler) {
         m_handler->SetAlphabetsDir(directory);
     }
@@ -92,6 +93,7 @@ bool DecodedTextModel::setDecoder(QString const& decoder)
         return true;
     }
     m_decoderName = decoder;
+    forgetChannelStates();
     if (m_handler) {
         QString const alphabet = m_handler->Alphabet();
         m_handler->ResetInternalState();
@@ -113,6 +115,7 @@ bool DecodedTextModel::setAlphabet(QString const& alphabet, bool& changed)
         return true;
     }
     changed = true;
+    forgetChannelStates();
     bool const preferDefault =
         alphabet.isEmpty() && m_handler->AvailableAlphabets().contains(PreferredAlphabet);
     if (!m_handler->SetAlphabet(preferDefault ? PreferredAlphabet : alphabet)) {
@@ -187,7 +190,7 @@ bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transm
             if (wholeContent) {
                 translateContent(each);
             } else {
-                translateContent(each, each->GetRawFramePos());
+                translateFrame(each);
             }
         }
         each->EndFrame();
@@ -195,8 +198,18 @@ bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transm
     return true;
 }
 
-DecodedTextModel::DataBlock* DecodedTextModel::blockForChannel(Transmission* transmission, int channel,
-                                             QDateTime const& time, DataBlock* previous)
+// This frame's characters of the block, continuing the channel's own shift state.
+void DecodedTextModel::translateFrame(DataBlock* block)
+{
+    int const channel = block->GetChannel();
+    m_handler->RestoreInternalState(m_channelStates.value(channel));
+    translateContent(block, block->GetRawFramePos());
+    m_channelStates.insert(channel, m_handler->SaveInternalState());
+}
+
+DecodedTextModel::DataBlock* DecodedTextModel::blockForChannel(Transmission* transmission,
+                                                               int channel, QDateTime const& time,
+                                                               DataBlock* previous)
 {
     if (previous && previous->GetChannel() == channel) {
         return previous;
@@ -209,7 +222,8 @@ DecodedTextModel::DataBlock* DecodedTextModel::blockForChannel(Transmission* tra
     return created;
 }
 
-DecodedTextModel::DataBlock* DecodedTextModel::createDataBlock(int channel, QDateTime const& timeStamp)
+DecodedTextModel::DataBlock* DecodedTextModel::createDataBlock(int channel,
+                                                               QDateTime const& timeStamp)
 {
     DataBlock const* existing = getDataBlock(getCurrentTransmission(), channel);
     auto* block = new DataBlock(channel, existing ? existing->GetContent().size() : 0,
@@ -250,6 +264,7 @@ void DecodedTextModel::translateBlock(DataBlock* block)
     }
     block->SetContentCode(m_handler->Alphabet());
     block->SetContentDirectionRTL(m_handler->TextDirectionRTL());
+    m_channelStates.insert(block->GetChannel(), m_handler->SaveInternalState());
 }
 
 void DecodedTextModel::translateContent(DataBlock* block)

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
-
+#include <QByteArray>
+#include <QHash>
 #include <QStringList>
-
+#include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
 #include <memory>
 
 class IAlphabetHandler;
@@ -20,8 +20,9 @@ namespace zelkodatastreamconverter {
 ///   40 + 8k     entry k: channel (32-bit signed), character code (16-bit, a UTF-16 unit)
 ///
 /// The raw codes are always kept, so a later change of alphabet or decoder can translate
-/// them again (translateBlock()). The handler keeps its shift state from one frame to the
-/// next; a code that spans two frames is therefore translated correctly.
+/// them again (translateBlock()). The handler's shift state carries over from one frame to
+/// the next, kept per channel: a figures shift on one channel does not turn the letters of
+/// another into figures, and a code that spans two frames is translated correctly.
 class DecodedTextModel : public NerikResultModel
 {
 public:
@@ -67,12 +68,16 @@ public:
     void translateCurrentTransmission();
 
 private:
+    void translateFrame(DataBlock* block);
+    void forgetChannelStates() { m_channelStates.clear(); }
     DataBlock* blockForChannel(Transmission* transmission, int channel, QDateTime const& time,
                                DataBlock* previous);
 
     QString m_alphabetsDirectory;
     QString m_decoderName;
     std::shared_ptr<IAlphabetHandler> m_handler;
+    // The handler's translation state of each channel between frames.
+    QHash<int, QByteArray> m_channelStates;
 };
 
 } // namespace zelkodatastreamconverter

@@ -6,8 +6,10 @@
 
 #include <jobspec/demodulatorsettings.h>
 #include <jobspec/settings.h>
+#include <jobspec/station.h>
 #include <jobspec/valuelist.h>
 #include <limits>
+#include <nerikresultdataxml/field.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/nerikresultdataexception.h>
 #include <reportkit/ffmsettings.h>
@@ -43,6 +45,7 @@ enum TraceLine
     LineSetChannelSelectionOther = 914,
     LineGetChannelSelectionReport = 939,
     LineGetChannelSelectionOther = 943,
+    LineScanAISData = 1014,
 };
 
 // Data stamped up to this long before a settings change still belong to the open
@@ -857,6 +860,150 @@ void NerikResultModel::addInfo(Transmission* transmission, Info const& info)
         }
     }
     transmission->AddInfo(new Info(info));
+}
+
+// ---- AIS station reports -------------------------------------------------------------
+
+namespace {
+
+struct AISUnitMarks
+{
+    QString degree = QString(QChar(0xB0));
+    QString minute = QStringLiteral("'");
+    QString second = QStringLiteral("''");
+};
+
+AISUnitMarks const& aisUnitMarks()
+{
+    static AISUnitMarks const marks;
+    return marks;
+}
+
+} // namespace
+
+int NerikResultModel::scanAISData(PDUDataBlock const* pdu, JobSpec::Station& station)
+{
+    if (!pdu || !pdu->GetName().startsWith(QLatin1String("AIS"))) {
+        return -1;
+    }
+    QVector<NerikResultDataXml::Field> const& fields = pdu->GetFields();
+    int mmsiIndex = -1;
+    for (int i = 0; i < fields.size(); ++i) {
+        if (fields[i].GetName() == QLatin1String("MMSI")) {
+            mmsiIndex = i;
+            break;
+        }
+    }
+    if (mmsiIndex < 0) {
+        return -1;
+    }
+    QString text = QStringLiteral("scanAISData: %1 MMSI=%2")
+                       .arg(pdu->GetTimeStamp().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")),
+                            fields[mmsiIndex].GetValue());
+    int const mmsi = fields[mmsiIndex].GetValue().toInt(); // 0 when it is not a number
+    station.SetStationID(mmsi);
+    station.SetTimeStamp(pdu->GetTimeStamp());
+
+    for (int i = mmsiIndex + 1; i < fields.size(); ++i) {
+        NerikResultDataXml::Field const& field = fields[i];
+        if (field.GetName() == QLatin1String("Call Sign")) {
+            text += QStringLiteral(" CallSign=") + field.GetValue();
+            station.SetName(field.GetValue());
+        } else if (field.GetType() == QLatin1String("position")) {
+            text += QStringLiteral(" position=") + field.GetValue();
+            QStringList const tokens = scanAISPosition(field.GetValue());
+            double value = 0.0;
+            if (getAISPosition(tokens, QStringLiteral("N"), value, 90.0)) {
+                station.SetLatitude(value);
+            } else if (getAISPosition(tokens, QStringLiteral("S"), value, 90.0)) {
+                station.SetLatitude(-value);
+            }
+            // Longitudes are held to the same 90 degrees as latitudes: a ship further than
+            // 90 degrees east or west keeps its earlier longitude.
+            if (getAISPosition(tokens, QStringLiteral("E"), value, 90.0)) {
+                station.SetLongitude(value);
+            } else if (getAISPosition(tokens, QStringLiteral("W"), value, 90.0)) {
+                station.SetLongitude(-value);
+            }
+        }
+    }
+    // The station ID goes into the trace as one character, not as digits.
+    text += QStringLiteral(" StationID=") +
+            QString(QChar(ushort(station.GetStationID() & 0xFFFF))) +
+            QStringLiteral(" StationName=") + station.GetName() + QStringLiteral(" latitude=") +
+            QString::number(station.GetLatitude(), 'g', 6) + QStringLiteral(" longitude=") +
+            QString::number(station.GetLongitude(), 'g', 6);
+    trace().info(text, LineScanAISData);
+    return mmsi;
+}
+
+QStringList NerikResultModel::scanAISPosition(QString const& text)
+{
+    QStringList tokens;
+    QString token;
+    bool inToken = false;
+    bool inNumber = false;
+    auto finish = [&] {
+        tokens << token;
+        token.clear();
+    };
+    for (QChar const ch : text) {
+        if (ch.isDigit()) {
+            if (inToken && !inNumber) {
+                finish();
+            }
+            token += ch;
+            inToken = inNumber = true;
+        } else if (ch.isSpace()) {
+            if (inToken) {
+                finish();
+            }
+            inToken = inNumber = false;
+        } else if (ch == QLatin1Char('.')) {
+            if (inNumber) {
+                token += ch;
+            }
+        } else {
+            if (inToken && inNumber) {
+                finish();
+            }
+            token += ch;
+            inToken = true;
+            inNumber = false;
+        }
+    }
+    if (inToken) {
+        finish();
+    }
+    return tokens;
+}
+
+bool NerikResultModel::getAISPosition(QStringList const& tokens, QString const& hemisphere,
+                                      double& value, double maximum)
+{
+    int const i = tokens.indexOf(hemisphere);
+    if (i < 0 || i + 6 >= tokens.size()) {
+        return false;
+    }
+    AISUnitMarks const& marks = aisUnitMarks();
+    if (tokens[i + 2] != marks.degree || tokens[i + 4] != marks.minute ||
+        tokens[i + 6] != marks.second) {
+        return false;
+    }
+    bool ok = false;
+    value = tokens[i + 1].toDouble(&ok);
+    if (!ok) {
+        return false;
+    }
+    value += tokens[i + 3].toDouble(&ok) / 60.0;
+    if (!ok) {
+        return false;
+    }
+    value += tokens[i + 5].toDouble(&ok) / 3600.0;
+    if (!ok) {
+        return false;
+    }
+    return value >= 0.0 && value <= maximum;
 }
 
 } // namespace zelkodatastreamconverter

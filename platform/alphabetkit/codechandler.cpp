@@ -44,6 +44,23 @@ bool CodecHandler::TextDirectionRTL() const
     return m_translator.alphabet()->rightToLeft();
 }
 
+QByteArray CodecHandler::SaveInternalState() const
+{
+    return Alphabet().toUtf8() + '\n' + QByteArray::number(m_translator.currentTable());
+}
+
+void CodecHandler::RestoreInternalState(QByteArray const& state)
+{
+    int const separator = state.lastIndexOf('\n');
+    bool ok = false;
+    int const table = separator < 0 ? -1 : state.mid(separator + 1).toInt(&ok);
+    if (ok && QString::fromUtf8(state.left(separator)) == Alphabet()) {
+        m_translator.setCurrentTable(table);
+    } else {
+        m_translator.reset();
+    }
+}
+
 void CodecHandler::ResetInternalState()
 {
     m_translator.reset();

@@ -30,6 +30,10 @@ public:
     void ResetInternalState() override;
     QString Translate(QString const& raw) override;
     QString Backtranslate(QString const& text) override;
+    /// The current shift table, with the alphabet's name so that a state of another alphabet
+    /// is not taken for this one's.
+    QByteArray SaveInternalState() const override;
+    void RestoreInternalState(QByteArray const& state) override;
 
     QString AlphabetsDir() const { return m_catalog.directory(); }
     QString Decoder() const { return m_decoder; }

@@ -13,6 +13,15 @@ void CodeTranslator::reset()
     m_table = m_alphabet->initialTable();
 }
 
+void CodeTranslator::setCurrentTable(int table)
+{
+    if (table >= 0 && table < m_alphabet->tableCount()) {
+        m_table = table;
+    } else {
+        reset();
+    }
+}
+
 QString CodeTranslator::translate(QString const& codes)
 {
     QString out;

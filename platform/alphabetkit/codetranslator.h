@@ -19,6 +19,8 @@ public:
     AlphabetPtr const& alphabet() const { return m_alphabet; }
     int currentTable() const { return m_table; }
     void reset();
+    /// Continues in shift table `table`; an index the alphabet does not have resets.
+    void setCurrentTable(int table);
 
     /// Each UTF-16 code unit of `codes` is one code.
     QString translate(QString const& codes);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -37,4 +38,12 @@ public:
     virtual QString Translate(QString const& raw) = 0;
     /// The raw codes that print `text` with the current alphabet; does not change the state.
     virtual QString Backtranslate(QString const& text) = 0;
+
+    /// The translation state (shift table, a code begun but not finished) as an opaque value,
+    /// so that a caller that interleaves several independent streams, such as the channels
+    /// of one recording, can keep one state per stream. Empty when the handler keeps none.
+    virtual QByteArray SaveInternalState() const { return QByteArray(); }
+    /// Returns to a state that SaveInternalState() gave for the current alphabet; an empty or
+    /// unknown value resets the state.
+    virtual void RestoreInternalState(QByteArray const& state) { ResetInternalState(); }
 };

@@ -21,6 +21,7 @@ std::vector<Command> const& commands();
 
 // One function per subcommand, each in its own <name>command.cpp.
 int runInspect(QStringList const& arguments);
+int runConvert(QStringList const& arguments);
 int runBursts(QStringList const& arguments);
 
 } // namespace zelkotool

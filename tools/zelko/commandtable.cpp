@@ -7,6 +7,8 @@ std::vector<Command> const& commands()
     static std::vector<Command> const table = {
         {QStringLiteral("inspect"), QStringLiteral("inspect RECORDING..."),
          QStringLiteral("list the frames of recordings and what the reader reports"), &runInspect},
+        {QStringLiteral("convert"), QStringLiteral("convert INPUT... -o DIR"),
+         QStringLiteral("convert recordings into result documents"), &runConvert},
         {QStringLiteral("bursts"), QStringLiteral("bursts RECORDING [--radio ID]"),
          QStringLiteral("estimate hop frequencies and channel grids of frequency hoppers"),
          &runBursts},

@@ -1,0 +1,64 @@
+#include "frameconversiondriver.h"
+
+#include "fileinfolist.h"
+#include "filereader.h"
+#include "moduletrace.h"
+#include "nerikresultmodel.h"
+#include "recordermodel.h"
+
+namespace zelkodatastreamconverter {
+
+namespace {
+// Progress is reported at most every this many bytes, so a caller's display stays cheap.
+constexpr qint64 ProgressStep = 4 << 20;
+} // namespace
+
+REPORTKIT::Results FrameConversionDriver::run(NerikResultModel& model, Steps const& steps,
+                                              QString const& inputPath,
+                                              QString const& outputDirectory,
+                                              JobSpec::Settings const& settings,
+                                              QString const& module, Progress const& progress)
+{
+    FileInfoList fileInfoList;
+    RecorderModel recorder(&fileInfoList);
+    FileReader reader(inputPath);
+    QByteArray frameType;
+    QByteArray frameData;
+
+    recorder.setDirectoryPath(outputDirectory);
+    recorder.setParameter(settings);
+    if (steps.prepareRecorder) {
+        steps.prepareRecorder(recorder);
+    }
+    if (steps.prepareModel) {
+        steps.prepareModel();
+    }
+    model.setParameter(settings);
+
+    qint64 const total = reader.getFile().size();
+    qint64 nextReport = ProgressStep;
+    while (reader.isWorking()) {
+        if (!reader.readFrame()) {
+            continue;
+        }
+        reader.takeFrameData(frameType, frameData);
+        if (!steps.processFrame(frameData)) {
+            ModuleTrace(module).warning(
+                QStringLiteral("convertFile(%1): invalid frame header").arg(inputPath), __LINE__);
+            break;
+        }
+        if (progress && reader.getPosition() >= nextReport) {
+            progress(reader.getPosition(), total);
+            nextReport = reader.getPosition() + ProgressStep;
+        }
+    }
+    if (progress) {
+        progress(total, total);
+    }
+
+    recorder.setCurrentTransmission(model.takeCurrentTransmission());
+    recorder.closeFile();
+    return fileInfoList.getResults();
+}
+
+} // namespace zelkodatastreamconverter
