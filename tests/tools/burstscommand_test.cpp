@@ -177,8 +177,8 @@ TEST_F(BurstsCommand, RadioOptionSelectsOneRadio)
     ASSERT_EQ(run.exitCode, 0) << qPrintable(run.err);
     EXPECT_TRUE(run.out.contains(QStringLiteral("\nradio 12\n")));
     EXPECT_FALSE(run.out.contains(QStringLiteral("radio 7")));
-    EXPECT_TRUE(run.out.contains(QStringLiteral("  1 radios")));
-    EXPECT_TRUE(run.out.contains(QStringLiteral("  bursts:          2048 in 1 segments")))
+    EXPECT_TRUE(run.out.contains(QStringLiteral("  1 radio\n")));
+    EXPECT_TRUE(run.out.contains(QStringLiteral("  bursts:          2048 in 1 segment,")))
         << qPrintable(run.out);
 }
 

@@ -61,7 +61,7 @@ void printRadio(QTextStream& out, unsigned int radioID, RadioBurstData const& da
 {
     out << "radio " << radioID << '\n';
     out << "  bursts:          " << data.bursts.size() << " in " << data.segmentCount()
-        << " segments";
+        << (data.segmentCount() == 1 ? " segment" : " segments");
     if (!data.segmentStartTimes.empty()) {
         out << ", time " << data.segmentStartTimes.front() << " .. "
             << data.segmentStopTimes.back();
@@ -230,7 +230,7 @@ int runBursts(QStringList const& arguments)
         }
         radios = {selectedRadio};
     }
-    out << "  " << radios.size() << " radios\n";
+    out << "  " << radios.size() << (radios.size() == 1 ? " radio\n" : " radios\n");
     for (unsigned int radioID : radios) {
         auto const result = converter.getFrequencySetForRadioID(radioID);
         out << '\n';
