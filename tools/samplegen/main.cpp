@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <alphabetkit/codechandler.h>
 #include <functional>
+#include <recordingwriter/hoppergenerator.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
 #include <vector>
@@ -150,6 +151,46 @@ void writeNavtex(RecordingWriter& out, QString const& alphabets)
     }
 }
 
+// Two frequency hoppers, interleaved frame by frame: radio 7 on a two-segment 25 kHz grid
+// (30-70 MHz region, 70 % of the channels used), radio 12 on a single 12.5 kHz grid.
+void writeHoppers(RecordingWriter& out)
+{
+    using namespace zelkorecording;
+    HopperRadio hopper;
+    hopper.radioID = 7;
+    HopperGridSegment lower;
+    lower.startFrequency = 41000000.0;
+    lower.channelSpacing = 25000.0;
+    lower.channelCount = 40;
+    lower.usedChannels = HopperGenerator::randomChannelUse(40, 0.7, 11);
+    HopperGridSegment upper = lower;
+    upper.startFrequency = 46000000.0;
+    upper.usedChannels = HopperGenerator::randomChannelUse(40, 0.7, 12);
+    hopper.segments = {lower, upper};
+    hopper.jitterHz = 500.0;
+    hopper.bandwidthHz = 16000.0;
+    hopper.bandwidthSpreadHz = 1000.0;
+
+    HopperRadio narrow;
+    narrow.radioID = 12;
+    HopperGridSegment band;
+    band.startFrequency = 51000000.0;
+    band.channelSpacing = 12500.0;
+    band.channelCount = 60;
+    band.usedChannels = HopperGenerator::randomChannelUse(60, 0.6, 13);
+    narrow.segments = {band};
+    narrow.jitterHz = 200.0;
+    narrow.bandwidthHz = 8000.0;
+
+    HopperScenario scenario;
+    scenario.radios = {hopper, narrow};
+    scenario.burstsPerFrame = 256;
+    scenario.startTime = TextStart;
+    scenario.seed = 2024;
+    HopperGenerator generator(scenario);
+    generator.writeFrames(out, 12);
+}
+
 bool writeSample(QDir const& directory, QString const& name,
                  std::function<void(RecordingWriter&)> const& content)
 {
@@ -190,6 +231,7 @@ int main(int argc, char* argv[])
     ok = writeSample(directory, QStringLiteral("teleprinter-two-channels.zdr"),
                      [&](RecordingWriter& out) { writeTeleprinterTwoChannels(out, alphabets); }) &&
          ok;
+    ok = writeSample(directory, QStringLiteral("hoppers.zdr"), writeHoppers) && ok;
     ok = writeSample(directory, QStringLiteral("navtex-ccir476.zdr"),
                      [&](RecordingWriter& out) { writeNavtex(out, alphabets); }) &&
          ok;

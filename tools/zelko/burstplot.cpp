@@ -1,8 +1,8 @@
 #include "burstplot.h"
 
-#include "outlinefont.h"
-
 #include <QDateTime>
+#include <QFont>
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
@@ -73,29 +73,35 @@ int decimalsFor(double step)
 class Labels
 {
 public:
-    Labels(QPainter& painter) : m_painter(painter)
-    {
-        m_regular.load(OutlineFont::defaultFontPath(false));
-        m_bold.load(OutlineFont::defaultFontPath(true));
-        if (!m_bold.isValid()) {
-            m_bold = m_regular;
-        }
-    }
-    // alignment: 0 left, 1 centre, 2 right of x.
+    explicit Labels(QPainter& painter) : m_painter(painter) {}
+    // alignment: 0 left, 1 centre, 2 right of x; y is the baseline.
     void text(QString const& text, double x, double y, double size, QColor const& colour,
               int alignment = 0, bool bold = false)
     {
-        OutlineFont const& font = bold ? m_bold : m_regular;
-        double const width = font.advance(text, size);
-        double const left = alignment == 0 ? x : alignment == 1 ? x - width / 2 : x - width;
-        m_painter.fillPath(font.textPath(text, size, QPointF(left, y)), colour);
+        QFont const font = fontOf(size, bold);
+        double const textWidth = QFontMetricsF(font).horizontalAdvance(text);
+        double const left = alignment == 0 ? x : alignment == 1 ? x - textWidth / 2 : x - textWidth;
+        m_painter.save();
+        m_painter.setFont(font);
+        m_painter.setPen(colour);
+        m_painter.drawText(QPointF(left, y), text);
+        m_painter.restore();
     }
-    double width(QString const& text, double size) const { return m_regular.advance(text, size); }
+    double width(QString const& text, double size) const
+    {
+        return QFontMetricsF(fontOf(size, false)).horizontalAdvance(text);
+    }
 
 private:
+    static QFont fontOf(double size, bool bold)
+    {
+        QFont font(QStringLiteral("DejaVu Sans"));
+        font.setPixelSize(std::max(1, int(std::lround(size))));
+        font.setBold(bold);
+        return font;
+    }
+
     QPainter& m_painter;
-    OutlineFont m_regular;
-    OutlineFont m_bold;
 };
 
 QString megahertz(double frequency, int decimals)

@@ -1,10 +1,21 @@
 #include "command.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTextStream>
 #include <cstdio>
 
 namespace {
+
+QtMessageHandler const defaultMessageHandler = qInstallMessageHandler(nullptr);
+
+// A headless run has no runtime directory; Qt's complaint about it is no news to the user.
+void dropPlatformNoise(QtMsgType type, QMessageLogContext const& context, QString const& message)
+{
+    if (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) {
+        return;
+    }
+    defaultMessageHandler(type, context, message);
+}
 
 void printOverview(QTextStream& out)
 {
@@ -23,7 +34,13 @@ void printOverview(QTextStream& out)
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication app(argc, argv);
+    // Plots are painted with fonts, which needs a GUI application; the tool never opens a
+    // window, so it runs on the offscreen platform unless told otherwise.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    qInstallMessageHandler(dropPlatformNoise);
+    QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("zelko"));
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();

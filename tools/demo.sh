@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# The demo of ./dev demo: converts the bundled sample recordings and shows what came out.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+zelko=${ZELKO:-build/bin/zelko}
+out=${ZELKO_DEMO_DIR:-build/demo}
+rm -rf "$out"
+mkdir -p "$out"
+
+echo "== The sample recordings"
+"$zelko" inspect --summary --trace 0 data/samples/*.zdr
+echo
+echo "== Converting the teleprinter sample (two RTTY channels, ITA2) and the NAVTEX sample"
+"$zelko" convert --trace 0 --quiet --alphabets data/alphabets -o "$out/teleprinter" \
+    --settings data/samples/teleprinter-job.xml data/samples/teleprinter-two-channels.zdr
+"$zelko" convert --trace 0 --quiet --alphabets data/alphabets -o "$out/navtex" \
+    --settings data/samples/navtex-job.xml data/samples/navtex-ccir476.zdr
+echo
+for document in "$out"/teleprinter/*.xml "$out"/navtex/*.xml; do
+    echo "== First lines of $document"
+    grep -v -e '<RawContent>' -e '&lt;' "$document" | head -n 24
+    echo "   ..."
+    echo
+done
+echo "== The translated text"
+for document in "$out"/teleprinter/*.xml "$out"/navtex/*.xml; do
+    sed -n '/<Content>/,/<\/Content>/p' "$document" | sed -e 's/<\/\{0,1\}Content>//g' -e 's/&#13;//g'
+done
+echo
+echo "== Frequency hoppers: hop-frequency set and channel grid of radio 7, with a plot"
+"$zelko" bursts data/samples/hoppers.zdr --radio 7 --plot "$out/radio7.png" | sed -n '1,40p'
