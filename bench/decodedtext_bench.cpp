@@ -1,0 +1,158 @@
+// Conversion speed of DecodedTextConverter over a decoded-text recording (default 256 MiB,
+// two ITA2 channels), beside reading the same file frame by frame as `zelko inspect` does,
+// in the same run. Also the peak resident memory of the conversion against the size of the
+// document it wrote.
+//
+//   build/bin/decodedtext_bench                    (256 MiB in $TMPDIR)
+//   ZELKO_BENCH_MB=32 build/bin/decodedtext_bench  (a quicker look)
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <diagnostics/errorhandler.h>
+#include <fstream>
+#include <jobspec/settings.h>
+#include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <recordingwriter/payloadbuilder.h>
+#include <recordingwriter/recordingwriter.h>
+#include <string>
+
+using zelkorecording::PayloadBuilder;
+using zelkorecording::RecordingWriter;
+
+namespace {
+
+constexpr int EntriesPerFrame = 512;
+
+qint64 recordingMegabytes()
+{
+    int const fromEnvironment = qEnvironmentVariableIntValue("ZELKO_BENCH_MB");
+    return fromEnvironment > 0 ? fromEnvironment : 256;
+}
+
+// ITA2 codes of a weather report with frequent figures shifts, on two channels.
+QByteArray framePayload(quint64 microseconds, int frameIndex)
+{
+    static quint16 const text[] = {31, 10, 21, 10, 21, 4,  14, 23, 4,  27, 23, 22, 1, 16,
+                                   4,  31, 3,  3,  29, 29, 4,  27, 16, 23, 22, 22, 8, 2};
+    PayloadBuilder payload;
+    payload.uint64(microseconds).word(0).int32(EntriesPerFrame);
+    for (int k = 0; k < EntriesPerFrame; ++k) {
+        payload.int32(1 + (k & 1)).halfWords(text[(frameIndex + k / 2) % 28], 0);
+    }
+    return payload.data();
+}
+
+qint64 writeRecording(QString const& path, qint64& characters)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        return -1;
+    }
+    RecordingWriter writer(&file);
+    qint64 const target = recordingMegabytes() << 20;
+    quint64 time = 1710496800ull * 1000000ull;
+    for (int frame = 0; writer.bytesWritten() < target; ++frame) {
+        writer.writeFrame(64, framePayload(time, frame));
+        characters += EntriesPerFrame;
+        time += 200000;
+    }
+    return writer.bytesWritten();
+}
+
+double secondsToRead(QString const& path)
+{
+    QElapsedTimer timer;
+    timer.start();
+    zelkodatastreamconverter::FileReader reader(path);
+    QByteArray type;
+    QByteArray frame;
+    while (reader.isWorking()) {
+        if (reader.readFrame()) {
+            reader.takeFrameData(type, frame);
+        }
+    }
+    return double(timer.nsecsElapsed()) / 1e9;
+}
+
+// Peak resident set size in kB since the last reset.
+long peakResidentKilobytes()
+{
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.rfind("VmHWM:", 0) == 0) {
+            return std::stol(line.substr(6));
+        }
+    }
+    return -1;
+}
+
+void resetPeakResident()
+{
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+} // namespace
+
+int main()
+{
+    ErrorHandler::Instance().setTraceLevelMask(0);
+    QTemporaryDir work;
+    QString const recording = work.filePath(QStringLiteral("text.zdr"));
+    qint64 characters = 0;
+    std::fprintf(stderr, "writing %s (%lld MiB)\n", qPrintable(recording), recordingMegabytes());
+    qint64 const bytes = writeRecording(recording, characters);
+    if (bytes <= 0) {
+        std::fprintf(stderr, "cannot write %s\n", qPrintable(recording));
+        return 1;
+    }
+    QString const ini = work.filePath(QStringLiteral("zelko.ini"));
+    {
+        QFile file(ini);
+        file.open(QIODevice::WriteOnly);
+        file.write("[JobManagement]\nMorseAlphabets=" ZELKO_SOURCE_DIR "/data/alphabets\n");
+    }
+    qputenv("ZELKO_CONFIG", QFile::encodeName(ini));
+
+    JobSpec::Settings settings;
+    settings.SetValidate(false);
+    JobSpec::Decoder decoder;
+    decoder.AppendValue(QStringLiteral("RTTY"));
+    settings.GetDemodulator_Settings().SetDecoder(decoder);
+    settings.GetDemodulator_Settings().SetAlphabet(QStringLiteral("International"));
+
+    double const readSeconds = secondsToRead(recording); // also warms the page cache
+    double const readAgain = secondsToRead(recording);
+    double const bestRead = std::min(readSeconds, readAgain);
+
+    long const residentBefore = peakResidentKilobytes();
+    resetPeakResident();
+    QElapsedTimer timer;
+    timer.start();
+    zelkodatastreamconverter::DecodedTextConverter converter;
+    REPORTKIT::Results const results = converter.convertFile(recording, work.path(), settings, 0);
+    double const convertSeconds = double(timer.nsecsElapsed()) / 1e9;
+    long const peak = peakResidentKilobytes();
+
+    qint64 documentBytes = 0;
+    for (auto const& text : results.GetText()) {
+        documentBytes += QFileInfo(text.GetURL()).size();
+    }
+    double const megabytes = double(bytes) / 1e6;
+    std::printf("recording              %10.1f MB, %lld characters\n", megabytes, characters);
+    std::printf("read frames (inspect)  %10.1f MB/s\n", megabytes / bestRead);
+    std::printf("convert                %10.1f MB/s, %.2f M characters/s\n",
+                megabytes / convertSeconds, double(characters) / convertSeconds / 1e6);
+    std::printf("ratio convert/read     %10.3f   (target 0.25)\n", bestRead / convertSeconds);
+    std::printf("result document        %10.1f MB\n", double(documentBytes) / 1e6);
+    std::printf("peak resident          %10.1f MB during the conversion (%.1f MB before), "
+                "%.2f x the document\n",
+                double(peak) / 1e3, double(residentBefore) / 1e3,
+                double(peak) * 1e3 / double(std::max<qint64>(documentBytes, 1)));
+    return results.GetText().empty() ? 1 : 0;
+}
