@@ -187,23 +187,21 @@ bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transm
     for (int i = blocks.size() - 1; i >= 0; --i) {
         DataBlock* const each = blocks[i];
         if (!each->GetRawContent().isEmpty() && m_handler) {
-            if (wholeContent) {
-                translateContent(each);
-            } else {
-                translateFrame(each);
-            }
+            translateWithChannelState(each, wholeContent ? 0 : each->GetRawFramePos());
         }
         each->EndFrame();
     }
     return true;
 }
 
-// This frame's characters of the block, continuing the channel's own shift state.
-void DecodedTextModel::translateFrame(DataBlock* block)
+// The block's raw content from rawFrom on, continuing the channel's own shift state. In
+// whole-content mode too: a host that hands in a fresh transmission for every frame gets each
+// channel's text continued from that channel's previous frame, not from another channel's.
+void DecodedTextModel::translateWithChannelState(DataBlock* block, int rawFrom)
 {
     int const channel = block->GetChannel();
     m_handler->RestoreInternalState(m_channelStates.value(channel));
-    translateContent(block, block->GetRawFramePos());
+    translateContent(block, rawFrom);
     m_channelStates.insert(channel, m_handler->SaveInternalState());
 }
 
@@ -226,8 +224,11 @@ DecodedTextModel::DataBlock* DecodedTextModel::createDataBlock(int channel,
                                                                QDateTime const& timeStamp)
 {
     DataBlock const* existing = getDataBlock(getCurrentTransmission(), channel);
-    auto* block = new DataBlock(channel, existing ? existing->GetContent().size() : 0,
-                                existing ? existing->GetRawContent().size() : 0);
+    // Positions count from the start of the channel's text, so a block that itself continues
+    // an earlier one is continued behind its own start, not behind its length alone.
+    auto* block = new DataBlock(
+        channel, existing ? existing->GetContentStart() + existing->GetContent().size() : 0,
+        existing ? existing->GetRawStart() + existing->GetRawContent().size() : 0);
     block->SetID(existing ? existing->GetID() : getNextID());
     block->SetTimeStamp(timeStamp);
     if (m_handler) {

@@ -68,7 +68,7 @@ public:
     void translateCurrentTransmission();
 
 private:
-    void translateFrame(DataBlock* block);
+    void translateWithChannelState(DataBlock* block, int rawFrom);
     void forgetChannelStates() { m_channelStates.clear(); }
     DataBlock* blockForChannel(Transmission* transmission, int channel, QDateTime const& time,
                                DataBlock* previous);
