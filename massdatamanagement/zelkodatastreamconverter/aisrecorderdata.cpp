@@ -3,6 +3,7 @@
 #include "moduletrace.h"
 #include "nerikresultmodel.h"
 
+#include <QSet>
 #include <nerikresultdataxml/info.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/pdudatablock.h>
@@ -60,13 +61,23 @@ bool AISRecorderData::saveFile(NerikResultModel const& source)
 {
     QFile* const file = m_file.getFile();
     if (!file) {
+        // No file could be created (the reason is traced by the file): a failed save, so the
+        // changes are not tried again before the station reports anew.
+        m_file.resetPendingChanges();
         return false;
     }
     NerikResultDataXml::NerikResultData document;
     auto* transmission = new NerikResultDataXml::Transmission();
     document.AddTransmission(transmission);
     QDateTime first;
+    // A block ID that was filed twice (the same unit sent again in a later transmission)
+    // names the same newest block; it is written once.
+    QSet<int> written;
     for (int const id : m_blockIds) {
+        if (written.contains(id)) {
+            continue;
+        }
+        written.insert(id);
         if (NerikResultDataXml::PDUDataBlock const* block = source.getPDUDataBlock(id)) {
             transmission->AddPDUDataBlock(new NerikResultDataXml::PDUDataBlock(*block));
             if (!first.isValid() || block->GetTimeStamp() < first) {

@@ -3,6 +3,7 @@
 #include "clock.h"
 #include "moduletrace.h"
 
+#include <algorithm>
 #include <cstring>
 #include <jobspec/antennasettings.h>
 #include <jobspec/demodulatorsettings.h>
@@ -131,16 +132,32 @@ QString RecorderModel::getFileCode() const
 
 QString RecorderModel::getFileName() const
 {
+    // A file counts as open while its file object exists: between writes the result files are
+    // closed for reopening, and they are still the files of this recorder.
     QStringList names;
-    if (QFile const* file = m_xmlFile.getOpenFile(); file && file->isOpen()) {
-        names << file->fileName();
+    if (m_xmlFile.isOpen()) {
+        names << m_xmlFile.getOpenFile()->fileName();
     }
-    for (auto const& entry : m_stations) {
-        if (QFile const* file = entry.second->getFile().getOpenFile(); file && file->isOpen()) {
-            names << file->fileName();
+    for (AISRecorderData const* station : stationsByMMSI()) {
+        if (station->getFile().isOpen()) {
+            names << station->getFile().getOpenFile()->fileName();
         }
     }
     return names.join(QLatin1Char('\n'));
+}
+
+std::vector<AISRecorderData*> RecorderModel::stationsByMMSI() const
+{
+    std::vector<AISRecorderData*> stations;
+    stations.reserve(m_stations.size());
+    for (auto const& entry : m_stations) {
+        stations.push_back(entry.second.get());
+    }
+    std::sort(stations.begin(), stations.end(),
+              [](AISRecorderData const* a, AISRecorderData const* b) {
+                  return a->getMMSI() < b->getMMSI();
+              });
+    return stations;
 }
 
 void RecorderModel::setCurrentTransmission(Transmission* transmission)
@@ -232,13 +249,13 @@ void RecorderModel::saveExpiredPendingChanges(QDateTime const& now)
             continue;
         }
         if (station.getFile().hasExpiredPendingChanges(now)) {
+            station.saveFile(*this);
+            // Traced after the write, so that the first write names the file it created.
+            QFile const* const file = station.getFile().getOpenFile();
             moduleTrace().info(QStringLiteral("AISRecorderData::saveFile %1 file %2")
                                    .arg(station.getMMSI())
-                                   .arg(station.getFile().getOpenFile()
-                                            ? station.getFile().getOpenFile()->fileName()
-                                            : QString()),
+                                   .arg(file ? file->fileName() : QString()),
                                __LINE__);
-            station.saveFile(*this);
         }
         ++it;
     }
@@ -246,21 +263,23 @@ void RecorderModel::saveExpiredPendingChanges(QDateTime const& now)
 }
 
 // Writes the whole document into the result file and leaves the file closed for reopening:
-// the next write starts again from an empty file.
+// the next write starts again from an empty file. A write that cannot happen (no file could
+// be created) counts as a failed save: the changes are no longer pending, so a directory that
+// refuses files is not tried again at every poll, only after the next change.
 void RecorderModel::writeResultFile()
 {
     if (QFile* const file = m_xmlFile.getFile()) {
         saveFile(*file);
-        m_xmlFile.resetPendingChanges();
         m_xmlFile.closeFile(true);
     }
+    m_xmlFile.resetPendingChanges();
 }
 
 void RecorderModel::saveFile()
 {
     writeResultFile();
-    for (auto const& entry : m_stations) {
-        entry.second->saveFile(*this);
+    for (AISRecorderData* station : stationsByMMSI()) {
+        station->saveFile(*this);
     }
 }
 
@@ -282,9 +301,10 @@ bool RecorderModel::saveFile(QFile& file)
 
 void RecorderModel::closeStations()
 {
-    for (auto const& entry : m_stations) {
-        moduleTrace().info(QStringLiteral("AISRecorderData::close %1").arg(entry.first), __LINE__);
-        entry.second->close(*this);
+    for (AISRecorderData* station : stationsByMMSI()) {
+        moduleTrace().info(QStringLiteral("AISRecorderData::close %1").arg(station->getMMSI()),
+                           __LINE__);
+        station->close(*this);
     }
     m_stations.clear();
 }

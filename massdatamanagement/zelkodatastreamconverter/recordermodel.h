@@ -6,6 +6,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/xmlfile.h>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 namespace JobSpec {
 class Demodulator_Settings;
@@ -46,7 +47,9 @@ public:
     QString getDirectoryPath() const;
     void setFileCode(QString const& code);
     QString getFileCode() const;
-    /// The names of the open result files, one per line; empty when none is open.
+    /// The names (paths) of the recorder's files, one per line: the result file while it
+    /// has a file object (open, or closed between writes), then the station files in
+    /// ascending MMSI order. Empty when there is none.
     QString getFileName() const;
 
     void setCurrentTransmission(Transmission* transmission) override;
@@ -89,6 +92,9 @@ private:
     bool saveFile(QFile& file);
     void writeResultFile();
     void closeStations();
+    // The station entries in ascending MMSI order, so that files are listed, written and
+    // reported in the same order in every run.
+    std::vector<AISRecorderData*> stationsByMMSI() const;
 
     std::unique_ptr<REPORTKIT::Tuner_Settings> m_tunerSettings;
     std::unique_ptr<JobSpec::Demodulator_Settings> m_demodulatorSettings;
