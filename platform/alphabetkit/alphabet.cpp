@@ -340,6 +340,17 @@ private:
     bool m_ended = false;
 };
 
+int Alphabet::longestOutput() const
+{
+    int longest = qMax(1, m_unknown.size());
+    for (Table const& table : m_tables) {
+        for (CodeEntry const& entry : table.entries) {
+            longest = qMax(longest, entry.text.size());
+        }
+    }
+    return longest;
+}
+
 CodeEntry const& Alphabet::entry(int table, unsigned code) const
 {
     static CodeEntry const unassigned;

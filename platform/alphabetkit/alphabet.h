@@ -70,6 +70,10 @@ public:
 
     /// The entry of a code in a table; codes of `width` bits or more are Unassigned.
     CodeEntry const& entry(int table, unsigned code) const;
+    /// All entries of a table, indexed by code (codes past the end are Unassigned).
+    QVector<CodeEntry> const& entries(int table) const { return m_tables[table].entries; }
+    /// The most characters one code can print (the unknown text included).
+    int longestOutput() const;
 
     /// True when the decoder name is listed (compared ignoring case) or "*" is listed.
     bool offeredBy(QString const& decoder) const;

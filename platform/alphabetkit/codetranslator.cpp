@@ -1,9 +1,12 @@
 #include "codetranslator.h"
 
+#include <algorithm>
+
 namespace AlphabetKit {
 
 CodeTranslator::CodeTranslator(AlphabetPtr alphabet)
-    : m_alphabet(alphabet ? std::move(alphabet) : Alphabet::none())
+    : m_alphabet(alphabet ? std::move(alphabet) : Alphabet::none()),
+      m_longestOutput(m_alphabet->longestOutput())
 {
     reset();
 }
@@ -24,11 +27,39 @@ void CodeTranslator::setCurrentTable(int table)
 
 QString CodeTranslator::translate(QString const& codes)
 {
-    QString out;
-    out.reserve(codes.size());
+    // Written straight into a buffer that holds the longest possible text: decoded-text
+    // conversions translate every received character through here.
+    QString out(codes.size() * m_longestOutput, Qt::Uninitialized);
+    QChar* const begin = out.data();
+    QChar* at = begin;
+    QVector<CodeEntry> const* entries = &m_alphabet->entries(m_table);
+    QString const& unknown = m_alphabet->unknownText();
     for (QChar const unit : codes) {
-        translate(unit.unicode(), out);
+        unsigned const code = unit.unicode();
+        if (code >= unsigned(entries->size())) {
+            at = std::copy(unknown.begin(), unknown.end(), at);
+            continue;
+        }
+        CodeEntry const& entry = (*entries)[int(code)];
+        switch (entry.kind) {
+        case CodeEntry::Text:
+            at = std::copy(entry.text.begin(), entry.text.end(), at);
+            break;
+        case CodeEntry::Same:
+            *at++ = unit;
+            break;
+        case CodeEntry::Shift:
+            m_table = entry.shift;
+            entries = &m_alphabet->entries(m_table);
+            break;
+        case CodeEntry::Nothing:
+            break;
+        case CodeEntry::Unassigned:
+            at = std::copy(unknown.begin(), unknown.end(), at);
+            break;
+        }
     }
+    out.truncate(int(at - begin));
     return out;
 }
 

@@ -40,6 +40,7 @@ private:
     int shiftCode(int from, int to) const;
 
     AlphabetPtr m_alphabet;
+    int m_longestOutput = 1;
     int m_table = 0;
     mutable QHash<QString, QVector<Place>> m_reverse;
     mutable int m_longestText = 0;

@@ -157,8 +157,7 @@ void DataBlock::WriteXml(QXmlStreamWriter& writer) const
     }
     XmlText::writeTextElement(writer, QStringLiteral("Content"), m_content);
     if (!m_rawContent.isEmpty()) {
-        writer.writeTextElement(QStringLiteral("RawContent"),
-                                QString::fromLatin1(XmlText::toBase64(m_rawContent)));
+        XmlText::writeBase64Element(writer, QStringLiteral("RawContent"), m_rawContent);
     }
     for (UserData const* item : m_userData) {
         item->WriteXml(writer);

@@ -34,8 +34,7 @@ void Payload::WriteXml(QXmlStreamWriter& writer) const
         writer.writeStartElement(QStringLiteral("Data"));
         writer.writeAttribute(QStringLiteral("elements"), QString::number(m_elements));
         writer.writeAttribute(QStringLiteral("bits"), QString::number(m_bits));
-        writer.writeCharacters(QString::fromLatin1(m_data.toBase64()));
-        writer.writeEndElement();
+        XmlText::writeTextAndEnd(writer, QString::fromLatin1(m_data.toBase64()));
     }
     writer.writeEndElement();
 }

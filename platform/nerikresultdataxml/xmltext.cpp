@@ -3,6 +3,7 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 #include <QtEndian>
+#include <array>
 #include <reportkit/xmlreading.h>
 
 namespace NerikResultDataXml {
@@ -73,6 +74,20 @@ namespace {
 // Length of the escape of u: <c u="HHHH"/>.
 int const escapeLength = 13;
 
+// What escaping adds to a code unit below 0x40: markup, the carriage return (kept as a
+// character reference, which parsers do not normalise away) and other controls.
+std::array<unsigned char, 0x40> const lowExtra = [] {
+    std::array<unsigned char, 0x40> table{};
+    for (int u = 0; u < 0x20; ++u) {
+        table[size_t(u)] = escapeLength - 1;
+    }
+    table[0x09] = table[0x0A] = 0;
+    table[0x0D] = 4; // &#13;
+    table['<'] = table['>'] = 3;
+    table['&'] = 4;
+    return table;
+}();
+
 // Writes the escaped form of units[0, size) to out, which has room for it.
 QChar* escapeInto(ushort const* units, int size, QChar* out)
 {
@@ -84,7 +99,7 @@ QChar* escapeInto(ushort const* units, int size, QChar* out)
     };
     for (int i = 0; i < size; ++i) {
         ushort const u = units[i];
-        if (u >= 0x40 && u < 0xD800) { // no markup among these
+        if (u < 0xD800 && (u >= 0x40 || lowExtra[u] == 0)) { // nothing to escape
             *out++ = QChar(u);
             continue;
         }
@@ -125,30 +140,18 @@ void XmlText::writeEscaped(QXmlStreamWriter& writer, QString const& text)
 {
     ushort const* units = text.utf16();
     int const size = text.size();
-    // Count what escaping adds; most texts need little or nothing.
+    // Count what escaping adds; most texts need little or nothing. Below 0x40 a table says
+    // it at once (markup, carriage return, other controls); surrogates and the two
+    // non-characters at the top need a closer look.
     qint64 extra = 0;
     for (int i = 0; i < size; ++i) {
         ushort const u = units[i];
-        if (u >= 0x40 && u < 0xD800) {
-            continue;
-        }
-        if (u == '<' || u == '>') {
-            extra += 3;
-            continue;
-        }
-        if (u == '&') {
-            extra += 4;
-            continue;
-        }
-        switch (classify(units, size, i)) {
-        case Unit::Plain:
-            break;
-        case Unit::CarriageReturn:
-            extra += 4;
-            break;
-        case Unit::Escape:
-            extra += escapeLength - 1;
-            break;
+        if (u < 0x40) {
+            extra += lowExtra[u];
+        } else if (u >= 0xD800) {
+            if (classify(units, size, i) == Unit::Escape) {
+                extra += escapeLength - 1;
+            }
         }
     }
     if (size == 0) {
@@ -254,6 +257,49 @@ bool XmlText::readTextAttribute(QXmlStreamReader& reader, REPORTKIT::XmlReading&
         return in.fail(QStringLiteral("%1 is not base64 of UTF-16 code units").arg(encodedName));
     }
     return true;
+}
+
+void XmlText::writeBase64Element(QXmlStreamWriter& writer, QString const& name, QString const& text)
+{
+    // Three bytes (one and a half code units) become four characters, written straight
+    // into the text that goes to the writer.
+    static char const alphabet[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    QByteArray const bytes = [&text] {
+        QByteArray little(text.size() * 2, Qt::Uninitialized);
+        uchar* out = reinterpret_cast<uchar*>(little.data());
+        ushort const* units = text.utf16();
+        for (int i = 0; i < text.size(); ++i) {
+            qToLittleEndian<quint16>(units[i], out + 2 * i);
+        }
+        return little;
+    }();
+    int const size = bytes.size();
+    QString encoded((size + 2) / 3 * 4, Qt::Uninitialized);
+    QChar* out = encoded.data();
+    uchar const* in = reinterpret_cast<uchar const*>(bytes.constData());
+    int i = 0;
+    for (; i + 3 <= size; i += 3) {
+        unsigned const triple = unsigned(in[i]) << 16 | unsigned(in[i + 1]) << 8 | in[i + 2];
+        *out++ = QLatin1Char(alphabet[triple >> 18]);
+        *out++ = QLatin1Char(alphabet[(triple >> 12) & 63]);
+        *out++ = QLatin1Char(alphabet[(triple >> 6) & 63]);
+        *out++ = QLatin1Char(alphabet[triple & 63]);
+    }
+    if (i < size) {
+        unsigned const triple =
+            unsigned(in[i]) << 16 | (i + 1 < size ? unsigned(in[i + 1]) << 8 : 0u);
+        *out++ = QLatin1Char(alphabet[triple >> 18]);
+        *out++ = QLatin1Char(alphabet[(triple >> 12) & 63]);
+        *out++ = i + 1 < size ? QLatin1Char(alphabet[(triple >> 6) & 63]) : QLatin1Char('=');
+        *out++ = QLatin1Char('=');
+    }
+    writer.writeStartElement(name);
+    bool const formatting = writer.autoFormatting();
+    writer.setAutoFormatting(false);
+    writer.writeDTD(encoded);
+    writer.writeEndElement();
+    writer.setAutoFormatting(formatting);
 }
 
 QByteArray XmlText::toBase64(QString const& text)

@@ -48,6 +48,11 @@ public:
     /// off (writeTextAndEnd() sees to that).
     static void writeEscaped(QXmlStreamWriter& writer, QString const& text);
 
+    /// Writes an element whose text is base64 of the UTF-16LE code units of text. The
+    /// base64 alphabet needs no escaping, so it goes out verbatim without a second look.
+    static void writeBase64Element(QXmlStreamWriter& writer, QString const& name,
+                                   QString const& text);
+
     /// base64 of the UTF-16LE code units of text, and back (false for bad input).
     static QByteArray toBase64(QString const& text);
     static bool fromBase64(QByteArray const& base64, QString& text);
