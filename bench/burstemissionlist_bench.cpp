@@ -8,6 +8,8 @@
 //
 //   build/bin/burstemissionlist_bench
 
+#include "ratioreporter.h"
+
 #include <atomic>
 #include <benchmark/benchmark.h>
 #include <cstdio>
@@ -207,36 +209,14 @@ BENCHMARK(BM_FrequencySetResolution)
     ->Arg(5)
     ->Unit(benchmark::kMillisecond);
 
-// Keeps the CPU seconds per iteration and the counters of every run for the summary.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(std::vector<Run> const& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (Run const& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred && run.iterations > 0) {
-                // CPU time: the machine is shared, so wall time says more about the
-                // neighbours than about this code.
-                seconds[run.benchmark_name()] = run.cpu_accumulated_time / double(run.iterations);
-                for (auto const& counter : run.counters) {
-                    counters[run.benchmark_name() + ":" + counter.first] = counter.second.value;
-                }
-            }
-        }
-    }
-    std::map<std::string, double> seconds;
-    std::map<std::string, double> counters;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    zelkobench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    auto const& s = reporter.seconds;
+    auto const& s = reporter.cpuSeconds; // CPU time: the machine is shared
     auto has = [&](char const* name) { return s.count(name) > 0; };
     std::printf("\nSummary (same run)\n");
     if (has("BM_ProcessFrame") && has("BM_CopyRecordsBaseline")) {
@@ -253,12 +233,12 @@ int main(int argc, char** argv)
         std::string const set = "BM_FrequencySet/" + std::to_string(segments);
         std::string const sort = "BM_SortFrequenciesBaseline/" + std::to_string(segments);
         if (s.count(set) && s.count(sort)) {
-            std::printf(
-                "  frequency set, %2d segments (%6d bursts) %8.3f ms   sorted frequencies alone %8.3f ms   "
-                "ratio %.2f   vs 1 segment %.2f\n",
-                segments, segments * BurstsPerFrame, 1e3 * s.at(set), 1e3 * s.at(sort),
-                s.at(set) / s.at(sort),
-                s.count("BM_FrequencySet/1") ? s.at(set) / s.at("BM_FrequencySet/1") : 0.0);
+            std::printf("  frequency set, %2d segments (%6d bursts) %8.3f ms   sorted frequencies "
+                        "alone %8.3f ms   "
+                        "ratio %.2f   vs 1 segment %.2f\n",
+                        segments, segments * BurstsPerFrame, 1e3 * s.at(set), 1e3 * s.at(sort),
+                        s.at(set) / s.at(sort),
+                        s.count("BM_FrequencySet/1") ? s.at(set) / s.at("BM_FrequencySet/1") : 0.0);
         }
     }
     for (int resolution : {0, 50, 20, 10, 5}) {

@@ -4,21 +4,18 @@
 //   build/bin/framereader_bench                 (512 MiB recordings in $TMPDIR)
 //   ZELKO_BENCH_MB=64 build/bin/framereader_bench   (a quicker look)
 
-#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
-
-#include <diagnostics/errorhandler.h>
-#include <recordingwriter/recordingwriter.h>
-
-#include <benchmark/benchmark.h>
+#include "ratioreporter.h"
 
 #include <QDir>
 #include <QFile>
-
-#include <fcntl.h>
-#include <unistd.h>
-
+#include <benchmark/benchmark.h>
 #include <cstdio>
+#include <diagnostics/errorhandler.h>
+#include <fcntl.h>
 #include <map>
+#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <recordingwriter/recordingwriter.h>
+#include <unistd.h>
 #include <vector>
 
 using zelkorecording::ByteOrder;
@@ -108,23 +105,6 @@ void fileReader(benchmark::State& state, Recording const* recording)
     state.SetItemsProcessed(state.iterations() * recording->frames);
 }
 
-// Keeps the seconds per iteration of every run, to print the ratios at the end.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(std::vector<Run> const& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (Run const& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                seconds[run.benchmark_name()] =
-                    run.real_accumulated_time / double(run.iterations);
-            }
-        }
-    }
-    std::map<std::string, double> seconds;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -159,22 +139,21 @@ int main(int argc, char** argv)
             ->MinTime(1.0)
             ->UseRealTime();
     }
-    RatioReporter reporter;
+    zelkobench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
     std::printf("\n%-14s %12s %12s %14s %8s %8s\n", "recording", "read() MB/s", "reader MB/s",
                 "frames/s", "ratio", "target");
     for (Recording const& recording : recordings) {
         std::string const label = recording.label.toStdString();
-        double const plain = reporter.seconds["plain_read/" + label + "/min_time:1.000/real_time"];
-        double const reader = reporter.seconds["FileReader/" + label + "/min_time:1.000/real_time"];
+        double const plain = reporter.find("plain_read/" + label + "/");
+        double const reader = reporter.find("FileReader/" + label + "/");
         if (plain <= 0 || reader <= 0) {
             continue;
         }
         double const megabytes = double(recording.fileBytes) / 1e6;
-        double const target = recording.frameBytes == 4096
-                                  ? (recording.order == ByteOrder::Host ? 0.7 : 0.5)
-                                  : 0.0;
+        double const target =
+            recording.frameBytes == 4096 ? (recording.order == ByteOrder::Host ? 0.7 : 0.5) : 0.0;
         std::printf("%-14s %12.0f %12.0f %14.0f %8.2f %8s\n", label.c_str(), megabytes / plain,
                     megabytes / reader, double(recording.frames) / reader, plain / reader,
                     target > 0 ? QByteArray::number(target).constData() : "-");

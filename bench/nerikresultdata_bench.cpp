@@ -7,6 +7,8 @@
 //   build/bin/nerikresultdata_bench
 //   ZELKO_BENCH_MB=20 build/bin/nerikresultdata_bench   (a quicker look)
 
+#include "ratioreporter.h"
+
 #include <QDir>
 #include <QFile>
 #include <QXmlStreamReader>
@@ -167,30 +169,6 @@ void loadFile(benchmark::State& state, Workload const* workload)
     state.SetBytesProcessed(state.iterations() * workload->contentBytes);
 }
 
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(std::vector<Run> const& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (Run const& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                seconds[run.benchmark_name()] = run.real_accumulated_time / double(run.iterations);
-            }
-        }
-    }
-    double find(std::string const& prefix) const
-    {
-        for (auto const& entry : seconds) {
-            if (entry.first.rfind(prefix, 0) == 0) {
-                return entry.second;
-            }
-        }
-        return 0.0;
-    }
-    std::map<std::string, double> seconds;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -218,7 +196,7 @@ int main(int argc, char** argv)
                 ->UseRealTime();
         }
     }
-    RatioReporter reporter;
+    zelkobench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
     std::printf("\n%-6s %14s %14s %7s %7s %14s %14s %7s\n", "text", "bare write MB/s",

@@ -6,6 +6,8 @@
 //   build/bin/outputfiles_bench                    (64 MiB per file in $TMPDIR)
 //   ZELKO_BENCH_MB=256 build/bin/outputfiles_bench
 
+#include "ratioreporter.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -97,24 +99,6 @@ void binaryFile(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * total);
 }
 
-// Keeps the seconds per iteration of every run and prints the ratios at the end.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(std::vector<Run> const& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (Run const& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                realTime[run.benchmark_name()] = run.GetAdjustedRealTime();
-                cpuTime[run.benchmark_name()] = run.GetAdjustedCPUTime();
-            }
-        }
-    }
-    std::map<std::string, double> realTime;
-    std::map<std::string, double> cpuTime;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -131,22 +115,21 @@ int main(int argc, char** argv)
     benchmark::RegisterBenchmark("BinaryFile_saveToFile", binaryFile)
         ->Unit(benchmark::kMillisecond);
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    zelkobench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
     // Writing into the page cache is work of this process (user and system time), so the CPU
     // figures are the steady ones on a shared machine; the wall-clock ratio is printed too.
     double const mb = double(fileBytes()) / (1 << 20);
-    double const ours = reporter.cpuTime["BinaryFile_saveToFile"];
+    double const ours = reporter.cpuSeconds["BinaryFile_saveToFile"];
     for (char const* baseline : {"plain_QFile_unbuffered", "plain_QFile_buffered"}) {
-        double const theirs = reporter.cpuTime[baseline];
-        double const theirsReal = reporter.realTime[baseline];
-        double const oursReal = reporter.realTime["BinaryFile_saveToFile"];
+        double const theirs = reporter.cpuSeconds[baseline];
+        double const theirsReal = reporter.seconds[baseline];
+        double const oursReal = reporter.seconds["BinaryFile_saveToFile"];
         if (ours > 0 && theirs > 0 && oursReal > 0) {
             std::printf("BinaryFile::saveToFile %.0f MiB/s vs %s %.0f MiB/s (CPU time): "
                         "ratio %.2f (target >= 0.90); wall-clock ratio %.2f\n",
-                        mb / ours * 1e3, baseline, mb / theirs * 1e3, theirs / ours,
-                        theirsReal / oursReal);
+                        mb / ours, baseline, mb / theirs, theirs / ours, theirsReal / oursReal);
         }
     }
     benchmark::Shutdown();
