@@ -8,6 +8,7 @@
 #include <cstring>
 #include <diagnostics/errorhandler.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <unistd.h>
 
 namespace zelkotool {
 
@@ -16,7 +17,17 @@ namespace {
 struct InspectOptions
 {
     bool listFrames = true;
+    bool showProgress = false;
 };
+
+// A progress line on stderr for long recordings, rewritten in place.
+void showProgress(qint64 position, qint64 size, bool last)
+{
+    QTextStream(stderr) << QStringLiteral("\r  %1 of %2 MB read")
+                               .arg(double(position) / 1e6, 0, 'f', 0)
+                               .arg(double(size) / 1e6, 0, 'f', 0)
+                        << (last ? "\n" : "");
+}
 
 quint32 frameLengthWords(QByteArray const& frame)
 {
@@ -50,9 +61,16 @@ bool inspectFile(QString const& path, InspectOptions const& options, QTextStream
     qint64 frameBytes = 0;
     QByteArray frameType;
     QByteArray frame;
+    qint64 const size = reader.getFile().size();
+    constexpr qint64 progressStep = 64 << 20;
+    qint64 nextProgress = progressStep;
     while (reader.isWorking()) {
         if (!reader.readFrame()) {
             continue;
+        }
+        if (options.showProgress && reader.getPosition() >= nextProgress) {
+            showProgress(reader.getPosition(), size, false);
+            nextProgress = reader.getPosition() + progressStep;
         }
         bool const swapped = reader.convertByteOrder();
         reader.takeFrameData(frameType, frame);
@@ -68,6 +86,9 @@ bool inspectFile(QString const& path, InspectOptions const& options, QTextStream
                 << QString::number(frameLengthWords(frame)).rightJustified(10) << "  "
                 << (swapped ? "swapped" : "host") << '\n';
         }
+    }
+    if (options.showProgress && nextProgress > progressStep) {
+        showProgress(size, size, true);
     }
     out << "  " << frames << " frames, " << frameBytes << " bytes in frames\n";
     for (auto it = countPerType.cbegin(); it != countPerType.cend(); ++it) {
@@ -122,6 +143,8 @@ int runInspect(QStringList const& arguments)
         });
     InspectOptions options;
     options.listFrames = !parser.isSet(summaryOnly);
+    // With the listing on the terminal the listing itself shows progress.
+    options.showProgress = !options.listFrames && ::isatty(STDERR_FILENO) == 1;
     bool allOpened = true;
     for (QString const& file : files) {
         allOpened = inspectFile(file, options, out) && allOpened;
