@@ -143,21 +143,25 @@ TEST_F(DecodedTextConverterTest, ForeignFrameEndsTheConversionOnce)
     {
         char const* name;
         QList<QByteArray> frames;
-        QString one; // content of channel 1, or the marker of an empty document
+        QString one;       // content of channel 1, or the marker of an empty document
+        qint64 stopMs = 0; // stop time after the base time: the last frame read
     };
     std::vector<Row> const rows = {
         {"PDU frame",
          {first, second, RecordingWriter::frameBytes(368, QByteArray(16, 'x')), after},
-         "ASE"},
+         "ASE",
+         1000},
         {"burst list",
          {first, second, RecordingWriter::frameBytes(336, QByteArray(8, 0)), after},
-         "ASE"},
+         "ASE",
+         1000},
         {"header-only text frame",
          {first, RecordingWriter::headerBytes(0xFB746572u, 6, 64), after},
          "AS"},
         {"text frame cut before its count",
          {first, second, RecordingWriter::frameBytes(64, QByteArray(8, 0)), after, after},
-         "ASE"},
+         "ASE",
+         1000},
         {"foreign frame first",
          {RecordingWriter::frameBytes(368, QByteArray(4, 0)), first},
          "<none>"},
@@ -189,8 +193,7 @@ TEST_F(DecodedTextConverterTest, ForeignFrameEndsTheConversionOnce)
         ASSERT_EQ(loadDocument(result.xml, document), QString());
         EXPECT_EQ(contentOf(document, 1), row.one);
         EXPECT_EQ(document.GetTransmission().back()->GetStopTime(),
-                  QDateTime::fromMSecsSinceEpoch(
-                      qint64(BaseTime / 1000) + (row.one.size() == 3 ? 1000 : 0), Qt::UTC));
+                  QDateTime::fromMSecsSinceEpoch(qint64(BaseTime / 1000) + row.stopMs, Qt::UTC));
         EXPECT_EQ(result.results.GetText().size(), 1u);
     }
 }

@@ -1,7 +1,8 @@
 // Damaged text recordings: the samples with bytes flipped, inserted, deleted and cut off,
 // from a fixed seed. Every conversion ends, and what it writes is a well-formed document that
-// the results list. Inputs that once broke the converter are kept in
-// tests/data/decodedtext/regressions and converted again here.
+// the results list. An input that ever breaks a conversion is kept in
+// tests/data/decodedtext/regressions under a name that says what broke, and converted again
+// here.
 
 #include "decodedtexttesting.h"
 
@@ -130,6 +131,26 @@ TEST(DecodedTextMutation, DamagedSamplesConvertWithoutHarm)
     QFile::remove(LastInputPath);
     // Most damage leaves frames to convert: the check above has looked at documents.
     EXPECT_GT(written, RoundsPerSample);
+}
+
+TEST(DecodedTextMutation, RegressionInputs)
+{
+    zelkodatastreamconverter::Clock::Override const clock(
+        QDateTime(QDate(2026, 2, 1), QTime(3, 4, 5), Qt::LocalTime));
+    zelkotest::TraceCapture const quiet(0x20);
+    QStringList const inputs =
+        QDir(RegressionDirectory).entryList({QStringLiteral("*.zdr")}, QDir::Files, QDir::Name);
+    if (inputs.isEmpty()) {
+        GTEST_SKIP() << "no damaged recording has broken a conversion yet";
+    }
+    QTemporaryDir directory;
+    ASSERT_TRUE(directory.isValid());
+    for (QString const& name : inputs) {
+        QString const out = directory.filePath(name);
+        ASSERT_TRUE(QDir().mkpath(out));
+        EXPECT_EQ(convertAndCheck(QDir(RegressionDirectory).filePath(name), out, true), QString())
+            << name;
+    }
 }
 
 } // namespace
