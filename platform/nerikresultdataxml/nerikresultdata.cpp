@@ -50,6 +50,9 @@ void NerikResultData::AddTransmission(Transmission* transmission)
 {
     if (transmission) {
         m_transmissions.append(transmission);
+        // A transmission made in another document brings that document's block IDs; new IDs
+        // must not repeat them.
+        m_nextId = std::max(m_nextId, highestId(QList<Transmission*>{transmission}) + 1);
     }
 }
 

@@ -31,7 +31,8 @@ public:
     NerikResultData& operator=(NerikResultData const&) = delete;
     ~NerikResultData() override;
 
-    /// Appends a transmission; the document takes ownership.
+    /// Appends a transmission; the document takes ownership. The ID counter moves past the
+    /// IDs the transmission already holds, so that later blocks get IDs of their own.
     void AddTransmission(Transmission* transmission);
     /// The transmissions in insertion order. A caller that removes a pointer from the list
     /// takes over its ownership.
