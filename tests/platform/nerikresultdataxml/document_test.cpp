@@ -413,3 +413,26 @@ TEST(NerikResultData, IdsStayUniqueAcrossTransmissionsClearAndReload)
     EXPECT_TRUE(document.GetTransmission().isEmpty());
     EXPECT_EQ(document.GetNextID(), 13) << "Clear keeps the counter";
 }
+
+TEST(NerikResultData, TakingOverATransmissionMovesTheCounterPastItsIds)
+{
+    // A transmission filled in another document, with a nested PDU block of the highest ID.
+    auto* transmission = new Transmission;
+    auto* block = new DataBlock(1);
+    block->SetID(4);
+    transmission->AddDataBlock(block);
+    auto* parent = new PDUDataBlock;
+    parent->SetID(2);
+    auto* child = new PDUDataBlock;
+    child->SetID(9);
+    parent->AddPDUDataBlock(child);
+    transmission->AddPDUDataBlock(parent);
+
+    NerikResultData document;
+    EXPECT_EQ(document.PeekNextID(), 1);
+    document.AddTransmission(transmission);
+    EXPECT_EQ(document.GetNextID(), 10);
+    document.AddTransmission(new Transmission);
+    EXPECT_EQ(document.GetNextID(), 11) << "an empty transmission leaves the counter alone";
+    EXPECT_TRUE(document.GetXmlString().contains(QLatin1String("nextId=\"12\"")));
+}
