@@ -175,13 +175,32 @@ bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transm
     qint32 const claimed = readAt<qint32>(frame, 36);
     int const fitting = (frame.size() - FirstEntryOffset) / EntrySize;
     int const entries = qBound(0, claimed, fitting);
-    DataBlock* block = nullptr;
+    // Each entry goes to its channel's block; the codes are gathered per block and appended
+    // once per frame, which keeps the per-character work to a copy.
+    size_t used = 0;
+    FrameCodes* current = nullptr;
     for (int k = 0; k < entries; ++k) {
         int const offset = FirstEntryOffset + EntrySize * k;
         qint32 const channel = readAt<qint32>(frame, offset);
-        quint16 const code = readAt<quint16>(frame, offset + 4);
-        block = blockForChannel(transmission, channel, time, block);
-        block->AppendRawData(QChar(code));
+        if (!current || current->channel != channel) {
+            // Interleaved channels switch at nearly every entry: the usual few are found here.
+            current = nullptr;
+            for (size_t i = 0; i < used && i < 4; ++i) {
+                if (m_frameCodes[i].channel == channel) {
+                    current = &m_frameCodes[i];
+                    break;
+                }
+            }
+            if (!current) {
+                current = &frameCodesFor(transmission, channel, time, used);
+            }
+        }
+        current->codes.push_back(readAt<quint16>(frame, offset + 4));
+    }
+    for (size_t i = 0; i < used; ++i) {
+        std::vector<ushort> const& codes = m_frameCodes[i].codes;
+        m_frameCodes[i].block->AppendRawData(
+            QString(reinterpret_cast<QChar const*>(codes.data()), int(codes.size())));
     }
 
     for (int i = blocks.size() - 1; i >= 0; --i) {
@@ -203,6 +222,49 @@ void DecodedTextModel::translateWithChannelState(DataBlock* block, int rawFrom)
     m_handler->RestoreInternalState(m_channelStates.value(channel));
     translateContent(block, rawFrom);
     m_channelStates.insert(channel, m_handler->SaveInternalState());
+}
+
+// The gathered codes of a channel in this frame: the first `used` entries of m_frameCodes
+// belong to the frame; a channel not among them gets its block as blockForChannel finds or
+// makes it, exactly as if its codes were appended one by one.
+DecodedTextModel::FrameCodes& DecodedTextModel::frameCodesFor(Transmission* transmission,
+                                                              int channel, QDateTime const& time,
+                                                              size_t& used)
+{
+    // A few channels are searched in place; a damaged frame may name thousands.
+    constexpr size_t searchedInPlace = 8;
+    if (used <= searchedInPlace) {
+        for (size_t i = 0; i < used; ++i) {
+            if (m_frameCodes[i].channel == channel) {
+                return m_frameCodes[i];
+            }
+        }
+    } else {
+        auto const found = m_frameCodesIndex.constFind(channel);
+        if (found != m_frameCodesIndex.constEnd()) {
+            return m_frameCodes[found.value()];
+        }
+    }
+    if (used == 0) {
+        m_frameCodesIndex.clear();
+    }
+    DataBlock* const block = blockForChannel(transmission, channel, time, nullptr);
+    if (used == m_frameCodes.size()) {
+        m_frameCodes.push_back({channel, block, {}});
+    } else {
+        m_frameCodes[used].channel = channel;
+        m_frameCodes[used].block = block;
+        m_frameCodes[used].codes.clear();
+    }
+    if (used == searchedInPlace) {
+        for (size_t i = 0; i < used; ++i) {
+            m_frameCodesIndex.insert(m_frameCodes[i].channel, i);
+        }
+    }
+    if (used >= searchedInPlace) {
+        m_frameCodesIndex.insert(channel, used);
+    }
+    return m_frameCodes[used++];
 }
 
 DecodedTextModel::DataBlock* DecodedTextModel::blockForChannel(Transmission* transmission,

@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
 #include <memory>
+#include <vector>
 
 class IAlphabetHandler;
 
@@ -78,6 +79,20 @@ private:
     std::shared_ptr<IAlphabetHandler> m_handler;
     // The handler's translation state of each channel between frames.
     QHash<int, QByteArray> m_channelStates;
+
+    // The codes of one frame, gathered per block before they are appended in one piece.
+    // Kept between frames so that their buffers are reused.
+    struct FrameCodes
+    {
+        int channel;
+        DataBlock* block;
+        std::vector<ushort> codes;
+    };
+    std::vector<FrameCodes> m_frameCodes;
+    // Where a channel's codes are in m_frameCodes, once a frame holds many channels.
+    QHash<int, size_t> m_frameCodesIndex;
+    FrameCodes& frameCodesFor(Transmission* transmission, int channel, QDateTime const& time,
+                              size_t& used);
 };
 
 } // namespace zelkodatastreamconverter

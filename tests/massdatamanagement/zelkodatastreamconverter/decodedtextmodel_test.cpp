@@ -115,7 +115,19 @@ TEST_F(DecodedTextModelTest, EntriesGoToTheBlockOfTheirChannel)
         std::vector<Entry> entries;
         std::vector<std::pair<int, QString>> blocks; // channel, raw codes
     };
+    // Twenty channels in one frame, each named twice: more than are looked up in place.
+    Row many{"twenty channels twice", {}, {}};
+    for (qint32 channel = 0; channel < 20; ++channel) {
+        many.entries.push_back({channel * 7, A});
+    }
+    for (qint32 channel = 19; channel >= 0; --channel) {
+        many.entries.push_back({channel * 7, S});
+    }
+    for (qint32 channel = 0; channel < 20; ++channel) {
+        many.blocks.push_back({channel * 7, codes({A, S})});
+    }
     std::vector<Row> const rows = {
+        many,
         {"3, 3, 5, 3", {{3, A}, {3, S}, {5, E}, {3, I}}, {{3, codes({A, S, I})}, {5, codes({E})}}},
         {"alternating", {{1, A}, {2, S}, {1, E}, {2, I}}, {{1, codes({A, E})}, {2, codes({S, I})}}},
         {"negative and zero", {{-1, A}, {0, S}, {-1, E}}, {{-1, codes({A, E})}, {0, codes({S})}}},
