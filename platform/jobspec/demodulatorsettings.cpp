@@ -53,7 +53,7 @@ void Demodulator_Settings::SetBandwidth(double hertz)
 
 void Demodulator_Settings::SetValidate(bool validate)
 {
-    SettingsObject::SetValidate(validate);
+    XmlElementObject::SetValidate(validate);
     m_decoder.SetValidate(validate);
 }
 

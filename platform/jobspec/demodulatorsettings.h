@@ -17,7 +17,7 @@ namespace JobSpec {
 ///   </Demodulator_Settings>
 /// Every attribute and the Decoder child are optional; mode is one of the names of
 /// ModeToName() (case-sensitive), bandwidth a non-negative number.
-class Demodulator_Settings : public REPORTKIT::SettingsObject
+class Demodulator_Settings : public REPORTKIT::XmlElementObject
 {
 public:
     enum Mode

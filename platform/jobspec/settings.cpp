@@ -10,7 +10,7 @@ namespace JobSpec {
 
 void Settings::SetValidate(bool validate)
 {
-    SettingsObject::SetValidate(validate);
+    XmlElementObject::SetValidate(validate);
     m_tuner.SetValidate(validate);
     m_demodulator.SetValidate(validate);
     m_channels.SetValidate(validate);
@@ -44,7 +44,7 @@ bool Settings::ReadXml(QXmlStreamReader& reader, QString& error)
     Settings read;
     read.SetValidate(GetValidate());
     read.m_name = reader.attributes().value(QStringLiteral("name")).toString();
-    REPORTKIT::SettingsObject* const parts[] = {&read.m_tuner, &read.m_demodulator,
+    REPORTKIT::XmlElementObject* const parts[] = {&read.m_tuner, &read.m_demodulator,
                                                 &read.m_channels};
     int next = 0;
     while (in.nextChild()) {

@@ -24,7 +24,7 @@ namespace JobSpec {
 ///
 /// The antenna, audio and FFM settings live inside the tuner settings; their getters here are
 /// shortcuts to those parts.
-class Settings : public REPORTKIT::SettingsObject
+class Settings : public REPORTKIT::XmlElementObject
 {
 public:
     /// The job's name; free text, empty when not given.

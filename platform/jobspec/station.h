@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QDateTime>
-#include <reportkit/settingsobject.h>
+#include <reportkit/xmlelementobject.h>
 
 namespace JobSpec {
 
@@ -15,7 +15,7 @@ namespace JobSpec {
 ///            latitude="53.53625" longitude="9.966667"/>
 /// id is required; the rest is optional. latitude lies in [-90, 90], longitude in
 /// [-180, 180].
-class Station : public REPORTKIT::SettingsObject
+class Station : public REPORTKIT::XmlElementObject
 {
 public:
     void SetStationID(int id) { m_id = id; }

@@ -1,14 +1,14 @@
 #pragma once
 
 #include <QStringList>
-#include <reportkit/settingsobject.h>
+#include <reportkit/xmlelementobject.h>
 
 namespace JobSpec {
 
 /// A settings element that holds an ordered list of text values, one <Value> child each:
 ///   <Decoder><Value>ITA2</Value><Value>SITOR</Value></Decoder>
 /// The values are kept as written (no trimming), in order; duplicates are kept.
-class ValueList : public REPORTKIT::SettingsObject
+class ValueList : public REPORTKIT::XmlElementObject
 {
 public:
     ~ValueList() override;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settingsobject.h"
+#include "xmlelementobject.h"
 
 namespace REPORTKIT {
 
@@ -10,7 +10,7 @@ namespace REPORTKIT {
 /// XML form:
 ///   <AntennaSettings name="HE600" type="Active rod" port="1"/>
 /// All attributes are optional; port is a non-negative integer.
-class Antenna_Settings : public SettingsObject
+class Antenna_Settings : public XmlElementObject
 {
 public:
     void SetName(QString const& name) { m_name = name; }

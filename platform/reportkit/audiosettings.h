@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settingsobject.h"
+#include "xmlelementobject.h"
 
 namespace REPORTKIT {
 
@@ -10,7 +10,7 @@ namespace REPORTKIT {
 /// XML form:
 ///   <Audio_Settings mode="USB" sampleRate="48000" squelch="10.5"/>
 /// All attributes are optional; sampleRate is a non-negative integer.
-class Audio_Settings : public SettingsObject
+class Audio_Settings : public XmlElementObject
 {
 public:
     void SetMode(QString const& mode) { m_mode = mode; }

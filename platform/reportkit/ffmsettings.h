@@ -1,7 +1,7 @@
 #pragma once
 
 #include "frequency.h"
-#include "settingsobject.h"
+#include "xmlelementobject.h"
 
 namespace REPORTKIT {
 
@@ -11,7 +11,7 @@ namespace REPORTKIT {
 /// XML form:
 ///   <FFM_Settings frequency="10000000" bandwidth="2400"/>
 /// Both attributes are optional. Negative or non-numeric values are refused.
-class FFM_Settings : public SettingsObject
+class FFM_Settings : public XmlElementObject
 {
 public:
     Frequency& GetFrequency() { return m_frequency; }

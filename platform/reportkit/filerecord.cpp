@@ -128,25 +128,4 @@ bool FileRecord::ReadXml(QXmlStreamReader& reader, QString& error)
     return true;
 }
 
-QString FileRecord::GetXmlString() const
-{
-    QString xml;
-    QXmlStreamWriter writer(&xml);
-    writer.setAutoFormatting(true);
-    writer.writeStartDocument();
-    WriteXml(writer);
-    writer.writeEndDocument();
-    return xml;
-}
-
-bool FileRecord::SetXmlString(QString const& xml, int options)
-{
-    QString error;
-    QXmlStreamReader reader(xml);
-    bool const ok = options == 0 && XmlReading::readRoot(reader, ElementName(), error) &&
-                    ReadXml(reader, error) && XmlReading::readEnd(reader, error);
-    setLastXmlError(options == 0 ? error : QStringLiteral("unsupported options %1").arg(options));
-    return ok;
-}
-
 } // namespace REPORTKIT

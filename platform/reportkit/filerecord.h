@@ -1,7 +1,7 @@
 #pragma once
 
 #include "filemetadata.h"
-#include "irgobject.h"
+#include "xmlelementobject.h"
 
 class QXmlStreamReader;
 class QXmlStreamWriter;
@@ -17,7 +17,7 @@ namespace REPORTKIT {
 ///       <Detail code="WAV" channel="2" frequency="10000000"/>
 ///     </Metadata>
 ///   </Binary>
-class FileRecord : public IRGObject
+class FileRecord : public XmlElementObject
 {
 public:
     ~FileRecord() override;
@@ -31,17 +31,11 @@ public:
     FileMetadata& GetMetadata() { return m_metadata; }
     FileMetadata const& GetMetadata() const { return m_metadata; }
 
-    /// "Binary", "Text" or "Picture".
-    virtual QString ElementName() const = 0;
-
-    QString GetXmlString() const override;
-    bool SetXmlString(QString const& xml, int options) override;
-
-    /// Writes the record as one element at the writer's position.
-    void WriteXml(QXmlStreamWriter& writer) const;
+    /// Writes the record as one element ("Binary", "Text" or "Picture").
+    void WriteXml(QXmlStreamWriter& writer) const override;
     /// Reads the element whose start tag the reader has just read. Unknown attributes and
     /// elements are errors while validating and skipped otherwise.
-    bool ReadXml(QXmlStreamReader& reader, QString& error);
+    bool ReadXml(QXmlStreamReader& reader, QString& error) override;
 
 protected:
     FileRecord();

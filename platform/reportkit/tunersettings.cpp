@@ -20,7 +20,7 @@ void Tuner_Settings::SetAttenuation(double decibel)
 
 void Tuner_Settings::SetValidate(bool validate)
 {
-    SettingsObject::SetValidate(validate);
+    XmlElementObject::SetValidate(validate);
     m_antenna.SetValidate(validate);
     m_audio.SetValidate(validate);
     m_ffm.SetValidate(validate);
@@ -65,7 +65,7 @@ bool Tuner_Settings::ReadXml(QXmlStreamReader& reader, QString& error)
     // The children keep a fixed order, each at most once, as the schema says.
     int next = 0;
     while (in.nextChild()) {
-        SettingsObject* const parts[] = {&read.m_antenna, &read.m_audio, &read.m_ffm};
+        XmlElementObject* const parts[] = {&read.m_antenna, &read.m_audio, &read.m_ffm};
         int found = -1;
         for (int i = next; i < 3; ++i) {
             if (reader.name() == parts[i]->ElementName()) {

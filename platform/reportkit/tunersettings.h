@@ -15,7 +15,7 @@ namespace REPORTKIT {
 ///     <Audio_Settings .../>
 ///     <FFM_Settings .../>
 ///   </Tuner_Settings>
-class Tuner_Settings : public SettingsObject
+class Tuner_Settings : public XmlElementObject
 {
 public:
     void SetDevice(QString const& device) { m_device = device; }

@@ -131,7 +131,7 @@ TEST(JobSettings, BadTextIsRefusedWithPositionAndLeavesObjectUnchanged)
     struct Case
     {
         char const* name;
-        std::function<std::unique_ptr<REPORTKIT::SettingsObject>()> make;
+        std::function<std::unique_ptr<REPORTKIT::XmlElementObject>()> make;
         char const* xml;
         char const* error;
     };

@@ -1,4 +1,4 @@
-#include "settingsobject.h"
+#include "xmlelementobject.h"
 
 #include "xmlreading.h"
 
@@ -7,9 +7,9 @@
 
 namespace REPORTKIT {
 
-SettingsObject::~SettingsObject() = default;
+XmlElementObject::~XmlElementObject() = default;
 
-QString SettingsObject::GetXmlString() const
+QString XmlElementObject::GetXmlString() const
 {
     QString xml;
     QXmlStreamWriter writer(&xml);
@@ -20,7 +20,7 @@ QString SettingsObject::GetXmlString() const
     return xml;
 }
 
-bool SettingsObject::SetXmlString(QString const& xml, int options)
+bool XmlElementObject::SetXmlString(QString const& xml, int options)
 {
     if (options != 0) {
         setLastXmlError(QStringLiteral("unsupported options %1").arg(options));

@@ -7,18 +7,18 @@ class QXmlStreamWriter;
 
 namespace REPORTKIT {
 
-/// Base of the settings objects (tuner, FFM, antenna, audio, and the job settings built on
-/// them): one XML element each, which can stand alone as a document or be nested inside
-/// another settings element.
+/// Base of the report objects that are one XML element each: the settings objects (tuner,
+/// FFM, antenna, audio, and the job settings built on them) and the produced-file records.
+/// Each can stand alone as a document or be nested inside another element.
 ///
 /// GetXmlString() writes the element as a whole document; SetXmlString(xml, 0) reads one,
 /// refusing a wrong root element, broken XML, wrong value types and (while validation is on)
 /// unknown attributes and elements. A refused text leaves the object unchanged, and
 /// LastXmlError() names line and column.
-class SettingsObject : public IRGObject
+class XmlElementObject : public IRGObject
 {
 public:
-    ~SettingsObject() override;
+    ~XmlElementObject() override;
 
     /// The element name of the object ("FFM_Settings", "Tuner_Settings", ...).
     virtual QString ElementName() const = 0;
@@ -34,9 +34,9 @@ public:
     bool SetXmlString(QString const& xml, int options) override;
 
 protected:
-    SettingsObject() = default;
-    SettingsObject(SettingsObject const&) = default;
-    SettingsObject& operator=(SettingsObject const&) = default;
+    XmlElementObject() = default;
+    XmlElementObject(XmlElementObject const&) = default;
+    XmlElementObject& operator=(XmlElementObject const&) = default;
 };
 
 } // namespace REPORTKIT
