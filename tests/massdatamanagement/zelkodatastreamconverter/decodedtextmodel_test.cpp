@@ -32,17 +32,25 @@ QString codes(std::vector<quint16> const& units)
     return text;
 }
 
+/// A model with the codec handler, the decoder and (when given) the alphabet set.
+std::unique_ptr<DecodedTextModel> makeModel(QString const& decoder = QString(),
+                                            QString const& alphabet = QStringLiteral("None"))
+{
+    auto model = std::make_unique<DecodedTextModel>();
+    model->setAlphabetHandler(std::make_shared<CodecHandler>());
+    if (!decoder.isEmpty()) {
+        model->setDecoder(decoder);
+    }
+    bool changed = false;
+    if (alphabet != QStringLiteral("None") && !model->setAlphabet(alphabet, changed)) {
+        ADD_FAILURE() << "alphabet " << alphabet.toStdString();
+    }
+    return model;
+}
+
 class DecodedTextModelTest : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        model.setAlphabetHandler(std::make_shared<CodecHandler>());
-        model.setDecoder(QStringLiteral("RTTY"));
-        bool changed = false;
-        ASSERT_TRUE(model.setAlphabet(QStringLiteral("International"), changed));
-    }
-
     /// Feeds frames one second apart, each a list of entries; false when one is rejected.
     bool feed(std::vector<std::vector<Entry>> const& frames)
     {
@@ -59,13 +67,11 @@ protected:
         return DecodedTextModel::getDataBlock(model.getCurrentTransmission(), channel);
     }
 
-    QString content(int channel) const
-    {
-        DataBlock const* found = block(channel);
-        return found ? found->GetContent() : QStringLiteral("<no block>");
-    }
+    QString content(int channel) const { return block(channel)->GetContent(); }
 
-    DecodedTextModel model;
+    std::unique_ptr<DecodedTextModel> const owned =
+        makeModel(QStringLiteral("RTTY"), QStringLiteral("International"));
+    DecodedTextModel& model = *owned;
 };
 
 TEST_F(DecodedTextModelTest, FrameWithoutEntriesSetsStopTimeAndClosesAFrameInEveryBlock)
@@ -76,15 +82,11 @@ TEST_F(DecodedTextModelTest, FrameWithoutEntriesSetsStopTimeAndClosesAFrameInEve
     ASSERT_NE(transmission, nullptr);
     EXPECT_EQ(transmission->GetStartTime(), timeOf(BaseTime));
     EXPECT_EQ(transmission->GetStopTime(), timeOf(BaseTime + 1000000));
+    // The empty frame was begun behind the data and ended without leaving a time stamp.
     for (int const channel : {1, 2}) {
-        SCOPED_TRACE(channel);
-        DataBlock const* each = block(channel);
-        ASSERT_NE(each, nullptr);
-        // The empty frame was begun behind the data and ended without leaving a time stamp.
-        EXPECT_EQ(each->GetRawFramePos(), each->GetRawContent().size());
-        EXPECT_EQ(each->GetTimeStamp().size(), 1);
+        EXPECT_EQ(block(channel)->GetRawFramePos(), block(channel)->GetRawContent().size());
+        EXPECT_EQ(block(channel)->GetTimeStamp().size(), 1);
     }
-    EXPECT_EQ(content(1), QStringLiteral("AS"));
 
     ASSERT_TRUE(model.processData(textFrame(BaseTime + 2000000, {{1, T}}), nullptr));
     ASSERT_EQ(block(1)->GetTimeStamp().size(), 2);
@@ -93,16 +95,6 @@ TEST_F(DecodedTextModelTest, FrameWithoutEntriesSetsStopTimeAndClosesAFrameInEve
     EXPECT_EQ(second.GetPosition(), 2);
     EXPECT_EQ(second.GetRawPosition(), 2);
     EXPECT_EQ(block(2)->GetTimeStamp().size(), 1);
-}
-
-TEST_F(DecodedTextModelTest, FirstFrameWithoutEntriesOpensAnEmptyTransmission)
-{
-    ASSERT_TRUE(model.processData(textFrame(BaseTime + 123456, {}), nullptr));
-    Transmission const* transmission = model.getCurrentTransmission();
-    ASSERT_NE(transmission, nullptr);
-    EXPECT_EQ(transmission->GetStartTime(), timeOf(BaseTime + 123000));
-    EXPECT_EQ(transmission->GetStopTime(), transmission->GetStartTime());
-    EXPECT_TRUE(transmission->GetDataBlock().isEmpty());
 }
 
 // Entries go to the block of their channel, blocks in order of first appearance.
@@ -117,14 +109,11 @@ TEST_F(DecodedTextModelTest, EntriesGoToTheBlockOfTheirChannel)
     };
     // Twenty channels in one frame, each named twice: more than are looked up in place.
     Row many{"twenty channels twice", {}, {}};
-    for (qint32 channel = 0; channel < 20; ++channel) {
-        many.entries.push_back({channel * 7, A});
-    }
-    for (qint32 channel = 19; channel >= 0; --channel) {
-        many.entries.push_back({channel * 7, S});
-    }
-    for (qint32 channel = 0; channel < 20; ++channel) {
-        many.blocks.push_back({channel * 7, codes({A, S})});
+    for (qint32 k = 0; k < 40; ++k) {
+        many.entries.push_back(k < 20 ? Entry{k * 7, A} : Entry{(39 - k) * 7, S});
+        if (k < 20) {
+            many.blocks.push_back({k * 7, codes({A, S})});
+        }
     }
     std::vector<Row> const rows = {
         many,
@@ -138,10 +127,9 @@ TEST_F(DecodedTextModelTest, EntriesGoToTheBlockOfTheirChannel)
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
-        DecodedTextModel fresh;
-        fresh.setAlphabetHandler(std::make_shared<CodecHandler>());
-        ASSERT_TRUE(fresh.processData(textFrame(BaseTime, row.entries), nullptr));
-        QList<DataBlock*> const& blocks = fresh.getCurrentTransmission()->GetDataBlock();
+        auto const fresh = makeModel();
+        ASSERT_TRUE(fresh->processData(textFrame(BaseTime, row.entries), nullptr));
+        QList<DataBlock*> const& blocks = fresh->getCurrentTransmission()->GetDataBlock();
         ASSERT_EQ(blocks.size(), int(row.blocks.size()));
         for (int i = 0; i < blocks.size(); ++i) {
             EXPECT_EQ(blocks[i]->GetChannel(), row.blocks[i].first);
@@ -149,9 +137,6 @@ TEST_F(DecodedTextModelTest, EntriesGoToTheBlockOfTheirChannel)
             // "None" passes every code unit through.
             EXPECT_EQ(blocks[i]->GetContent(), row.blocks[i].second);
             EXPECT_EQ(blocks[i]->GetRawContentType(), DataBlock::sRawData_DecodedText);
-        }
-        if (blocks.size() == 2) {
-            EXPECT_NE(blocks[0]->GetID(), blocks[1]->GetID());
         }
     }
 }
@@ -175,18 +160,19 @@ TEST_F(DecodedTextModelTest, EntryCountIsBoundedByTheFrame)
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
-        DecodedTextModel fresh;
-        fresh.setAlphabetHandler(std::make_shared<CodecHandler>());
-        QByteArray frame = textFrame(BaseTime, onChannel(4, {A, S, E}), row.claimed);
+        auto const fresh = makeModel();
+        QByteArray frame = textFrame(BaseTime + 123456, onChannel(4, {A, S, E}), row.claimed);
         if (row.halfEntryBehind) {
             // One more channel word, no code: the frame ends in the middle of an entry.
             frame.append(QByteArray("\x04\0\0\0", 4));
         }
-        ASSERT_TRUE(fresh.processData(frame, nullptr));
-        Transmission const* transmission = fresh.getCurrentTransmission();
+        ASSERT_TRUE(fresh->processData(frame, nullptr));
+        Transmission* const transmission = fresh->getCurrentTransmission();
         ASSERT_NE(transmission, nullptr);
-        EXPECT_EQ(transmission->GetStopTime(), timeOf(BaseTime));
-        DataBlock const* four = DecodedTextModel::getDataBlock(fresh.getCurrentTransmission(), 4);
+        // Below a millisecond is dropped; an empty frame still opens the transmission.
+        EXPECT_EQ(transmission->GetStartTime(), timeOf(BaseTime + 123456));
+        EXPECT_EQ(transmission->GetStopTime(), transmission->GetStartTime());
+        DataBlock const* four = DecodedTextModel::getDataBlock(transmission, 4);
         EXPECT_EQ(four ? four->GetRawContent().size() : 0, row.expected);
         EXPECT_EQ(transmission->GetDataBlock().size(), row.expected > 0 ? 1 : 0);
     }
@@ -207,19 +193,16 @@ TEST_F(DecodedTextModelTest, FramesThatAreNoDecodedTextAreRejectedWithoutTrace)
     std::vector<Row> const rows = {
         {"wrong magic", wrongMagic},
         {"PDU frame", zelkorecording::RecordingWriter::frameBytes(368, textPayload(BaseTime, {}))},
-        {"symbol frame", zelkorecording::RecordingWriter::frameBytes(304, good.mid(24))},
         {"swapped byte order", swapped},
         {"header only", good.left(24)},
-        {"time stamp without count", good.left(32)},
         {"count cut short", good.left(38)},
         {"empty", QByteArray()},
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
-        DecodedTextModel fresh;
-        fresh.setAlphabetHandler(std::make_shared<CodecHandler>());
-        EXPECT_FALSE(fresh.processData(row.frame, nullptr));
-        EXPECT_EQ(fresh.getCurrentTransmission(), nullptr);
+        auto const fresh = makeModel();
+        EXPECT_FALSE(fresh->processData(row.frame, nullptr));
+        EXPECT_EQ(fresh->getCurrentTransmission(), nullptr);
     }
     // A rejected frame leaves an open transmission as it was.
     ASSERT_TRUE(model.processData(good, nullptr));
@@ -243,17 +226,12 @@ TEST_F(DecodedTextModelTest, CreatedBlockContinuesTheChannel)
     QDateTime const later = timeOf(BaseTime + 7000000);
     std::unique_ptr<DataBlock> const unknown(model.createDataBlock(9, later));
     EXPECT_EQ(unknown->GetID(), nextId);
-    EXPECT_EQ(unknown->GetContentStart(), 0);
-    EXPECT_EQ(unknown->GetRawStart(), 0);
 
     DataBlock* const second = model.createDataBlock(1, later);
     EXPECT_EQ(second->GetID(), first->GetID());
-    EXPECT_EQ(second->GetContentStart(), 2);
-    EXPECT_EQ(second->GetRawStart(), 3);
     ASSERT_EQ(second->GetTimeStamp().size(), 1);
     EXPECT_EQ(second->GetTimeStamp()[0], NerikResultDataXml::TimeStamp(later, 2, 3));
     EXPECT_EQ(second->GetContentCode(), QStringLiteral("International"));
-    EXPECT_EQ(second->GetRawContentType(), DataBlock::sRawData_DecodedText);
     second->AppendRawData(QChar(T));
     second->AppendData(QStringLiteral("5"));
     second->EndFrame();
@@ -271,9 +249,7 @@ TEST_F(DecodedTextModelTest, SetAlphabet)
     struct Row
     {
         char const* name;
-        QString decoder;
-        QString before;
-        QString requested;
+        QString decoder, before, requested;
         bool result;
         QString after;
         bool changed;
@@ -293,17 +269,11 @@ TEST_F(DecodedTextModelTest, SetAlphabet)
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
-        DecodedTextModel fresh;
-        fresh.setAlphabetHandler(std::make_shared<CodecHandler>());
-        fresh.setDecoder(row.decoder);
+        auto const fresh = makeModel(row.decoder, row.before);
+        ASSERT_EQ(fresh->getAlphabet(), row.before);
         bool changed = false;
-        if (row.before != none) {
-            ASSERT_TRUE(fresh.setAlphabet(row.before, changed));
-        }
-        ASSERT_EQ(fresh.getAlphabet(), row.before);
-        changed = false;
-        EXPECT_EQ(fresh.setAlphabet(row.requested, changed), row.result);
-        EXPECT_EQ(fresh.getAlphabet(), row.after);
+        EXPECT_EQ(fresh->setAlphabet(row.requested, changed), row.result);
+        EXPECT_EQ(fresh->getAlphabet(), row.after);
         EXPECT_EQ(changed, row.changed);
     }
 }
@@ -313,10 +283,7 @@ TEST_F(DecodedTextModelTest, SetDecoderKeepsTheAlphabetOnlyWhenOffered)
     struct Row
     {
         char const* name;
-        QString from;
-        QString alphabet;
-        QString to;
-        QString after;
+        QString from, alphabet, to, after;
     };
     std::vector<Row> const rows = {
         {"teleprinter to NAVTEX", "RTTY", "International", "NAVTEX", "None"},
@@ -327,22 +294,16 @@ TEST_F(DecodedTextModelTest, SetDecoderKeepsTheAlphabetOnlyWhenOffered)
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
-        DecodedTextModel fresh;
-        fresh.setAlphabetHandler(std::make_shared<CodecHandler>());
-        EXPECT_EQ(fresh.getDecoder(), QStringLiteral("NONE"));
-        fresh.setDecoder(row.from);
-        bool changed = false;
-        ASSERT_TRUE(fresh.setAlphabet(row.alphabet, changed));
-        EXPECT_TRUE(fresh.setDecoder(row.to));
-        EXPECT_EQ(fresh.getDecoder(), row.to);
-        EXPECT_EQ(fresh.getAlphabet(), row.after);
+        auto const fresh = makeModel(row.from, row.alphabet);
+        EXPECT_TRUE(fresh->setDecoder(row.to));
+        EXPECT_EQ(fresh->getDecoder(), row.to);
+        EXPECT_EQ(fresh->getAlphabet(), row.after);
     }
 }
 
 TEST_F(DecodedTextModelTest, AllAlphabetsLeaveTheDecoderAsItWas)
 {
     QStringList const before = model.getAvailableAlphabets();
-    EXPECT_TRUE(before.contains(QStringLiteral("International")));
     EXPECT_FALSE(before.contains(QStringLiteral("CCIR 476")));
     QStringList const all = model.getAllAlphabets();
     for (char const* name : {"International", "US-TTY", "MTK-2", "CCIR 476", "None"}) {
@@ -352,41 +313,18 @@ TEST_F(DecodedTextModelTest, AllAlphabetsLeaveTheDecoderAsItWas)
     EXPECT_EQ(model.getAlphabet(), QStringLiteral("International"));
 }
 
-// The same ITA2 codes cut into frames at every place: the shift state carries over.
-TEST_F(DecodedTextModelTest, ShiftsCarryAcrossFrameBoundaries)
-{
-    using namespace ita2;
-    std::vector<quint16> const sequence = {Figures, T, Q, Letters, T, Figures, W};
-    QString const expected = QStringLiteral("51T2");
-    for (size_t cut = 0; cut <= sequence.size(); ++cut) {
-        SCOPED_TRACE(cut);
-        DecodedTextModel fresh;
-        fresh.setAlphabetHandler(std::make_shared<CodecHandler>());
-        fresh.setDecoder(QStringLiteral("ITA2"));
-        bool changed = false;
-        ASSERT_TRUE(fresh.setAlphabet(QStringLiteral("International"), changed));
-        std::vector<quint16> const head(sequence.begin(), sequence.begin() + long(cut));
-        std::vector<quint16> const tail(sequence.begin() + long(cut), sequence.end());
-        ASSERT_TRUE(fresh.processData(textFrame(BaseTime, onChannel(1, head)), nullptr));
-        ASSERT_TRUE(fresh.processData(textFrame(BaseTime + 1000, onChannel(1, tail)), nullptr));
-        DataBlock const* one = DecodedTextModel::getDataBlock(fresh.getCurrentTransmission(), 1);
-        ASSERT_NE(one, nullptr);
-        EXPECT_EQ(one->GetContent(), expected);
-    }
-}
-
-// Each channel is its own teleprinter: a shift on one does not touch the other.
-TEST_F(DecodedTextModelTest, InterleavedChannelsKeepTheirOwnShiftState)
+// Each channel is its own teleprinter: the shift state carries across frames and a shift on
+// one channel does not touch another; clear() starts every channel in letters again.
+TEST_F(DecodedTextModelTest, EachChannelKeepsItsOwnShiftState)
 {
     using namespace ita2;
     struct Row
     {
         char const* name;
         std::vector<std::vector<Entry>> frames;
-        QString one;
-        QString two;
+        QString one, two;
     };
-    std::vector<Row> const rows = {
+    std::vector<Row> rows = {
         {"within one frame", {{{1, Figures}, {2, T}, {1, T}, {2, T}}}, "5", "TT"},
         {"across frames",
          {{{1, Figures}, {2, T}}, {{2, T}, {1, T}}, {{1, Letters}, {2, Figures}}, {{1, T}, {2, T}}},
@@ -394,31 +332,30 @@ TEST_F(DecodedTextModelTest, InterleavedChannelsKeepTheirOwnShiftState)
          "TT5"},
         {"one channel silent for a frame", {{{1, Figures}, {2, Q}}, {{2, Q}}, {{1, Q}}}, "1", "QQ"},
     };
-    for (Row const& row : rows) {
-        SCOPED_TRACE(row.name);
-        DecodedTextModel fresh;
-        fresh.setAlphabetHandler(std::make_shared<CodecHandler>());
-        fresh.setDecoder(QStringLiteral("RTTY"));
-        bool changed = false;
-        ASSERT_TRUE(fresh.setAlphabet(QString(), changed));
+    // The same codes cut into two frames at every place.
+    std::vector<quint16> const sequence = {Figures, T, Q, Letters, T, Figures, W, A};
+    for (size_t cut = 0; cut <= sequence.size(); ++cut) {
+        std::vector<quint16> const head(sequence.begin(), sequence.begin() + long(cut));
+        std::vector<quint16> const tail(sequence.begin() + long(cut), sequence.end());
+        std::vector<Entry> second = onChannel(1, tail);
+        second.push_back({2, A});
+        rows.push_back({"cut", {onChannel(1, head), second}, "51T2-", "A"});
+    }
+    for (size_t r = 0; r < rows.size(); ++r) {
+        Row const& row = rows[r];
+        SCOPED_TRACE(testing::Message() << row.name << " " << r);
+        auto const fresh = makeModel(QStringLiteral("RTTY"), QString());
         for (size_t i = 0; i < row.frames.size(); ++i) {
-            ASSERT_TRUE(fresh.processData(textFrame(BaseTime + i * 1000, row.frames[i]), nullptr));
+            ASSERT_TRUE(fresh->processData(textFrame(BaseTime + i * 1000, row.frames[i]), nullptr));
         }
-        Transmission* const transmission = fresh.getCurrentTransmission();
+        Transmission* const transmission = fresh->getCurrentTransmission();
         EXPECT_EQ(DecodedTextModel::getDataBlock(transmission, 1)->GetContent(), row.one);
         EXPECT_EQ(DecodedTextModel::getDataBlock(transmission, 2)->GetContent(), row.two);
+        fresh->clear();
+        ASSERT_TRUE(fresh->processData(textFrame(BaseTime, {{1, T}, {2, T}}), nullptr));
+        EXPECT_EQ(DecodedTextModel::getDataBlock(fresh->getCurrentTransmission(), 1)->GetContent(),
+                  QStringLiteral("T"));
     }
-}
-
-TEST_F(DecodedTextModelTest, ClearStartsEveryChannelInLetters)
-{
-    using namespace ita2;
-    ASSERT_TRUE(feed({{{1, Figures}, {1, T}}}));
-    EXPECT_EQ(content(1), QStringLiteral("5"));
-    model.clear();
-    EXPECT_EQ(model.getCurrentTransmission(), nullptr);
-    ASSERT_TRUE(model.processData(textFrame(BaseTime + 9000000, {{1, T}}), nullptr));
-    EXPECT_EQ(content(1), QStringLiteral("T"));
 }
 
 // Raw data kept under "None" become text once the alphabet is known; the frame positions
@@ -428,7 +365,6 @@ TEST_F(DecodedTextModelTest, TranslateBlockAfterAnAlphabetChange)
     using namespace ita2;
     bool changed = false;
     ASSERT_FALSE(model.setAlphabet(QStringLiteral("Klingon"), changed));
-    ASSERT_EQ(model.getAlphabet(), QStringLiteral("None"));
     ASSERT_TRUE(
         feed({{{1, Figures}, {1, T}, {2, H}}, {{1, Q}, {1, Letters}, {1, T}, {1, Figures}}}));
     DataBlock* const one = block(1);
@@ -443,7 +379,6 @@ TEST_F(DecodedTextModelTest, TranslateBlockAfterAnAlphabetChange)
     EXPECT_EQ(one->GetContentCode(), QStringLiteral("International"));
     EXPECT_TRUE(one->GetUserData().isEmpty());
     ASSERT_EQ(one->GetTimeStamp().size(), 2);
-    EXPECT_EQ(one->GetTimeStamp()[0].GetPosition(), 0);
     EXPECT_EQ(one->GetTimeStamp()[1].GetPosition(), 1);
     EXPECT_EQ(one->GetTimeStamp()[1].GetRawPosition(), 2);
     EXPECT_EQ(content(2), QStringLiteral("H"));
@@ -455,22 +390,24 @@ TEST_F(DecodedTextModelTest, TranslateBlockAfterAnAlphabetChange)
     EXPECT_EQ(one->GetTimeStamp().last().GetPosition(), 3);
 }
 
-// A block that continues the channel counts its time stamps from the channel's start.
+// A block that continues the channel counts its time stamps from the channel's start and,
+// translated on its own, starts in letters.
 TEST_F(DecodedTextModelTest, TranslateBlockOfAContinuation)
 {
     using namespace ita2;
     ASSERT_TRUE(feed({{{1, Figures}, {1, T}}}));
     std::unique_ptr<DataBlock> const next(model.createDataBlock(1, timeOf(BaseTime + 1000000)));
-    next->AppendRawData(QChar(T));
-    next->AppendRawData(QChar(Q));
-    next->EndFrame();
-    next->SetTimeStamp(timeOf(BaseTime + 2000000));
-    next->BeginFrame();
-    next->AppendRawData(QChar(Figures));
-    next->AppendRawData(QChar(Q));
+    for (quint16 const code : {T, Q, quint16(0), Figures, Q}) {
+        if (code == 0) {
+            next->EndFrame();
+            next->SetTimeStamp(timeOf(BaseTime + 2000000));
+            next->BeginFrame();
+        } else {
+            next->AppendRawData(QChar(code));
+        }
+    }
     next->EndFrame();
     model.translateBlock(next.get());
-    // Translated on its own, the continuation starts in letters.
     EXPECT_EQ(next->GetContent(), QStringLiteral("TQ1"));
     ASSERT_EQ(next->GetTimeStamp().size(), 2);
     EXPECT_EQ(next->GetTimeStamp()[0].GetPosition(), 1);
@@ -478,7 +415,8 @@ TEST_F(DecodedTextModelTest, TranslateBlockOfAContinuation)
     EXPECT_EQ(next->GetTimeStamp()[1].GetRawPosition(), 4);
 }
 
-// With a transmission given, the frame fills that one and the model's own stays untouched.
+// With a transmission given, the frame fills that one and the model's own stays untouched;
+// the next frame in a transmission of its own continues each channel's shift.
 TEST_F(DecodedTextModelTest, GivenTransmissionIsFilledWithWholeContent)
 {
     using namespace ita2;
@@ -486,10 +424,7 @@ TEST_F(DecodedTextModelTest, GivenTransmissionIsFilledWithWholeContent)
     ASSERT_TRUE(model.processData(textFrame(BaseTime, {{1, Figures}, {2, A}}), &first));
     EXPECT_EQ(model.getCurrentTransmission(), nullptr);
     EXPECT_EQ(first.GetStartTime(), timeOf(BaseTime));
-    EXPECT_EQ(first.GetStopTime(), timeOf(BaseTime));
     ASSERT_EQ(first.GetDataBlock().size(), 2);
-
-    // The next frame in a transmission of its own continues each channel's shift.
     Transmission second;
     ASSERT_TRUE(model.processData(textFrame(BaseTime + 1000000, {{2, T}, {1, T}}), &second));
     EXPECT_EQ(DecodedTextModel::getDataBlock(&second, 1)->GetContent(), QStringLiteral("5"));

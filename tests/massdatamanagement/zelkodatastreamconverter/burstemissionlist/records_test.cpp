@@ -90,8 +90,6 @@ TEST(BurstRecordTexts, EachRecordPrintsItsExactForm)
         {"radio", twoSegmentRadio().toString(), "RadioBurstData[3:2]"},
         {"segment data", segmentData.toString(),
          "HopperRadioSegmentData[L=-90.5:-70:-71.25:-40;BW=12500;CH=2;(30.025M:3;30.05M:12;)]"},
-        {"grid segment", segment(30025000.0, 25000.0, 200).toString(),
-         "Segment[3.0025e+07; 200; 25000]"},
         {"grid", set.gridEstimation.toString(),
          "FreqGrid{ Segment[3.0025e+07; 3; 25000], Segment[3.1e+07; 1; 12500] }"},
         // Mean spacing: (2 gaps × 25000 + 0) / 2 = 25 kHz.
@@ -100,7 +98,7 @@ TEST(BurstRecordTexts, EachRecordPrintsItsExactForm)
          "Segment[3.1e+07; 1; 12500] }]"},
     };
     for (auto const& row : rows) {
-        EXPECT_EQ(row.text, QString::fromUtf8(row.expected)) << row.name;
+        EXPECT_EQ(row.text, row.expected) << row.name;
     }
 }
 
@@ -173,21 +171,17 @@ TEST(GridSegment, EqualityIsFuzzyForDoublesAndExactForCounts)
     EXPECT_FALSE(segment(0, 0, 0) == segment(1e-300, 0, 0));
 }
 
-TEST(GridEstimation, EmptyEstimationIsNullWithZeroSpacings)
+TEST(GridEstimation, FoldsOverSegmentsInOrder)
 {
     HopperFrequencyGridEstimation const empty;
-    EXPECT_EQ(empty.getSegmentCount(), 0u);
-    EXPECT_EQ(empty.getTotalChannelCount(), 0u);
     EXPECT_TRUE(empty.isNull());
+    EXPECT_EQ(empty.getTotalChannelCount(), 0u);
     EXPECT_EQ(empty.getMeanChannelSpacing(), 0.0);
     EXPECT_EQ(empty.getMinChannelSpacing(), 0.0);
     EXPECT_TRUE(std::isnan(empty.getOccupationRatio()));
     EXPECT_TRUE(std::isnan(empty.getQuadraticMeanDeviation()));
     EXPECT_TRUE(empty.createFullFrequencyList().empty());
-}
 
-TEST(GridEstimation, FoldsOverSegmentsInOrder)
-{
     HopperFrequencyGridEstimation grid;
     grid.segments = {segment(1000, 10, 3, 2, 8.0), segment(2000, 0.5, 1, 1, 1.0),
                      segment(3000, 40, 2, 2, 0.0)};
@@ -201,8 +195,8 @@ TEST(GridEstimation, FoldsOverSegmentsInOrder)
     for (auto const& row : channels) {
         EXPECT_DOUBLE_EQ(grid.getFrequencyOfChannelIndex(row.index), row.frequency) << row.index;
     }
-    EXPECT_DOUBLE_EQ(grid.getStartFrequency(), 1000);
-    EXPECT_DOUBLE_EQ(grid.getStopFrequency(), 3040);
+    EXPECT_EQ(std::make_pair(grid.getStartFrequency(), grid.getStopFrequency()),
+              std::make_pair(1000.0, 3040.0));
     EXPECT_FLOAT_EQ(grid.getOccupationRatio(), 5.0f / 6.0f);
     EXPECT_DOUBLE_EQ(grid.getQuadraticMeanDeviation(), std::sqrt(9.0 / 5.0));
     // Gaps: 2 × 10 and 1 × 40 (the one-channel segment has none).
@@ -214,12 +208,8 @@ TEST(GridEstimation, FoldsOverSegmentsInOrder)
     EXPECT_EQ(grid.createFrequencyListWithoutUnoccupiedFrequencies({1004, 1015, 3019}),
               (std::vector<double>{1000, 1010, 1020, 3000}));
 
-    HopperFrequencyGridEstimation const halfHertz(100.0, 0.5, 4);
-    EXPECT_EQ(halfHertz.getMinChannelSpacing(), 0.0);
-    EXPECT_EQ(HopperFrequencyGridEstimation::fromStartStop(100, 151, 25).getTotalChannelCount(),
-              4u);
-    HopperFrequencyGridEstimation const oneChannel(100.0, 25.0, 1);
-    EXPECT_EQ(oneChannel.getMeanChannelSpacing(), 0.0);
+    EXPECT_EQ(HopperFrequencyGridEstimation(100.0, 0.5, 4).getMinChannelSpacing(), 0.0);
+    EXPECT_EQ(HopperFrequencyGridEstimation(100.0, 25.0, 1).getMeanChannelSpacing(), 0.0);
 }
 
 TEST(FrequencySet, SizesFollowTheirFixedRules)
@@ -229,7 +219,6 @@ TEST(FrequencySet, SizesFollowTheirFixedRules)
     EXPECT_EQ(set.serializedSizeInBytes(), 36u);
     set.gridEstimation = HopperFrequencyGridEstimation(1, 1, 3);
     EXPECT_EQ(set.serializedSizeInBytes(), 36u);
-    EXPECT_FALSE(set.isEmpty());
     EXPECT_TRUE(HopperFrequencySet().isEmpty());
     EXPECT_TRUE(set.significantChange({1, 2}, 100));
     EXPECT_FALSE(set.significantChange({1.5, 2, 3}, 0.5));
@@ -261,15 +250,12 @@ TEST(RadioBurstData, SegmentsAppendAndDropFromTheFront)
     runs.segmentStartIndices.clear();
     EXPECT_EQ(runs.sortedFrequencyVector(), (std::vector<double>{1, 2, 3, 5, 7, 8, 9}));
 
+    // What is left equals a radio built from the second segment alone.
+    RadioBurstData second;
+    second.appendBurstsOfNewSegment(200, 300, {BurstData(3e6, 7e3, 210, 7, -70.f)});
     radio.removeFirstSegment();
-    EXPECT_EQ(radio.bursts.size(), 1u);
-    EXPECT_EQ(radio.bursts.front().frequency, 3e6);
-    EXPECT_EQ(radio.segmentStartIndices, (std::vector<unsigned long long>{0}));
-    EXPECT_EQ(radio.segmentStartTimes, (std::vector<unsigned long long>{200}));
-    EXPECT_EQ(radio.segmentStopTimes, (std::vector<unsigned long long>{300}));
-
+    EXPECT_EQ(radio, second);
     radio.removeFirstSegment();
-    EXPECT_EQ(radio, RadioBurstData());
     radio.removeFirstSegment();
     EXPECT_EQ(radio, RadioBurstData());
     EXPECT_EQ(radio.meanBandwidth(), 0.0);
@@ -285,15 +271,13 @@ TEST(BurstStreams, WireLayoutIsBigEndianFieldByField)
     EXPECT_EQ(burst.mid(24, 4).toHex(), QByteArray("0a0b0c0d"));
     EXPECT_EQ(burst.mid(28, 8).toHex(), QByteArray("3fe0000000000000"));
 
+    // The caller's stream settings apply: Qt's single precision shortens doubles too.
     QByteArray single;
-    {
-        QDataStream stream(&single, QIODevice::WriteOnly);
-        stream.setFloatingPointPrecision(QDataStream::SinglePrecision);
-        stream.setByteOrder(QDataStream::LittleEndian);
-        stream << BurstData(1.0, 2.0, 3, 4, 0.5f);
-    }
-    // Qt's single precision shortens doubles too.
-    EXPECT_EQ(single.size(), 4 + 4 + 8 + 4 + 4) << "the caller's stream settings apply";
+    QDataStream stream(&single, QIODevice::WriteOnly);
+    stream.setFloatingPointPrecision(QDataStream::SinglePrecision);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream << BurstData(1.0, 2.0, 3, 4, 0.5f);
+    EXPECT_EQ(single.size(), 4 + 4 + 8 + 4 + 4);
     EXPECT_EQ(single.mid(16, 4).toHex(), QByteArray("04000000"));
 
     EXPECT_EQ(streamed(RadioBurstData()).toHex(), QByteArray(64, '0'))
@@ -311,8 +295,7 @@ TEST(BurstStreams, WireLayoutIsBigEndianFieldByField)
 
 TEST(BurstStreams, RoundTripsCompareEqual)
 {
-    RadioBurstData const radio = twoSegmentRadio();
-    EXPECT_EQ(readBack<RadioBurstData>(streamed(radio)), radio);
+    EXPECT_EQ(readBack<RadioBurstData>(streamed(twoSegmentRadio())), twoSegmentRadio());
     EXPECT_EQ(readBack<RadioBurstData>(streamed(RadioBurstData())), RadioBurstData());
     BurstData const burst(123456789.125, 12500.0, 18446744073709551615ull, 4294967295u, -99.5f);
     EXPECT_EQ(readBack<BurstData>(streamed(burst)), burst) << "unsigned maxima survive";
@@ -334,11 +317,11 @@ TEST(BurstStreams, TruncatedOrDamagedStreamsFailWithoutHugeAllocation)
     set.gridEstimation = HopperFrequencyGridEstimation(1, 2, 3);
     QByteArray const radioBytes = streamed(twoSegmentRadio());
     QByteArray const setBytes = streamed(set);
+    // Every cut is an error and leaves an empty value, not a half-read one.
     for (int cut = 0; cut < radioBytes.size(); ++cut) {
         QDataStream::Status status = QDataStream::Ok;
-        RadioBurstData const read = readBack<RadioBurstData>(radioBytes.left(cut), &status);
+        EXPECT_EQ(readBack<RadioBurstData>(radioBytes.left(cut), &status), RadioBurstData());
         EXPECT_NE(status, QDataStream::Ok) << "cut at " << cut;
-        EXPECT_EQ(read, RadioBurstData()) << "cut at " << cut;
     }
     for (int cut = 0; cut < setBytes.size(); ++cut) {
         QDataStream::Status status = QDataStream::Ok;
