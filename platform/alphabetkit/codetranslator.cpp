@@ -8,7 +8,28 @@ CodeTranslator::CodeTranslator(AlphabetPtr alphabet)
     : m_alphabet(alphabet ? std::move(alphabet) : Alphabet::none()),
       m_longestOutput(m_alphabet->longestOutput())
 {
+    buildSingles();
     reset();
+}
+
+void CodeTranslator::buildSingles()
+{
+    m_singles.resize(m_alphabet->tableCount());
+    for (int table = 0; table < m_alphabet->tableCount(); ++table) {
+        QVector<CodeEntry> const& entries = m_alphabet->entries(table);
+        QVector<quint32>& singles = m_singles[table];
+        singles.resize(entries.size());
+        for (int code = 0; code < entries.size(); ++code) {
+            CodeEntry const& entry = entries[code];
+            if (entry.kind == CodeEntry::Text && entry.text.size() == 1) {
+                singles[code] = entry.text.at(0).unicode();
+            } else if (entry.kind == CodeEntry::Same) {
+                singles[code] = quint32(code);
+            } else {
+                singles[code] = NotSingle;
+            }
+        }
+    }
 }
 
 void CodeTranslator::reset()
@@ -33,9 +54,14 @@ QString CodeTranslator::translate(QString const& codes)
     QChar* const begin = out.data();
     QChar* at = begin;
     QVector<CodeEntry> const* entries = &m_alphabet->entries(m_table);
+    quint32 const* singles = m_singles[m_table].constData();
     QString const& unknown = m_alphabet->unknownText();
     for (QChar const unit : codes) {
         unsigned const code = unit.unicode();
+        if (code < unsigned(entries->size()) && singles[code] != NotSingle) {
+            *at++ = QChar(ushort(singles[code]));
+            continue;
+        }
         if (code >= unsigned(entries->size())) {
             at = std::copy(unknown.begin(), unknown.end(), at);
             continue;
@@ -51,6 +77,7 @@ QString CodeTranslator::translate(QString const& codes)
         case CodeEntry::Shift:
             m_table = entry.shift;
             entries = &m_alphabet->entries(m_table);
+            singles = m_singles[m_table].constData();
             break;
         case CodeEntry::Nothing:
             break;

@@ -39,8 +39,15 @@ private:
     bool sameInEveryTable(unsigned code) const;
     int shiftCode(int from, int to) const;
 
+    void buildSingles();
+
     AlphabetPtr m_alphabet;
     int m_longestOutput = 1;
+    // Per table and code: the one character a code prints, or NotSingle when it prints none
+    // or several, shifts or is unassigned. Most codes of teleprinter alphabets print exactly
+    // one character, so the translation loop rarely needs the full entry.
+    static constexpr quint32 NotSingle = 0x10000;
+    QVector<QVector<quint32>> m_singles;
     int m_table = 0;
     mutable QHash<QString, QVector<Place>> m_reverse;
     mutable int m_longestText = 0;

@@ -74,10 +74,13 @@ namespace {
 // Length of the escape of u: <c u="HHHH"/>.
 int const escapeLength = 13;
 
-// What escaping adds to a code unit below 0x40: markup, the carriage return (kept as a
-// character reference, which parsers do not normalise away) and other controls.
-std::array<unsigned char, 0x40> const lowExtra = [] {
-    std::array<unsigned char, 0x40> table{};
+// What escaping adds to each code unit: markup, the carriage return (kept as a character
+// reference, which parsers do not normalise away), other controls and the two
+// non-characters. Surrogates are marked for a closer look: a pair is plain, a lone one is
+// escaped. One lookup per unit keeps the two passes over long texts cheap.
+constexpr unsigned char LookCloser = 255;
+std::array<unsigned char, 0x10000> const extraOf = [] {
+    std::array<unsigned char, 0x10000> table{};
     for (int u = 0; u < 0x20; ++u) {
         table[size_t(u)] = escapeLength - 1;
     }
@@ -85,6 +88,10 @@ std::array<unsigned char, 0x40> const lowExtra = [] {
     table[0x0D] = 4; // &#13;
     table['<'] = table['>'] = 3;
     table['&'] = 4;
+    for (int u = 0xD800; u <= 0xDFFF; ++u) {
+        table[size_t(u)] = LookCloser;
+    }
+    table[0xFFFE] = table[0xFFFF] = escapeLength - 1;
     return table;
 }();
 
@@ -99,7 +106,7 @@ QChar* escapeInto(ushort const* units, int size, QChar* out)
     };
     for (int i = 0; i < size; ++i) {
         ushort const u = units[i];
-        if (u < 0xD800 && (u >= 0x40 || lowExtra[u] == 0)) { // nothing to escape
+        if (extraOf[u] == 0) { // nothing to escape
             *out++ = QChar(u);
             continue;
         }
@@ -134,24 +141,31 @@ QChar* escapeInto(ushort const* units, int size, QChar* out)
     return out;
 }
 
+QByteArray toLittleEndianBytes(QString const& text)
+{
+    QByteArray bytes(text.size() * 2, Qt::Uninitialized);
+    ushort const* units = text.utf16();
+    uchar* out = reinterpret_cast<uchar*>(bytes.data());
+    for (int i = 0; i < text.size(); ++i) {
+        qToLittleEndian<quint16>(units[i], out + 2 * i);
+    }
+    return bytes;
+}
+
 } // namespace
 
 void XmlText::writeEscaped(QXmlStreamWriter& writer, QString const& text)
 {
     ushort const* units = text.utf16();
     int const size = text.size();
-    // Count what escaping adds; most texts need little or nothing. Below 0x40 a table says
-    // it at once (markup, carriage return, other controls); surrogates and the two
-    // non-characters at the top need a closer look.
+    // Count what escaping adds; most texts need little or nothing.
     qint64 extra = 0;
     for (int i = 0; i < size; ++i) {
-        ushort const u = units[i];
-        if (u < 0x40) {
-            extra += lowExtra[u];
-        } else if (u >= 0xD800) {
-            if (classify(units, size, i) == Unit::Escape) {
-                extra += escapeLength - 1;
-            }
+        unsigned char const add = extraOf[units[i]];
+        if (add != LookCloser) {
+            extra += add;
+        } else if (classify(units, size, i) == Unit::Escape) {
+            extra += escapeLength - 1;
         }
     }
     if (size == 0) {
@@ -265,15 +279,13 @@ void XmlText::writeBase64Element(QXmlStreamWriter& writer, QString const& name, 
     // into the text that goes to the writer.
     static char const alphabet[] =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    QByteArray const bytes = [&text] {
-        QByteArray little(text.size() * 2, Qt::Uninitialized);
-        uchar* out = reinterpret_cast<uchar*>(little.data());
-        ushort const* units = text.utf16();
-        for (int i = 0; i < text.size(); ++i) {
-            qToLittleEndian<quint16>(units[i], out + 2 * i);
-        }
-        return little;
-    }();
+#if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
+    // The code units in memory already are the UTF-16LE bytes.
+    QByteArray const bytes =
+        QByteArray::fromRawData(reinterpret_cast<char const*>(text.utf16()), text.size() * 2);
+#else
+    QByteArray const bytes = toLittleEndianBytes(text);
+#endif
     int const size = bytes.size();
     QString encoded((size + 2) / 3 * 4, Qt::Uninitialized);
     QChar* out = encoded.data();
@@ -304,13 +316,7 @@ void XmlText::writeBase64Element(QXmlStreamWriter& writer, QString const& name, 
 
 QByteArray XmlText::toBase64(QString const& text)
 {
-    QByteArray bytes(text.size() * 2, Qt::Uninitialized);
-    ushort const* units = text.utf16();
-    uchar* out = reinterpret_cast<uchar*>(bytes.data());
-    for (int i = 0; i < text.size(); ++i) {
-        qToLittleEndian<quint16>(units[i], out + 2 * i);
-    }
-    return bytes.toBase64();
+    return toLittleEndianBytes(text).toBase64();
 }
 
 bool XmlText::fromBase64(QByteArray const& base64, QString& text)
