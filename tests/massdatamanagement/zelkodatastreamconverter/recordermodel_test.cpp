@@ -6,7 +6,7 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <functional>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <jobspec/settings.h>
 #include <jobspec/station.h>
@@ -48,8 +48,9 @@ namespace {
 
 QDateTime const T0(QDate(2024, 5, 17), QTime(8, 30, 0), Qt::UTC);
 QString const Schema = QStringLiteral("nerikresultdata.xsd");
-QString const ModelSource =
-    QStringLiteral("massdatamanagement/zelkodatastreamconverter/nerikresultmodel");
+QString const Source = QStringLiteral("massdatamanagement/zelkodatastreamconverter/");
+QString const AISReport = QStringLiteral("AIS Position Report");
+QString const None; // a field left out
 
 QString u(char const* utf8)
 {
@@ -59,6 +60,7 @@ QString u(char const* utf8)
 // Position texts as the PDU decoder writes them (degree sign, minute and second marks).
 QString const NorthEast = u("N 53°32'10.5'' E 9°58'0''");   // 53.53625, 9.966667
 QString const SouthWestFar = u("S 33°51'0'' W 151°12'0''"); // longitude above 90: kept out
+QString const SouthWestNear = u("S 33°51'0'' W 70°0'0''");
 
 Field mmsiField(QString const& value)
 {
@@ -90,8 +92,8 @@ PDUDataBlock pdu(int id, QDateTime const& time, QString const& name,
 }
 
 // A position report of one ship; a null call sign or position leaves the field out.
-PDUDataBlock report(int id, qint64 secondsAfterT0, int mmsi, QString const& sign = QString(),
-                    QString const& where = QString())
+PDUDataBlock report(int id, qint64 secondsAfterT0, int mmsi, QString const& sign = None,
+                    QString const& where = None)
 {
     std::vector<Field> fields{mmsiField(QString::number(mmsi))};
     if (!sign.isNull()) {
@@ -102,7 +104,7 @@ PDUDataBlock report(int id, qint64 secondsAfterT0, int mmsi, QString const& sign
     if (!where.isNull()) {
         fields.push_back(position(where));
     }
-    return pdu(id, T0.addSecs(secondsAfterT0), QStringLiteral("AIS Position Report"), fields);
+    return pdu(id, T0.addSecs(secondsAfterT0), AISReport, fields);
 }
 
 // An AIS unit without an MMSI field: it belongs to the main result file only.
@@ -147,150 +149,119 @@ QStringList filesIn(QString const& directory)
     return QDir(directory).entryList(QDir::Files, QDir::Name);
 }
 
+/// The number of PDU data blocks in the first transmission of a written result file.
+int pduCount(QString const& path)
+{
+    NerikResultData written;
+    EXPECT_TRUE(written.LoadFile(path)) << written.GetErrorText();
+    return written.GetTransmission().isEmpty()
+               ? -1
+               : written.GetTransmission()[0]->GetPDUDataBlocks().size();
+}
+
 // ---- scanAISData ---------------------------------------------------------------------------
 
+// timeFromBlock false: the earlier time stamp is still there.
 struct StationValues
 {
     int id;
     QString name;
     double latitude;
     double longitude;
-    bool timeFromBlock; // false: the earlier time stamp is still there
+    bool timeFromBlock;
 };
 
 // What the station holds before each scan, so that a row can show what was left alone.
 StationValues const Before{7, QStringLiteral("OLD"), 1.5, 2.5, false};
-QDateTime const BeforeTime = T0.addSecs(-3600);
+QString const Old = Before.name;
 
-struct ScanCase
-{
-    char const* name;
-    QString blockName;
-    std::vector<Field> fields;
-    int result;
-    StationValues after;
-};
-
-class ScanAISData : public ::testing::TestWithParam<ScanCase>
-{
-};
-
-TEST_P(ScanAISData, FillsTheStationOnlyFromTheFieldsAfterTheMMSI)
-{
-    ScanCase const& c = GetParam();
-    PDUDataBlock const block = pdu(5, T0, c.blockName, c.fields);
-    JobSpec::Station station;
-    station.SetValidate(false);
-    station.SetStationID(Before.id);
-    station.SetName(Before.name);
-    station.SetLatitude(Before.latitude);
-    station.SetLongitude(Before.longitude);
-    station.SetTimeStamp(BeforeTime);
-
-    NerikResultModel model;
-    EXPECT_EQ(model.scanAISData(&block, station), c.result);
-    EXPECT_EQ(station.GetStationID(), c.after.id);
-    EXPECT_EQ(station.GetName(), c.after.name);
-    EXPECT_NEAR(station.GetLatitude(), c.after.latitude, 5e-7);
-    EXPECT_NEAR(station.GetLongitude(), c.after.longitude, 5e-7);
-    EXPECT_EQ(station.GetTimeStamp(), c.after.timeFromBlock ? T0 : BeforeTime);
-}
-
-QString const AISReport = QStringLiteral("AIS Position Report");
 StationValues scanned(int id, QString const& name = Before.name, double lat = Before.latitude,
                       double lon = Before.longitude)
 {
     return {id, name, lat, lon, true};
 }
-QString const Old = Before.name;
 
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Rows, ScanAISData, ::testing::Values(
-    ScanCase{"lower_case_ais_name", "ais Position Report", {mmsiField("211234567"), position(NorthEast)}, -1, Before},
-    ScanCase{"AIS_not_at_the_start", "Position AIS", {mmsiField("211234567")}, -1, Before},
-    ScanCase{"no_MMSI_field", AISReport, {callSign("DABC"), position(NorthEast)}, -1, Before},
-    ScanCase{"MMSI_name_in_lower_case", AISReport, {Field("mmsi", "int", "211234567"), position(NorthEast)}, -1, Before},
-    ScanCase{"MMSI_last_sets_only_ID_and_time", AISReport, {callSign("DABC"), position(NorthEast), mmsiField("211234567")}, 211234567, scanned(211234567)},
-    ScanCase{"north_east_example", AISReport, {mmsiField("211234567"), position(NorthEast)}, 211234567, scanned(211234567, Old, 53.536250, 9.966667)},
-    ScanCase{"south_west_beyond_90_keeps_the_longitude", AISReport, {mmsiField("503000001"), position(SouthWestFar)}, 503000001, scanned(503000001, Old, -33.85, Before.longitude)},
-    ScanCase{"west_within_90_is_negative", AISReport, {mmsiField("1"), position(u("N 10°0'0'' W 45°30'0''"))}, 1, scanned(1, Old, 10.0, -45.5)},
-    ScanCase{"seconds_missing_rejected", AISReport, {mmsiField("211234567"), position(u("N 53°32'"))}, 211234567, scanned(211234567)},
-    ScanCase{"call_sign_before_MMSI_ignored", AISReport, {callSign("EARLY"), mmsiField("211234567")}, 211234567, scanned(211234567)},
-    ScanCase{"call_sign_after_MMSI", AISReport, {mmsiField("211234567"), callSign("DABC")}, 211234567, scanned(211234567, "DABC")},
-    ScanCase{"non_numeric_MMSI_gives_0", AISReport, {mmsiField("unknown")}, 0, scanned(0)},
-    ScanCase{"exactly_90_degrees_accepted", AISReport, {mmsiField("2"), position(u("N 90°0'0'' E 90°0'0''"))}, 2, scanned(2, Old, 90.0, 90.0)},
-    ScanCase{"one_second_past_90_rejected", AISReport, {mmsiField("2"), position(u("N 90°0'1'' E 90°0'1''"))}, 2, scanned(2)},
-    ScanCase{"zero_degrees_accepted", AISReport, {mmsiField("3"), position(u("S 0°0'0'' W 0°0'0''"))}, 3, scanned(3, Old, 0.0, 0.0)},
-    ScanCase{"decimal_minutes", AISReport, {mmsiField("4"), position(u("N 53°32.5'0'' E 9°0'36''"))}, 4, scanned(4, Old, 53.0 + 32.5 / 60.0, 9.01)},
-    ScanCase{"full_stop_after_a_letter_skipped", AISReport, {mmsiField("4"), position(u("N. 53°32'10.5'' E. 9°58'0''"))}, 4, scanned(4, Old, 53.536250, 9.966667)},
+TEST(ScanAISData, FillsTheStationOnlyFromTheFieldsAfterTheMMSI)
+{
+    // clang-format off
+    struct Case { char const* name; QString blockName; std::vector<Field> fields; int result;
+                  StationValues after; } const cases[] = {
+    {"lower-case ais name", "ais Position Report", {mmsiField("211234567"), position(NorthEast)}, -1, Before},
+    {"AIS not at the start", "Position AIS", {mmsiField("211234567")}, -1, Before},
+    {"no MMSI field", AISReport, {callSign("DABC"), position(NorthEast)}, -1, Before},
+    {"MMSI name in lower case", AISReport, {Field("mmsi", "int", "211234567"), position(NorthEast)}, -1, Before},
+    {"MMSI last sets only ID and time", AISReport, {callSign("DABC"), position(NorthEast), mmsiField("211234567")}, 211234567, scanned(211234567)},
+    {"north east example", AISReport, {mmsiField("211234567"), position(NorthEast)}, 211234567, scanned(211234567, Old, 53.536250, 9.966667)},
+    {"south west beyond 90 keeps the longitude", AISReport, {mmsiField("503000001"), position(SouthWestFar)}, 503000001, scanned(503000001, Old, -33.85, Before.longitude)},
+    {"west within 90 is negative", AISReport, {mmsiField("1"), position(u("N 10°0'0'' W 45°30'0''"))}, 1, scanned(1, Old, 10.0, -45.5)},
+    {"seconds missing rejected", AISReport, {mmsiField("211234567"), position(u("N 53°32'"))}, 211234567, scanned(211234567)},
+    {"call sign before MMSI ignored", AISReport, {callSign("EARLY"), mmsiField("211234567")}, 211234567, scanned(211234567)},
+    {"call sign after MMSI", AISReport, {mmsiField("211234567"), callSign("DABC")}, 211234567, scanned(211234567, "DABC")},
+    {"non-numeric MMSI gives 0", AISReport, {mmsiField("unknown")}, 0, scanned(0)},
+    {"exactly 90 degrees accepted", AISReport, {mmsiField("2"), position(u("N 90°0'0'' E 90°0'0''"))}, 2, scanned(2, Old, 90.0, 90.0)},
+    {"one second past 90 rejected", AISReport, {mmsiField("2"), position(u("N 90°0'1'' E 90°0'1''"))}, 2, scanned(2)},
+    {"zero degrees accepted", AISReport, {mmsiField("3"), position(u("S 0°0'0'' W 0°0'0''"))}, 3, scanned(3, Old, 0.0, 0.0)},
+    {"decimal minutes", AISReport, {mmsiField("4"), position(u("N 53°32.5'0'' E 9°0'36''"))}, 4, scanned(4, Old, 53.0 + 32.5 / 60.0, 9.01)},
+    {"full stop after a letter skipped", AISReport, {mmsiField("4"), position(u("N. 53°32'10.5'' E. 9°58'0''"))}, 4, scanned(4, Old, 53.536250, 9.966667)},
     // Without a blank the second mark and the next letter form one token ("''E"), so
     // neither coordinate has its marks where they belong.
-    ScanCase{"hemisphere_glued_to_the_second_mark", AISReport, {mmsiField("5"), position(u("N 53°32'10.5''E 9°58'0''"))}, 5, scanned(5)},
-    ScanCase{"type_text_is_case_sensitive", AISReport, {mmsiField("6"), Field("Position", "Position", NorthEast)}, 6, scanned(6)},
-    ScanCase{"degree_sign_missing", AISReport, {mmsiField("6"), position(u("N 53 32'10.5'' E 9 58'0''"))}, 6, scanned(6)}),
-    [](auto const& info) { return std::string(info.param.name); });
-// clang-format on
-
-struct TraceCase
-{
-    char const* name;
-    std::vector<Field> fields;
-    QString expected; // after "scanAISData: 2024-05-17 08:30:00.250 "
-};
-
-class ScanAISDataTrace : public ::testing::TestWithParam<TraceCase>
-{
-};
-
-TEST_P(ScanAISDataTrace, IsTheInformationalTextAtLine1014)
-{
-    TraceCase const& c = GetParam();
-    PDUDataBlock const block = pdu(5, T0.addMSecs(250), AISReport, c.fields);
-    JobSpec::Station station;
-    station.SetValidate(false);
-    NerikResultModel model;
-
-    zelkotest::TraceCapture capture(0x40);
-    model.scanAISData(&block, station);
-    ASSERT_EQ(capture.lines().size(), 1u);
-    EXPECT_EQ(capture.lines()[0].message,
-              QStringLiteral("scanAISData: 2024-05-17 08:30:00.250 ") + c.expected);
-    EXPECT_EQ(capture.lines()[0].sourceFile, ModelSource);
-    EXPECT_EQ(capture.lines()[0].line, 1014);
+    {"hemisphere glued to the second mark", AISReport, {mmsiField("5"), position(u("N 53°32'10.5''E 9°58'0''"))}, 5, scanned(5)},
+    {"type text is case-sensitive", AISReport, {mmsiField("6"), Field("Position", "Position", NorthEast)}, 6, scanned(6)},
+    {"degree sign missing", AISReport, {mmsiField("6"), position(u("N 53 32'10.5'' E 9 58'0''"))}, 6, scanned(6)},
+    };
+    // clang-format on
+    QDateTime const beforeTime = T0.addSecs(-3600);
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        PDUDataBlock const block = pdu(5, T0, c.blockName, c.fields);
+        JobSpec::Station station;
+        station.SetValidate(false);
+        station.SetStationID(Before.id);
+        station.SetName(Before.name);
+        station.SetLatitude(Before.latitude);
+        station.SetLongitude(Before.longitude);
+        station.SetTimeStamp(beforeTime);
+        EXPECT_EQ(NerikResultModel().scanAISData(&block, station), c.result);
+        EXPECT_EQ(station.GetStationID(), c.after.id);
+        EXPECT_EQ(station.GetName(), c.after.name);
+        EXPECT_NEAR(station.GetLatitude(), c.after.latitude, 5e-7);
+        EXPECT_NEAR(station.GetLongitude(), c.after.longitude, 5e-7);
+        EXPECT_EQ(station.GetTimeStamp(), c.after.timeFromBlock ? T0 : beforeTime);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, ScanAISDataTrace,
-    ::testing::Values(
-        // The station ID appears as the one character of its low 16 bits (0x2F07 here).
-        TraceCase{"full_report",
-                  {mmsiField("211234567"), callSign("DABC"), position(NorthEast)},
-                  u("MMSI=211234567 CallSign=DABC position=N 53°32'10.5'' E 9°58'0'' "
-                    "StationID=\u2F07 StationName=DABC latitude=53.5362 longitude=9.96667")},
-        TraceCase{"ID_65_is_the_letter_A",
-                  {mmsiField("65")},
-                  u("MMSI=65 StationID=A StationName= latitude=0 longitude=0")},
-        TraceCase{"only_the_low_16_bits",
-                  {mmsiField("65602")}, // 0x10042
-                  u("MMSI=65602 StationID=B StationName= latitude=0 longitude=0")},
-        TraceCase{"non_numeric_MMSI_as_character_0",
-                  {mmsiField("n/a")},
-                  QStringLiteral("MMSI=n/a StationID=") + QChar(0) +
-                      QStringLiteral(" StationName= latitude=0 longitude=0")},
-        TraceCase{"rejected_longitude_still_listed",
-                  {mmsiField("66"), position(SouthWestFar)},
-                  u("MMSI=66 position=S 33°51'0'' W 151°12'0'' StationID=B StationName= "
-                    "latitude=-33.85 longitude=0")}),
-    [](auto const& info) { return std::string(info.param.name); });
-
-TEST(ScanAISDataTraceMask, NothingWithoutTheInformationalBit)
+TEST(ScanAISData, TraceIsTheInformationalTextAtLine1014)
 {
-    PDUDataBlock const block = pdu(5, T0, AISReport, {mmsiField("211234567")});
-    JobSpec::Station station;
-    NerikResultModel model;
-    zelkotest::TraceCapture capture(0x20);
-    EXPECT_EQ(model.scanAISData(&block, station), 211234567);
-    EXPECT_TRUE(capture.lines().empty());
+    // The station ID appears as the one character of its low 16 bits (0x2F07 for the first).
+    // clang-format off
+    struct Case { char const* name; std::vector<Field> fields; QString expected; } const cases[] = {
+        {"full report", {mmsiField("211234567"), callSign("DABC"), position(NorthEast)},
+         u("MMSI=211234567 CallSign=DABC position=N 53°32'10.5'' E 9°58'0'' "
+           "StationID=\u2F07 StationName=DABC latitude=53.5362 longitude=9.96667")},
+        {"ID 65 is the letter A", {mmsiField("65")},
+         "MMSI=65 StationID=A StationName= latitude=0 longitude=0"},
+        {"only the low 16 bits", {mmsiField("65602")}, // 0x10042
+         "MMSI=65602 StationID=B StationName= latitude=0 longitude=0"},
+        {"non-numeric MMSI as character 0", {mmsiField("n/a")},
+         "MMSI=n/a StationID=" + QString(QChar(0)) + " StationName= latitude=0 longitude=0"},
+        {"rejected longitude still listed", {mmsiField("66"), position(SouthWestFar)},
+         u("MMSI=66 position=S 33°51'0'' W 151°12'0'' StationID=B StationName= "
+           "latitude=-33.85 longitude=0")},
+    };
+    // clang-format on
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        PDUDataBlock const block = pdu(5, T0.addMSecs(250), AISReport, c.fields);
+        JobSpec::Station station;
+        station.SetValidate(false);
+        zelkotest::TraceCapture capture(0x40);
+        NerikResultModel().scanAISData(&block, station);
+        ASSERT_EQ(capture.lines().size(), 1u);
+        EXPECT_EQ(capture.lines()[0].message,
+                  QStringLiteral("scanAISData: 2024-05-17 08:30:00.250 ") + c.expected);
+        EXPECT_EQ(capture.lines()[0].sourceFile, Source + QStringLiteral("nerikresultmodel"));
+        EXPECT_EQ(capture.lines()[0].line, 1014);
+    }
 }
 
 // ---- RecorderModel -------------------------------------------------------------------------
@@ -301,20 +272,16 @@ struct ClosedLog : NerikResultCallback
     void onTransmissionClosed(Transmission*) override { ++closed; }
 };
 
-class Recorder : public ::testing::Test
+/// A recorder writing into a temporary directory, with the clock fixed at T0.
+struct Rig
 {
-public: // the table rows drive the fixture from outside
     Clock::Override clock{T0};
     QTemporaryDir dir;
     FileInfoList files;
     RecorderModel recorder{&files};
     QStringList stationXml;
 
-    void SetUp() override
-    {
-        ASSERT_TRUE(dir.isValid());
-        recorder.setDirectoryPath(dir.path());
-    }
+    Rig() { recorder.setDirectoryPath(dir.path()); }
 
     void setAISMode()
     {
@@ -322,99 +289,80 @@ public: // the table rows drive the fixture from outside
             QStringLiteral("<Demodulator_Settings mode=\"FM\" transmissionSystem=\"AIS\"/>")));
         ASSERT_TRUE(recorder.isAISMode());
     }
-
     bool add(std::vector<PDUDataBlock> const& blocks, std::vector<DataBlock> const& texts = {})
     {
         return recorder.addTransmission(transmission(blocks, texts), stationXml);
     }
-
     static QDateTime now() { return Clock::currentDateTimeUtc(); }
-
     QString mainPath() const
     {
         QFile const* file = recorder.getXmlFile().getOpenFile();
         return file ? file->fileName() : QString();
     }
-
     QString stationPath(int mmsi) const
     {
         auto const station = recorder.getAISRecorderData(mmsi);
         QFile const* file = station ? station->getFile().getOpenFile() : nullptr;
         return file ? file->fileName() : QString();
     }
-
     std::vector<REPORTKIT::Text> const& records() const { return files.getResults().GetText(); }
+};
+
+class Recorder : public ::testing::Test, public Rig
+{
 };
 
 // -- Station entries --
 
-struct Report
+TEST(RecorderStations, NameWhenSetPositionWhenBothSet)
 {
-    QString sign;  // null: no call sign field
-    QString where; // null: no position field
-};
-
-struct MergeCase
-{
-    char const* name;
-    std::vector<Report> reports;
-    bool nameSet;
-    QString name2;
-    bool positionSet;
-    double latitude;
-    double longitude;
-};
-
-class StationMerge : public Recorder, public ::testing::WithParamInterface<MergeCase>
-{
-};
-
-TEST_P(StationMerge, NameWhenSetPositionWhenBothSet)
-{
-    MergeCase const& c = GetParam();
-    setAISMode();
-    QVector<int> ids;
-    for (std::size_t i = 0; i < c.reports.size(); ++i) {
-        int const id = int(i) + 1;
-        ids << id;
-        // Each report arrives as its own update of the same transmission, so only the new
-        // block must be scanned.
-        add({report(id, qint64(i) * 10, 211234567, c.reports[i].sign, c.reports[i].where)});
+    // Each report arrives as its own update of the same transmission, so only the new block
+    // must be scanned.
+    struct Report
+    {
+        QString sign, where;
+    };
+    // clang-format off
+    struct Case { char const* name; std::vector<Report> reports; bool nameSet; QString name2;
+                  bool positionSet; double latitude; double longitude; } const cases[] = {
+        {"name taken when set", {{"DABC", None}}, true, "DABC", false, 0, 0},
+        {"name kept when a later report has none", {{"DABC", None}, {None, None}}, true, "DABC", false, 0, 0},
+        {"later name replaces", {{"DABC", None}, {"DXYZ", None}}, true, "DXYZ", false, 0, 0},
+        {"empty call sign is a name", {{"DABC", None}, {"", None}}, true, "", false, 0, 0},
+        {"position taken when both set", {{None, NorthEast}}, false, None, true, 53.53625, 9.966667},
+        {"latitude alone never taken", {{None, SouthWestFar}}, false, None, false, 0, 0},
+        {"latitude alone keeps the earlier position", {{None, NorthEast}, {None, SouthWestFar}}, false, None, true, 53.53625, 9.966667},
+        {"later full position replaces", {{None, NorthEast}, {None, SouthWestNear}}, false, None, true, -33.85, -70.0},
+    };
+    // clang-format on
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig r;
+        r.setAISMode();
+        QVector<int> ids;
+        for (int i = 0; i < int(c.reports.size()); ++i) {
+            ids << i + 1;
+            r.add({report(i + 1, i * 10, 211234567, c.reports[i].sign, c.reports[i].where)});
+        }
+        auto const entry = r.recorder.getAISRecorderData(211234567);
+        ASSERT_TRUE(entry);
+        JobSpec::Station const& station = entry->getStation();
+        EXPECT_EQ(station.GetStationID(), 211234567);
+        EXPECT_EQ(station.GetTimeStamp(), T0.addSecs(qint64(c.reports.size() - 1) * 10));
+        EXPECT_EQ(entry->getBlockIDs(), ids);
+        EXPECT_EQ(station.IsNameSet(), c.nameSet);
+        EXPECT_EQ(station.GetName(), c.name2);
+        EXPECT_EQ(station.IsLatitudeSet(), c.positionSet);
+        EXPECT_EQ(station.IsLongitudeSet(), c.positionSet);
+        if (c.positionSet) {
+            EXPECT_NEAR(station.GetLatitude(), c.latitude, 5e-7);
+            EXPECT_NEAR(station.GetLongitude(), c.longitude, 5e-7);
+        }
+        EXPECT_EQ(std::size_t(r.stationXml.size()), c.reports.size());
     }
-    auto const entry = recorder.getAISRecorderData(211234567);
-    ASSERT_TRUE(entry);
-    JobSpec::Station const& station = entry->getStation();
-    EXPECT_EQ(station.GetStationID(), 211234567);
-    EXPECT_EQ(station.GetTimeStamp(), T0.addSecs(qint64(c.reports.size() - 1) * 10));
-    EXPECT_EQ(entry->getBlockIDs(), ids);
-    EXPECT_EQ(station.IsNameSet(), c.nameSet);
-    EXPECT_EQ(station.GetName(), c.name2);
-    EXPECT_EQ(station.IsLatitudeSet(), c.positionSet);
-    EXPECT_EQ(station.IsLongitudeSet(), c.positionSet);
-    if (c.positionSet) {
-        EXPECT_NEAR(station.GetLatitude(), c.latitude, 5e-7);
-        EXPECT_NEAR(station.GetLongitude(), c.longitude, 5e-7);
-    }
-    EXPECT_EQ(std::size_t(stationXml.size()), c.reports.size());
 }
 
-QString const None;
-QString const SouthWestNear = u("S 33°51'0'' W 70°0'0''");
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Rows, StationMerge, ::testing::Values(
-    MergeCase{"name_taken_when_set", {{"DABC", None}}, true, "DABC", false, 0, 0},
-    MergeCase{"name_kept_when_a_later_report_has_none", {{"DABC", None}, {None, None}}, true, "DABC", false, 0, 0},
-    MergeCase{"later_name_replaces", {{"DABC", None}, {"DXYZ", None}}, true, "DXYZ", false, 0, 0},
-    MergeCase{"empty_call_sign_is_a_name", {{"DABC", None}, {"", None}}, true, "", false, 0, 0},
-    MergeCase{"position_taken_when_both_set", {{None, NorthEast}}, false, None, true, 53.53625, 9.966667},
-    MergeCase{"latitude_alone_never_taken", {{None, SouthWestFar}}, false, None, false, 0, 0},
-    MergeCase{"latitude_alone_keeps_the_earlier_position", {{None, NorthEast}, {None, SouthWestFar}}, false, None, true, 53.53625, 9.966667},
-    MergeCase{"later_full_position_replaces", {{None, NorthEast}, {None, SouthWestNear}}, false, None, true, -33.85, -70.0}),
-    [](auto const& info) { return std::string(info.param.name); });
-// clang-format on
-
-TEST_F(Recorder, StationsOnlyInAISMode)
+TEST_F(Recorder, StationsOnlyInAISModeAndOnlyForBlocksWithAnMMSI)
 {
     recorder.setDemodulatorSettings(
         QStringLiteral("<Demodulator_Settings transmissionSystem=\"POCSAG\"/>"));
@@ -423,22 +371,18 @@ TEST_F(Recorder, StationsOnlyInAISMode)
     EXPECT_EQ(recorder.getAISStationCount(), 0);
     EXPECT_TRUE(stationXml.isEmpty());
     EXPECT_EQ(recorder.getXmlFile().getDueTime(), now().addSecs(-60));
-}
+    recorder.saveExpiredPendingChanges(now());
 
-TEST_F(Recorder, BlockWithoutMMSIGoesOnlyToTheMainFile)
-{
     setAISMode();
-    add({channelManagement(1, 0)});
+    add({channelManagement(2, 0)});
     EXPECT_EQ(recorder.getAISStationCount(), 0);
     EXPECT_TRUE(stationXml.isEmpty());
-    ASSERT_TRUE(recorder.getXmlFile().hasPendingChanges());
-    EXPECT_EQ(recorder.getXmlFile().getDueTime(), now().addSecs(-60));
-
-    recorder.saveExpiredPendingChanges(now());
+    EXPECT_EQ(recorder.getXmlFile().getDueTime(), now().addSecs(30));
+    recorder.saveExpiredPendingChanges(now().addSecs(30));
     ASSERT_FALSE(recorder.getXmlFile().hasPendingChanges());
 
     // A station report, by contrast, marks its station file and leaves the main file alone.
-    add({report(2, 1, 211234567, "DABC", NorthEast)});
+    add({report(3, 1, 211234567, "DABC", NorthEast)});
     EXPECT_FALSE(recorder.getXmlFile().hasPendingChanges());
     ASSERT_EQ(recorder.getAISStationCount(), 1);
     ASSERT_EQ(stationXml.size(), 1);
@@ -448,47 +392,34 @@ TEST_F(Recorder, BlockWithoutMMSIGoesOnlyToTheMainFile)
     EXPECT_EQ(fromXml.GetName(), QStringLiteral("DABC"));
 }
 
-struct ExpiryCase
+TEST(RecorderStations, SilentStationClosedAfter180Seconds)
 {
-    char const* name;
-    int pollAfterSeconds;
-    bool closed;
-};
+    for (int const seconds : {179, 180, 181}) {
+        SCOPED_TRACE(seconds);
+        bool const closed = seconds > 180;
+        Rig r;
+        r.setAISMode();
+        r.add({report(1, 0, 211234567, "DABC", NorthEast)});
+        r.recorder.saveExpiredPendingChanges(r.now()); // first write of the station file
+        QString const path = r.stationPath(211234567);
+        ASSERT_FALSE(path.isEmpty());
 
-class StationExpiry : public Recorder, public ::testing::WithParamInterface<ExpiryCase>
-{
-};
-
-TEST_P(StationExpiry, SilentStationClosedAfter180Seconds)
-{
-    ExpiryCase const& c = GetParam();
-    setAISMode();
-    add({report(1, 0, 211234567, "DABC", NorthEast)});
-    recorder.saveExpiredPendingChanges(now()); // first write of the station file
-    QString const path = stationPath(211234567);
-    ASSERT_FALSE(path.isEmpty());
-
-    zelkotest::TraceCapture capture(0x60);
-    Clock::advance(qint64(c.pollAfterSeconds) * 1000);
-    recorder.saveExpiredPendingChanges(now());
-    EXPECT_EQ(recorder.getAISStationCount(), c.closed ? 0 : 1);
-    EXPECT_EQ(capture.count(QStringLiteral("AISRecorderData::close 211234567")), c.closed ? 1 : 0);
-    // Completed files are reported with a stop time.
-    int completed = 0;
-    for (REPORTKIT::Text const& record : records()) {
-        if (record.GetURL() == path && record.GetMetadata().GetStopTime().isValid()) {
-            ++completed;
-        }
+        zelkotest::TraceCapture capture(0x60);
+        Clock::advance(seconds * 1000);
+        r.recorder.saveExpiredPendingChanges(r.now());
+        EXPECT_EQ(r.recorder.getAISStationCount(), closed ? 0 : 1);
+        EXPECT_EQ(capture.count(QStringLiteral("AISRecorderData::close 211234567")),
+                  closed ? 1 : 0);
+        // Completed files are reported with a stop time.
+        EXPECT_EQ(std::count_if(r.records().begin(), r.records().end(),
+                                [&](REPORTKIT::Text const& record) {
+                                    return record.GetURL() == path &&
+                                           record.GetMetadata().GetStopTime().isValid();
+                                }),
+                  closed ? 1 : 0);
+        EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString());
     }
-    EXPECT_EQ(completed, c.closed ? 1 : 0);
-    EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString());
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, StationExpiry,
-                         ::testing::Values(ExpiryCase{"after_179_s", 179, false},
-                                           ExpiryCase{"after_180_s", 180, false},
-                                           ExpiryCase{"after_181_s", 181, true}),
-                         [](auto const& info) { return std::string(info.param.name); });
 
 TEST_F(Recorder, NewReportPostponesExpiryAndAISModeLastsWhileStationsAreOpen)
 {
@@ -515,8 +446,8 @@ TEST_F(Recorder, StationFileDueAtOnceThen30SecondsFirstChangeWins)
     recorder.saveExpiredPendingChanges(now());
     QString const path = stationPath(211234567);
     ASSERT_FALSE(path.isEmpty());
-    EXPECT_EQ(
-        capture.count(QStringLiteral("AISRecorderData::saveFile 211234567 file %1").arg(path)), 1);
+    QString const saved = QStringLiteral("AISRecorderData::saveFile 211234567 file %1").arg(path);
+    EXPECT_EQ(capture.count(saved), 1);
 
     Clock::advance(10 * 1000);
     add({report(2, 10, 211234567)});
@@ -530,13 +461,8 @@ TEST_F(Recorder, StationFileDueAtOnceThen30SecondsFirstChangeWins)
     recorder.saveExpiredPendingChanges(T0.addSecs(39));
     EXPECT_TRUE(capture.lines().empty());
     recorder.saveExpiredPendingChanges(T0.addSecs(40));
-    EXPECT_EQ(
-        capture.count(QStringLiteral("AISRecorderData::saveFile 211234567 file %1").arg(path)), 1);
-
-    NerikResultData written;
-    ASSERT_TRUE(written.LoadFile(path)) << written.GetErrorText();
-    ASSERT_EQ(written.GetTransmission().size(), 1);
-    EXPECT_EQ(written.GetTransmission()[0]->GetPDUDataBlocks().size(), 3);
+    EXPECT_EQ(capture.count(saved), 1);
+    EXPECT_EQ(pduCount(path), 3);
 }
 
 TEST_F(Recorder, UnitSentAgainIsWrittenOnceToItsStationFile)
@@ -550,62 +476,52 @@ TEST_F(Recorder, UnitSentAgainIsWrittenOnceToItsStationFile)
     recorder.saveExpiredPendingChanges(now());
     QString const path = stationPath(211234567);
     recorder.closeFile();
-
-    NerikResultData written;
-    ASSERT_TRUE(written.LoadFile(path)) << written.GetErrorText();
-    EXPECT_EQ(written.GetTransmission()[0]->GetPDUDataBlocks().size(), 1);
+    EXPECT_EQ(pduCount(path), 1);
 }
 
 // -- Pending changes of the main result file --
 
-struct PendingCase
+TEST(RecorderPendingChanges, DueTime)
 {
-    char const* name;
-    // "c": a new current transmission; "d": new data; "w": new data, written at once;
-    // "+N": the clock N seconds on.
-    char const* steps;
-    qint64 dueAfterT0Seconds;
-};
-
-class PendingRows : public Recorder, public ::testing::WithParamInterface<PendingCase>
-{
-};
-
-TEST_P(PendingRows, DueTime)
-{
-    int nextId = 1;
-    for (QString const& step : QString::fromLatin1(GetParam().steps).split(' ')) {
-        if (step.startsWith('+')) {
-            Clock::advance(step.mid(1).toLongLong() * 1000);
-        } else if (step == QLatin1String("c")) {
-            recorder.setCurrentTransmission(
-                new Transmission(transmission({channelManagement(nextId++, 0)})));
-        } else {
-            add({channelManagement(nextId++, 0)});
-            if (step == QLatin1String("w")) {
-                recorder.saveExpiredPendingChanges(now());
-                ASSERT_FALSE(mainPath().isEmpty());
+    // Steps: "c" a new current transmission; "d" new data; "w" new data, written at once;
+    // "+N" the clock N seconds on.
+    // clang-format off
+    struct Case { char const* name; char const* steps; qint64 dueAfterT0Seconds; } const cases[] = {
+        {"setCurrentTransmission: 10 s", "c", 10},
+        {"new data without a file: due at once", "d", -60},
+        {"new data with a file: 30 s", "w +5 d", 35},
+        {"first change wins with a file", "w +5 d +20 d", 35},
+        {"due at once does not advance a pending change", "c +2 d", 10},
+        {"setCurrentTransmission keeps an earlier due time", "d c", -60},
+        {"written, then setCurrentTransmission: 10 s", "w +3 c", 13},
+    };
+    // clang-format on
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig r;
+        int nextId = 1;
+        for (QString const& step : QString::fromLatin1(c.steps).split(' ')) {
+            if (step.startsWith('+')) {
+                Clock::advance(step.mid(1).toLongLong() * 1000);
+            } else if (step == QLatin1String("c")) {
+                r.recorder.setCurrentTransmission(
+                    new Transmission(transmission({channelManagement(nextId++, 0)})));
+            } else {
+                r.add({channelManagement(nextId++, 0)});
+                if (step == QLatin1String("w")) {
+                    r.recorder.saveExpiredPendingChanges(r.now());
+                    ASSERT_FALSE(r.mainPath().isEmpty());
+                }
             }
         }
+        XmlFile const& file = r.recorder.getXmlFile();
+        ASSERT_TRUE(file.hasPendingChanges());
+        QDateTime const due = T0.addSecs(c.dueAfterT0Seconds);
+        EXPECT_EQ(file.getDueTime(), due);
+        EXPECT_FALSE(file.hasExpiredPendingChanges(due.addMSecs(-1)));
+        EXPECT_TRUE(file.hasExpiredPendingChanges(due));
     }
-    ASSERT_TRUE(recorder.getXmlFile().hasPendingChanges());
-    QDateTime const due = T0.addSecs(GetParam().dueAfterT0Seconds);
-    EXPECT_EQ(recorder.getXmlFile().getDueTime(), due);
-    EXPECT_FALSE(recorder.getXmlFile().hasExpiredPendingChanges(due.addMSecs(-1)));
-    EXPECT_TRUE(recorder.getXmlFile().hasExpiredPendingChanges(due));
 }
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Rows, PendingRows, ::testing::Values(
-    PendingCase{"setCurrentTransmission_10_s", "c", 10},
-    PendingCase{"new_data_without_a_file_due_at_once", "d", -60},
-    PendingCase{"new_data_with_a_file_30_s", "w +5 d", 35},
-    PendingCase{"first_change_wins_with_a_file", "w +5 d +20 d", 35},
-    PendingCase{"due_at_once_does_not_advance_a_pending_change", "c +2 d", 10},
-    PendingCase{"setCurrentTransmission_keeps_an_earlier_due_time", "d c", -60},
-    PendingCase{"written_then_setCurrentTransmission_10_s", "w +3 c", 13}),
-    [](auto const& info) { return std::string(info.param.name); });
-// clang-format on
 
 TEST_F(Recorder, ExpiredChangesWriteTheWholeDocumentAndLeaveTheFileForReopening)
 {
@@ -619,100 +535,72 @@ TEST_F(Recorder, ExpiredChangesWriteTheWholeDocumentAndLeaveTheFileForReopening)
     Clock::advance(1000);
     add({channelManagement(2, 1)});
     recorder.saveExpiredPendingChanges(T0.addSecs(30)); // due at 31 s
-    NerikResultData first;
-    ASSERT_TRUE(first.LoadFile(path));
-    EXPECT_EQ(first.GetTransmission()[0]->GetPDUDataBlocks().size(), 1);
-
+    EXPECT_EQ(pduCount(path), 1);
     recorder.saveExpiredPendingChanges(T0.addSecs(31));
-    NerikResultData second;
-    ASSERT_TRUE(second.LoadFile(path)) << second.GetErrorText();
-    EXPECT_EQ(second.GetTransmission()[0]->GetPDUDataBlocks().size(), 2);
+    EXPECT_EQ(pduCount(path), 2);
     EXPECT_EQ(filesIn(dir.path()).size(), 1); // rewritten, never split
     EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString());
 }
 
 // -- Channel selection --
 
-struct ChannelCase
+TEST(RecorderChannels, UnselectedChannelsAreLeftOutOfTheFileOnly)
 {
-    char const* name;
-    QString selection; // empty: none set
-    std::vector<int> written;
-};
-
-class ChannelFilter : public Recorder, public ::testing::WithParamInterface<ChannelCase>
-{
-};
-
-TEST_P(ChannelFilter, LeavesUnselectedChannelsOutOfTheFileOnly)
-{
-    ChannelCase const& c = GetParam();
-    if (!c.selection.isEmpty()) {
-        recorder.setChannelSelection(c.selection);
+    // selection empty: none set.
+    // clang-format off
+    struct Case { char const* name; QString selection; std::vector<int> written; } const cases[] = {
+        {"no selection writes every channel", "", {0, 1}},
+        {"channel 1 selected", "<ChannelSelection><Value>1</Value></ChannelSelection>", {1}},
+        {"every channel excluded", "<ChannelSelection><Value>300</Value></ChannelSelection>", {}},
+    };
+    // clang-format on
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig r;
+        if (!c.selection.isEmpty()) {
+            r.recorder.setChannelSelection(c.selection);
+        }
+        r.add({},
+              {textBlock(0, QStringLiteral("ZCZC"), 1), textBlock(1, QStringLiteral("NNNN"), 2)});
+        r.recorder.saveFile();
+        QString const path = r.mainPath();
+        ASSERT_FALSE(path.isEmpty());
+        EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString());
+        NerikResultData written;
+        ASSERT_TRUE(written.LoadFile(path)) << written.GetErrorText();
+        ASSERT_EQ(written.GetTransmission().size(), 1);
+        std::vector<int> channels;
+        for (DataBlock const* block : written.GetTransmission()[0]->GetDataBlock()) {
+            channels.push_back(block->GetChannel());
+        }
+        EXPECT_EQ(channels, c.written);
+        EXPECT_EQ(r.recorder.getCurrentTransmission()->GetDataBlock().size(), 2); // model keeps all
     }
-    add({}, {textBlock(0, QStringLiteral("ZCZC"), 1), textBlock(1, QStringLiteral("NNNN"), 2)});
-    recorder.saveFile();
-    QString const path = mainPath();
-    ASSERT_FALSE(path.isEmpty());
-    EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString());
-
-    NerikResultData written;
-    ASSERT_TRUE(written.LoadFile(path)) << written.GetErrorText();
-    ASSERT_EQ(written.GetTransmission().size(), 1);
-    std::vector<int> channels;
-    for (DataBlock const* block : written.GetTransmission()[0]->GetDataBlock()) {
-        channels.push_back(block->GetChannel());
-    }
-    EXPECT_EQ(channels, c.written);
-    EXPECT_EQ(recorder.getCurrentTransmission()->GetDataBlock().size(), 2); // model keeps all
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, ChannelFilter,
-    ::testing::Values(
-        ChannelCase{"no_selection_writes_every_channel", QString(), {0, 1}},
-        ChannelCase{"channel_1_selected",
-                    QStringLiteral("<ChannelSelection><Value>1</Value></ChannelSelection>"),
-                    {1}},
-        ChannelCase{"every_channel_excluded",
-                    QStringLiteral("<ChannelSelection><Value>300</Value></ChannelSelection>"),
-                    {}}),
-    [](auto const& info) { return std::string(info.param.name); });
 
 // -- Closing --
 
-struct NoDataCase
+TEST(RecorderClose, WithoutChangesNothingIsWrittenButTheModelIsClosedAndCleared)
 {
-    char const* name;
-    std::function<void(RecorderModel&)> before;
-    int closedTransmissions;
-};
-
-class NoData : public Recorder, public ::testing::WithParamInterface<NoDataCase>
-{
-};
-
-TEST_P(NoData, CloseWritesNothingButStillClosesAndClears)
-{
-    ClosedLog log;
-    recorder.setCallback(&log);
-    GetParam().before(recorder);
-    recorder.closeFile();
-    EXPECT_TRUE(filesIn(dir.path()).isEmpty());
-    EXPECT_TRUE(records().empty());
-    EXPECT_EQ(recorder.getCurrentTransmission(), nullptr);
-    EXPECT_TRUE(recorder.getResultData()->GetTransmission().isEmpty());
-    EXPECT_EQ(recorder.getFileName(), QString());
-    EXPECT_EQ(log.closed, GetParam().closedTransmissions);
+    for (bool const withTransmission : {false, true}) {
+        SCOPED_TRACE(withTransmission);
+        Rig r;
+        ClosedLog log;
+        r.recorder.setCallback(&log);
+        if (withTransmission) {
+            r.recorder.createTransmission(T0);
+        } else {
+            r.recorder.setCurrentTransmission(nullptr);
+        }
+        r.recorder.closeFile();
+        EXPECT_TRUE(filesIn(r.dir.path()).isEmpty());
+        EXPECT_TRUE(r.records().empty());
+        EXPECT_EQ(r.recorder.getCurrentTransmission(), nullptr);
+        EXPECT_TRUE(r.recorder.getResultData()->GetTransmission().isEmpty());
+        EXPECT_EQ(r.recorder.getFileName(), QString());
+        EXPECT_EQ(log.closed, withTransmission ? 1 : 0);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, NoData,
-    ::testing::Values(NoDataCase{"no_transmission",
-                                 [](RecorderModel& r) { r.setCurrentTransmission(nullptr); }, 0},
-                      NoDataCase{"transmission_without_changes",
-                                 [](RecorderModel& r) { r.createTransmission(T0); }, 1}),
-    [](auto const& info) { return std::string(info.param.name); });
 
 TEST_F(Recorder, CloseWritesPendingChangesCompletesAndClears)
 {
@@ -720,10 +608,9 @@ TEST_F(Recorder, CloseWritesPendingChangesCompletesAndClears)
     recorder.setCallback(&log);
     recorder.setCurrentTransmission(new Transmission(transmission({channelManagement(1, 0)})));
     recorder.closeFile();
-    QStringList const written = filesIn(dir.path());
-    ASSERT_EQ(written.size(), 1);
-    EXPECT_EQ(written[0], QStringLiteral("NerikResultData_%1.xml")
-                              .arg(Clock::currentDateTime().toString("yyyyMMdd_hhmmss")));
+    EXPECT_EQ(filesIn(dir.path()),
+              QStringList{QStringLiteral("NerikResultData_%1.xml")
+                              .arg(Clock::currentDateTime().toString("yyyyMMdd_hhmmss"))});
     ASSERT_EQ(records().size(), 1u);
     EXPECT_TRUE(records()[0].GetMetadata().GetStopTime().isValid());
     EXPECT_EQ(records()[0].GetMetadata().GetDetail().GetCode(), QStringLiteral("DecodedText"));
@@ -751,8 +638,6 @@ TEST_F(Recorder, DirectoryThatRefusesFilesCountsAsAFailedSave)
     EXPECT_TRUE(records().empty());
 }
 
-// -- File names --
-
 TEST_F(Recorder, GetFileNameListsMainThenStationsByMMSI)
 {
     EXPECT_EQ(recorder.getFileName(), QString());
@@ -765,25 +650,15 @@ TEST_F(Recorder, GetFileNameListsMainThenStationsByMMSI)
     add({report(2, 1, 366999000, "WDC1234"), report(3, 2, 211234567, "DABC")});
     EXPECT_EQ(recorder.getFileName(), mainPath()); // station files not created yet
     recorder.saveExpiredPendingChanges(now());
-    QString const expected =
-        QStringList{mainPath(), stationPath(211234567), stationPath(366999000)}.join('\n');
-    EXPECT_EQ(recorder.getFileName(), expected);
-    EXPECT_TRUE(stationPath(211234567).contains(QRegularExpression("/AISStation_211234567_"
-                                                                   "\\d{8}_\\d{6}\\.xml$")));
+    EXPECT_EQ(recorder.getFileName(),
+              QStringList({mainPath(), stationPath(211234567), stationPath(366999000)}).join('\n'));
+    EXPECT_TRUE(stationPath(211234567).contains(
+        QRegularExpression("/AISStation_211234567_\\d{8}_\\d{6}\\.xml$")));
     recorder.closeFile();
     EXPECT_EQ(recorder.getFileName(), QString());
 }
 
 // -- Settings --
-
-struct BadSettingsCase
-{
-    char const* name;
-    QString operation;
-    QString xml;
-    std::function<void(RecorderModel&, QString const&)> set;
-    std::function<QString(QString const&)> parseError; // the library's own complaint
-};
 
 template <typename Settings>
 QString complaint(QString const& xml)
@@ -793,48 +668,41 @@ QString complaint(QString const& xml)
     return settings.LastXmlError();
 }
 
-class BadSettings : public Recorder, public ::testing::WithParamInterface<BadSettingsCase>
+TEST(RecorderSettings, BadSettingsAreTracedWithTheOperationAndLeaveTheSettingsAlone)
 {
-};
-
-TEST_P(BadSettings, TracedWithTheOperationAndLeaveTheSettingsAlone)
-{
-    BadSettingsCase const& c = GetParam();
-    recorder.setTunerSettings(QStringLiteral(
-        "<Tuner_Settings device=\"EB500\"><AntennaSettings name=\"HE600\" port=\"1\"/>"
-        "<Audio_Settings mode=\"FM\"/><FFM_Settings frequency=\"161975000\"/></Tuner_Settings>"));
-    QString const before = recorder.getTunerSettings().GetXmlString();
-
-    zelkotest::TraceCapture capture(0x20);
-    c.set(recorder, c.xml);
-    ASSERT_EQ(capture.lines().size(), 1u) << capture.messages().join('\n').toStdString();
-    EXPECT_EQ(capture.lines()[0].message, c.operation + QStringLiteral(": ") + c.parseError(c.xml));
-    EXPECT_TRUE(capture.lines()[0].message.contains(QStringLiteral(": line ")));
-    EXPECT_EQ(capture.lines()[0].sourceFile,
-              QStringLiteral("massdatamanagement/zelkodatastreamconverter/recordermodel"));
-    EXPECT_EQ(recorder.getTunerSettings().GetXmlString(), before);
-    EXPECT_EQ(recorder.getFrequency(), 161975000.0);
+    using Setter = void (RecorderModel::*)(QString const&);
+    // parseError: the library's own complaint about the text.
+    // clang-format off
+    struct Case { QString operation; QString xml; Setter set; QString (*parseError)(QString const&); }
+    const cases[] = {
+        {"setAntennaSettings", "<AntennaSettings name=\"HE600\"", &RecorderModel::setAntennaSettings,
+         complaint<REPORTKIT::Antenna_Settings>},
+        {"setAudioSettings", "<FFM_Settings frequency=\"1\"/>", &RecorderModel::setAudioSettings,
+         complaint<REPORTKIT::Audio_Settings>},
+        {"setTunerSettings", "tuner please", &RecorderModel::setTunerSettings,
+         complaint<REPORTKIT::Tuner_Settings>},
+        {"setFFMSettings", "<FFM_Settings frequency=\"VHF\"/>", &RecorderModel::setFFMSettings,
+         complaint<REPORTKIT::FFM_Settings>},
+    };
+    // clang-format on
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.operation);
+        Rig r;
+        r.recorder.setTunerSettings(QStringLiteral(
+            "<Tuner_Settings device=\"EB500\"><AntennaSettings name=\"HE600\" port=\"1\"/>"
+            "<Audio_Settings mode=\"FM\"/><FFM_Settings "
+            "frequency=\"161975000\"/></Tuner_Settings>"));
+        QString const before = r.recorder.getTunerSettings().GetXmlString();
+        zelkotest::TraceCapture capture(0x20);
+        (r.recorder.*c.set)(c.xml);
+        ASSERT_EQ(capture.lines().size(), 1u) << capture.messages().join('\n');
+        EXPECT_EQ(capture.lines()[0].message, c.operation + ": " + c.parseError(c.xml));
+        EXPECT_TRUE(capture.lines()[0].message.contains(QStringLiteral(": line ")));
+        EXPECT_EQ(capture.lines()[0].sourceFile, Source + QStringLiteral("recordermodel"));
+        EXPECT_EQ(r.recorder.getTunerSettings().GetXmlString(), before);
+        EXPECT_EQ(r.recorder.getFrequency(), 161975000.0);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, BadSettings,
-    ::testing::Values(
-        BadSettingsCase{"antenna_broken_xml", "setAntennaSettings",
-                        "<AntennaSettings name=\"HE600\"",
-                        [](RecorderModel& r, QString const& x) { r.setAntennaSettings(x); },
-                        complaint<REPORTKIT::Antenna_Settings>},
-        BadSettingsCase{"audio_wrong_element", "setAudioSettings",
-                        "<FFM_Settings frequency=\"1\"/>",
-                        [](RecorderModel& r, QString const& x) { r.setAudioSettings(x); },
-                        complaint<REPORTKIT::Audio_Settings>},
-        BadSettingsCase{"tuner_not_xml", "setTunerSettings", "tuner please",
-                        [](RecorderModel& r, QString const& x) { r.setTunerSettings(x); },
-                        complaint<REPORTKIT::Tuner_Settings>},
-        BadSettingsCase{"ffm_frequency_not_a_number", "setFFMSettings",
-                        "<FFM_Settings frequency=\"VHF\"/>",
-                        [](RecorderModel& r, QString const& x) { r.setFFMSettings(x); },
-                        complaint<REPORTKIT::FFM_Settings>}),
-    [](auto const& info) { return std::string(info.param.name); });
 
 TEST_F(Recorder, GoodSettingsGoIntoTheKeptTuner)
 {
@@ -850,19 +718,14 @@ TEST_F(Recorder, GoodSettingsGoIntoTheKeptTuner)
     EXPECT_EQ(tuner.GetFFM_Settings().GetFrequency().GetValue(), 162025000.0);
     EXPECT_EQ(recorder.getFrequency(), 162025000.0);
     EXPECT_EQ(recorder.getXmlFile().getFrequency(), 162025000.0);
-}
 
-TEST_F(Recorder, AntennaReplacedOnlyWhenDifferent)
-{
-    QString const he600 = QStringLiteral("<AntennaSettings name=\"HE600\" port=\"1\"/>");
-    recorder.setTunerSettings(QStringLiteral("<Tuner_Settings>") + he600 +
-                              QStringLiteral("</Tuner_Settings>"));
     // The kept tuner does not validate, and so neither does its antenna; a freshly read
     // antenna would. An equal antenna must therefore leave the kept object as it is.
+    QString const he600 = QStringLiteral("<AntennaSettings name=\"HE600\" port=\"1\"/>");
+    recorder.setTunerSettings("<Tuner_Settings>" + he600 + "</Tuner_Settings>");
     ASSERT_FALSE(recorder.getTunerSettings().GetAntennaSettings().GetValidate());
     recorder.setAntennaSettings(he600);
     EXPECT_FALSE(recorder.getTunerSettings().GetAntennaSettings().GetValidate());
-
     QString const hf = QStringLiteral("<AntennaSettings name=\"HF rod\" port=\"2\"/>");
     recorder.setAntennaSettings(hf);
     REPORTKIT::Antenna_Settings expected;
@@ -870,15 +733,12 @@ TEST_F(Recorder, AntennaReplacedOnlyWhenDifferent)
     EXPECT_TRUE(recorder.getTunerSettings().GetAntennaSettings() == expected);
 }
 
-// -- Info records --
-
 TEST_F(Recorder, CurrentInfoRecordsTunerAndDemodulatorSettings)
 {
     recorder.setTunerSettings(
         QStringLiteral("<Tuner_Settings device=\"EB500\"><FFM_Settings frequency=\"161975000\"/>"
                        "</Tuner_Settings>"));
-    recorder.setDemodulatorSettings(
-        QStringLiteral("<Demodulator_Settings mode=\"FM\" transmissionSystem=\"AIS\"/>"));
+    setAISMode();
     recorder.setCurrentTransmission(new Transmission(transmission({})));
     Transmission const* current = recorder.getCurrentTransmission();
     ASSERT_EQ(current->GetInfos().size(), 1);
@@ -900,12 +760,10 @@ TEST_F(Recorder, CurrentInfoRecordsTunerAndDemodulatorSettings)
 // -- Driven by hand, as a host would --
 
 // File names carry the local creation time; the golden copies must not.
-QString normalisedName(QString const& name)
+QString normalisedName(QString name)
 {
-    QString result = name;
-    result.replace(QRegularExpression(QStringLiteral("_\\d{8}_\\d{6}")),
-                   QStringLiteral("_yyyyMMdd_hhmmss"));
-    return result;
+    return name.replace(QRegularExpression(QStringLiteral("_\\d{8}_\\d{6}")),
+                        QStringLiteral("_yyyyMMdd_hhmmss"));
 }
 
 QString const JobSettingsXml = QStringLiteral(
@@ -946,7 +804,7 @@ TEST(RecorderByHand, ResultFileAndStationFilesValidateAndMatchTheGoldenCopies)
     }
 
     QStringList const written = filesIn(dir.path());
-    ASSERT_EQ(written.size(), 3) << written.join(' ').toStdString();
+    ASSERT_EQ(written.size(), 3) << written.join(' ');
     QStringList listing;
     for (REPORTKIT::Text const& record : files.getResults().GetText()) {
         EXPECT_TRUE(record.GetMetadata().GetStopTime().isValid());
@@ -958,12 +816,11 @@ TEST(RecorderByHand, ResultFileAndStationFilesValidateAndMatchTheGoldenCopies)
     EXPECT_EQ(zelkotest::compareWithGolden((listing.join('\n') + '\n').toUtf8(),
                                            QStringLiteral("recordermodel/by-hand-files.txt")),
               QString());
-
     for (QString const& name : written) {
         QString const path = dir.filePath(name);
-        EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString()) << name.toStdString();
+        EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString()) << name;
         QString const golden = normalisedName(name)
-                                   .replace(QStringLiteral("_yyyyMMdd_hhmmss"), QString())
+                                   .remove(QStringLiteral("_yyyyMMdd_hhmmss"))
                                    .prepend(QStringLiteral("recordermodel/by-hand-"));
         EXPECT_EQ(zelkotest::compareWithGolden(readAll(path), golden), QString());
     }
