@@ -320,18 +320,6 @@ TEST(BurstConverter, FrequencySetFollowsTheToleranceSettings)
         << "every gap ends a segment";
 }
 
-TEST(BurstSampling, FewBurstsAreAllReturnedInLevelOrder)
-{
-    BurstEmissionListConverter converter;
-    converter.processFrame(frame(1, 0, 1, levels(70)).frameBytes());
-    auto const windows = converter.drawRandomSampleFTWsForRadioID(1);
-    ASSERT_EQ(windows.size(), 70u);
-    // Level falls with the record index, so ascending level is descending frequency.
-    for (std::size_t k = 0; k < windows.size(); ++k) {
-        EXPECT_EQ(windows[k].startFrequency, 100000000.0 + 1000.0 * double(69 - k) - 250.0) << k;
-    }
-}
-
 TEST(BurstSampling, ManyBurstsAreTrimmedAndSampledEvenly)
 {
     // 100 bursts: level ranks 15 .. 94 kept (m = 80), step 2, then topped up to 75.
@@ -371,7 +359,7 @@ TEST(BurstSampling, ManyBurstsAreTrimmedAndSampledEvenly)
     EXPECT_TRUE(sawZero && sawOne) << "both offsets occur";
 }
 
-TEST(BurstSampling, OnlySegmentsWithinTheTimeSpanCount)
+TEST(BurstSampling, OnlySegmentsWithinTheTimeSpanCountInLevelOrder)
 {
     BurstEmissionListConverter converter;
     converter.setSamplingParameters(5000, 75, 0.15f, 0.95f);
@@ -379,8 +367,13 @@ TEST(BurstSampling, OnlySegmentsWithinTheTimeSpanCount)
     converter.processFrame(frame(1, 1000, 1, levels(10, -30.f)).frameBytes()); // stop 2000
     converter.processFrame(frame(1, 5000, 2, levels(10, -50.f)).frameBytes()); // stop 7000
     // t0 = 7000 − 5000 = 2000: the first segment whose stop is above it is the third.
-    auto windows = converter.drawRandomSampleFTWsForRadioID(1);
-    EXPECT_EQ(windows.size(), 10u);
+    // Fewer bursts than samples are all returned in ascending level, which falls with the
+    // record index: descending frequency.
+    auto const windows = converter.drawRandomSampleFTWsForRadioID(1);
+    ASSERT_EQ(windows.size(), 10u);
+    for (std::size_t k = 0; k < windows.size(); ++k) {
+        EXPECT_EQ(windows[k].startFrequency, 1e8 + 1000.0 * double(9 - k) - 250.0) << k;
+    }
     converter.setSamplingParameters(5001, 75, 0.15f, 0.95f);
     EXPECT_EQ(converter.drawRandomSampleFTWsForRadioID(1).size(), 20u);
     converter.setSamplingParameters(100000, 0, 0.15f, 0.95f);
