@@ -79,7 +79,10 @@ struct ThrowingCallback : FileInfoCallback
     bool reportKit = true;
     void fileInfo(REPORTKIT::IRGObject const&) override
     {
-        reportKit ? throw REPORTKIT::RGException(QStringLiteral("Binary: bad metadata")) : throw 42;
+        if (reportKit) {
+            throw REPORTKIT::RGException(QStringLiteral("Binary: bad metadata"));
+        }
+        throw 42;
     }
 };
 
