@@ -189,15 +189,14 @@ TEST(CfgCenter, LoadsTestPluginAtRunTimeAndReleasesIt)
 TEST(CfgCenter, SharedInstancesAreCountedPerLibraryAndSecondName)
 {
     ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
-    QString const name = QStringLiteral("ZelkoTestPlugin.DLL");
-    IDllInstance* a =
-        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("s"), true, false);
-    IDllInstance* b =
-        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("s"), true, false);
-    IDllInstance* other =
-        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("t"), true, false);
-    IDllInstance* unshared =
-        CfgCenter::CreateDllInstanceByFileName(name, QStringLiteral("s"), false, false);
+    auto create = [](char const* secondName, bool shared) {
+        return CfgCenter::CreateDllInstanceByFileName(QStringLiteral("ZelkoTestPlugin.DLL"),
+                                                      QLatin1String(secondName), shared, false);
+    };
+    IDllInstance* a = create("s", true);
+    IDllInstance* b = create("s", true);
+    IDllInstance* other = create("t", true);
+    IDllInstance* unshared = create("s", false);
     ASSERT_NE(a, nullptr);
     EXPECT_EQ(a, b);
     EXPECT_NE(a, other);
@@ -208,8 +207,9 @@ TEST(CfgCenter, SharedInstancesAreCountedPerLibraryAndSecondName)
     EXPECT_FALSE(died) << "one user is left";
     EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(b));
     EXPECT_TRUE(died);
-    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(other));
-    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(unshared));
+    for (IDllInstance* rest : {other, unshared}) {
+        EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(rest));
+    }
 }
 
 TEST(CfgCenter, BadLibrariesAnswerNullWithTheLoaderError)

@@ -67,34 +67,26 @@ TEST(NerikResultData, EqualityNoticesEveryKindOfDifference)
 {
     auto const original = sample::richDocument();
     using Change = std::function<void(NerikResultData&)>;
+    auto first = [](NerikResultData& d) { return d.GetTransmission()[0]; };
+    auto block = [&](NerikResultData& d) { return first(d)->GetDataBlock()[0]; };
     std::vector<std::pair<char const*, Change>> const changes = {
-        {"stop time", [](NerikResultData& d) { d.GetTransmission()[0]->SetStopTime(QDateTime()); }},
-        {"info item",
-         [](NerikResultData& d) { d.GetTransmission()[0]->GetInfos()[0]->SetItem("x", "y"); }},
-        {"raw content",
-         [](NerikResultData& d) {
-             d.GetTransmission()[0]->GetDataBlock()[0]->AppendRawData(QChar(0));
-         }},
+        {"stop time", [&](NerikResultData& d) { first(d)->SetStopTime(QDateTime()); }},
+        {"info item", [&](NerikResultData& d) { first(d)->GetInfos()[0]->SetItem("x", "y"); }},
+        {"raw content", [&](NerikResultData& d) { block(d)->AppendRawData(QChar(0)); }},
         {"time stamp raw position",
-         [](NerikResultData& d) {
-             d.GetTransmission()[0]->GetDataBlock()[0]->GetTimeStamp()[0].SetRawPosition(9);
-         }},
+         [&](NerikResultData& d) { block(d)->GetTimeStamp()[0].SetRawPosition(9); }},
         {"user data covered text",
-         [](NerikResultData& d) {
-             d.GetTransmission()[0]->GetDataBlock()[0]->GetUserData()[0]->coveredText += "!";
-         }},
+         [&](NerikResultData& d) { block(d)->GetUserData()[0]->coveredText += "!"; }},
         {"rtl flag",
-         [](NerikResultData& d) {
-             d.GetTransmission()[0]->GetDataBlock()[1]->SetContentDirectionRTL(false);
-         }},
+         [&](NerikResultData& d) { first(d)->GetDataBlock()[1]->SetContentDirectionRTL(false); }},
         {"payload bits",
-         [](NerikResultData& d) {
-             auto& p = d.GetTransmission()[0]->GetPDUDataBlocks()[0]->GetPayload();
+         [&](NerikResultData& d) {
+             auto& p = first(d)->GetPDUDataBlocks()[0]->GetPayload();
              p.SetData(p.GetData(), p.GetDataElements(), 2);
          }},
         {"grandchild field",
-         [](NerikResultData& d) {
-             d.GetTransmission()[0]
+         [&](NerikResultData& d) {
+             first(d)
                  ->GetPDUDataBlocks()[0]
                  ->GetPDUDataBlocks()[0]
                  ->GetPDUDataBlocks()[0]
