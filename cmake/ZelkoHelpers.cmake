@@ -19,15 +19,20 @@ function(zelko_add_platform_library name)
     install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name})
 endfunction()
 
-# zelko_add_test(NAME SOURCES... LIBS ...)
-# One GoogleTest executable; each TEST becomes its own ctest entry.
+# zelko_add_test(NAME [SERIAL] SOURCES... LIBS ...)
+# One GoogleTest executable; each TEST becomes its own ctest entry. SERIAL runs its tests
+# alone, for tests whose timing rules (lock waits) a loaded machine could break.
 function(zelko_add_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    cmake_parse_arguments(ARG "SERIAL" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE GTest::gtest GTest::gtest_main ${ARG_LIBS})
     target_compile_definitions(${name} PRIVATE
         ZELKO_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
         ZELKO_BINARY_DIR="${PROJECT_BINARY_DIR}")
+    set(serial FALSE)
+    if(ARG_SERIAL)
+        set(serial TRUE)
+    endif()
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-        PROPERTIES ENVIRONMENT "ZELKO_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+        PROPERTIES ENVIRONMENT "ZELKO_SOURCE_DIR=${PROJECT_SOURCE_DIR}" RUN_SERIAL ${serial})
 endfunction()
