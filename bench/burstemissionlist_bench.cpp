@@ -79,7 +79,8 @@ std::vector<QByteArray> const& frames()
 // Moves a frame forward in time so that a long run never looks like a new recording.
 void setStartTime(QByteArray& frame, quint64 startTime)
 {
-    std::memcpy(frame.data() + 36, &startTime, sizeof startTime);
+    frame.replace(36, int(sizeof startTime), reinterpret_cast<char const*>(&startTime),
+                  int(sizeof startTime));
 }
 
 void BM_ProcessFrame(benchmark::State& state)
