@@ -44,29 +44,8 @@ bool Settings::ReadXml(QXmlStreamReader& reader, QString& error)
     Settings read;
     read.SetValidate(GetValidate());
     read.m_name = reader.attributes().value(QStringLiteral("name")).toString();
-    REPORTKIT::XmlElementObject* const parts[] = {&read.m_tuner, &read.m_demodulator,
-                                                &read.m_channels};
-    int next = 0;
-    while (in.nextChild()) {
-        int found = -1;
-        for (int i = next; i < 3; ++i) {
-            if (reader.name() == parts[i]->ElementName()) {
-                found = i;
-                break;
-            }
-        }
-        if (found < 0) {
-            if (!in.unexpectedElement()) {
-                return false;
-            }
-            continue;
-        }
-        if (!parts[found]->ReadXml(reader, error)) {
-            return false;
-        }
-        next = found + 1;
-    }
-    if (!in.ok()) {
+    if (!ReadChildrenInOrder(in, reader, {&read.m_tuner, &read.m_demodulator, &read.m_channels},
+                             error)) {
         return false;
     }
     *this = read;

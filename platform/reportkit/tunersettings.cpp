@@ -63,28 +63,7 @@ bool Tuner_Settings::ReadXml(QXmlStreamReader& reader, QString& error)
     read.m_device = reader.attributes().value(QStringLiteral("device")).toString();
     read.m_attenuation = attenuation;
     // The children keep a fixed order, each at most once, as the schema says.
-    int next = 0;
-    while (in.nextChild()) {
-        XmlElementObject* const parts[] = {&read.m_antenna, &read.m_audio, &read.m_ffm};
-        int found = -1;
-        for (int i = next; i < 3; ++i) {
-            if (reader.name() == parts[i]->ElementName()) {
-                found = i;
-                break;
-            }
-        }
-        if (found < 0) {
-            if (!in.unexpectedElement()) {
-                return false;
-            }
-            continue;
-        }
-        if (!parts[found]->ReadXml(reader, error)) {
-            return false;
-        }
-        next = found + 1;
-    }
-    if (!in.ok()) {
+    if (!ReadChildrenInOrder(in, reader, {&read.m_antenna, &read.m_audio, &read.m_ffm}, error)) {
         return false;
     }
     *this = read;

@@ -44,4 +44,28 @@ bool XmlElementObject::SetXmlString(QString const& xml, int options)
     return ok;
 }
 
+bool XmlElementObject::ReadChildrenInOrder(XmlReading& in, QXmlStreamReader& reader,
+                                           std::initializer_list<XmlElementObject*> parts,
+                                           QString& error)
+{
+    auto next = parts.begin();
+    while (in.nextChild()) {
+        auto found = next;
+        while (found != parts.end() && reader.name() != (*found)->ElementName()) {
+            ++found;
+        }
+        if (found == parts.end()) {
+            if (!in.unexpectedElement()) {
+                return false;
+            }
+            continue;
+        }
+        if (!(*found)->ReadXml(reader, error)) {
+            return false;
+        }
+        next = found + 1;
+    }
+    return in.ok();
+}
+
 } // namespace REPORTKIT

@@ -2,8 +2,14 @@
 
 #include "irgobject.h"
 
+#include <initializer_list>
+
 class QXmlStreamReader;
 class QXmlStreamWriter;
+
+namespace REPORTKIT {
+class XmlReading;
+}
 
 namespace REPORTKIT {
 
@@ -35,6 +41,12 @@ public:
 
 protected:
     XmlElementObject() = default;
+
+    /// Reads the child elements of the current element into parts, which must come in the
+    /// order given and each at most once; other elements are refused or skipped as `in`
+    /// says. False, with the reason in error, on the first fault.
+    static bool ReadChildrenInOrder(XmlReading& in, QXmlStreamReader& reader,
+                                    std::initializer_list<XmlElementObject*> parts, QString& error);
     XmlElementObject(XmlElementObject const&) = default;
     XmlElementObject& operator=(XmlElementObject const&) = default;
 };
