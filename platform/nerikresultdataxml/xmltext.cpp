@@ -3,6 +3,7 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 #include <QtEndian>
+#include <algorithm>
 #include <array>
 #include <reportkit/xmlreading.h>
 
@@ -70,6 +71,9 @@ void XmlText::writeTextAndEnd(QXmlStreamWriter& writer, QString const& text)
 }
 
 namespace {
+
+// Text is handed to the writer in pieces of this many code units at most.
+constexpr int WritePieceUnits = 1 << 16;
 
 // Length of the escape of u: <c u="HHHH"/>.
 int const escapeLength = 13;
@@ -156,35 +160,40 @@ QByteArray toLittleEndianBytes(QString const& text)
 
 void XmlText::writeEscaped(QXmlStreamWriter& writer, QString const& text)
 {
+    // The text is escaped here and handed over through writeDTD(), the writer's one verbatim
+    // output: the writer itself has no way to put a character reference or an element into
+    // text except one call each, which costs a device write per carriage return, and its own
+    // escaping is slower than this. The caller has switched auto-formatting off, so nothing
+    // is added around the text. Long texts go out in pieces, so that no copy of a whole
+    // channel's text is made on the way to the file.
     ushort const* units = text.utf16();
     int const size = text.size();
-    // Count what escaping adds; most texts need little or nothing.
-    qint64 extra = 0;
-    for (int i = 0; i < size; ++i) {
-        unsigned char const add = extraOf[units[i]];
-        if (add != LookCloser) {
-            extra += add;
-        } else if (classify(units, size, i) == Unit::Escape) {
-            extra += escapeLength - 1;
+    QString piece;
+    for (int begin = 0; begin < size;) {
+        int end = std::min(size, begin + WritePieceUnits);
+        if (end < size && QChar::isHighSurrogate(units[end - 1])) {
+            --end; // a surrogate pair stays in one piece
         }
+        qint64 extra = 0; // most texts need little or no escaping
+        for (int i = begin; i < end; ++i) {
+            unsigned char const add = extraOf[units[i]];
+            if (add != LookCloser) {
+                extra += add;
+            } else if (classify(units, end, i) == Unit::Escape) {
+                extra += escapeLength - 1;
+            }
+        }
+        if (extra == 0 && begin == 0 && end == size) {
+            writer.writeDTD(text);
+            return;
+        }
+        piece.resize(int(end - begin + extra));
+        QChar* const written = escapeInto(units + begin, end - begin, piece.data());
+        Q_ASSERT(written == piece.constData() + piece.size());
+        Q_UNUSED(written);
+        writer.writeDTD(piece);
+        begin = end;
     }
-    if (size == 0) {
-        return;
-    }
-    // The text is escaped here and handed over in one piece through writeDTD(), the writer's
-    // one verbatim output: the writer itself has no way to put a character reference or an
-    // element into text except one call each, which costs a device write per carriage return,
-    // and its own escaping is slower than this. The caller has switched auto-formatting off,
-    // so nothing is added around the text.
-    if (extra == 0) {
-        writer.writeDTD(text);
-        return;
-    }
-    QString out(int(size + extra), Qt::Uninitialized);
-    QChar* const end = escapeInto(units, size, out.data());
-    Q_ASSERT(end == out.constData() + out.size());
-    Q_UNUSED(end);
-    writer.writeDTD(out);
 }
 
 void XmlText::writeTextElement(QXmlStreamWriter& writer, QString const& name, QString const& text)
@@ -276,7 +285,8 @@ bool XmlText::readTextAttribute(QXmlStreamReader& reader, REPORTKIT::XmlReading&
 void XmlText::writeBase64Element(QXmlStreamWriter& writer, QString const& name, QString const& text)
 {
     // Three bytes (one and a half code units) become four characters, written straight
-    // into the text that goes to the writer.
+    // into a piece that goes to the writer; pieces end on whole byte triples, so no padding
+    // falls inside the text.
     static char const alphabet[] =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 #if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
@@ -286,30 +296,35 @@ void XmlText::writeBase64Element(QXmlStreamWriter& writer, QString const& name, 
 #else
     QByteArray const bytes = toLittleEndianBytes(text);
 #endif
-    int const size = bytes.size();
-    QString encoded((size + 2) / 3 * 4, Qt::Uninitialized);
-    QChar* out = encoded.data();
-    uchar const* in = reinterpret_cast<uchar const*>(bytes.constData());
-    int i = 0;
-    for (; i + 3 <= size; i += 3) {
-        unsigned const triple = unsigned(in[i]) << 16 | unsigned(in[i + 1]) << 8 | in[i + 2];
-        *out++ = QLatin1Char(alphabet[triple >> 18]);
-        *out++ = QLatin1Char(alphabet[(triple >> 12) & 63]);
-        *out++ = QLatin1Char(alphabet[(triple >> 6) & 63]);
-        *out++ = QLatin1Char(alphabet[triple & 63]);
-    }
-    if (i < size) {
-        unsigned const triple =
-            unsigned(in[i]) << 16 | (i + 1 < size ? unsigned(in[i + 1]) << 8 : 0u);
-        *out++ = QLatin1Char(alphabet[triple >> 18]);
-        *out++ = QLatin1Char(alphabet[(triple >> 12) & 63]);
-        *out++ = i + 1 < size ? QLatin1Char(alphabet[(triple >> 6) & 63]) : QLatin1Char('=');
-        *out++ = QLatin1Char('=');
-    }
     writer.writeStartElement(name);
     bool const formatting = writer.autoFormatting();
     writer.setAutoFormatting(false);
-    writer.writeDTD(encoded);
+    int const size = bytes.size();
+    uchar const* in = reinterpret_cast<uchar const*>(bytes.constData());
+    constexpr int pieceBytes = WritePieceUnits / 4 * 3;
+    QString piece;
+    for (int begin = 0; begin < size; begin += pieceBytes) {
+        int const end = std::min(size, begin + pieceBytes);
+        piece.resize((end - begin + 2) / 3 * 4);
+        QChar* out = piece.data();
+        int i = begin;
+        for (; i + 3 <= end; i += 3) {
+            unsigned const triple = unsigned(in[i]) << 16 | unsigned(in[i + 1]) << 8 | in[i + 2];
+            *out++ = QLatin1Char(alphabet[triple >> 18]);
+            *out++ = QLatin1Char(alphabet[(triple >> 12) & 63]);
+            *out++ = QLatin1Char(alphabet[(triple >> 6) & 63]);
+            *out++ = QLatin1Char(alphabet[triple & 63]);
+        }
+        if (i < end) {
+            unsigned const triple =
+                unsigned(in[i]) << 16 | (i + 1 < end ? unsigned(in[i + 1]) << 8 : 0u);
+            *out++ = QLatin1Char(alphabet[triple >> 18]);
+            *out++ = QLatin1Char(alphabet[(triple >> 12) & 63]);
+            *out++ = i + 1 < end ? QLatin1Char(alphabet[(triple >> 6) & 63]) : QLatin1Char('=');
+            *out++ = QLatin1Char('=');
+        }
+        writer.writeDTD(piece);
+    }
     writer.writeEndElement();
     writer.setAutoFormatting(formatting);
 }
