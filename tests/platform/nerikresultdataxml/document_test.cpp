@@ -41,7 +41,14 @@ std::vector<HostileText> hostileTexts()
     for (ushort u = 0; u < 0x20; ++u) {
         allControls.append(QChar(u));
     }
+    // Long texts are written in pieces of 65536 code units: a surrogate pair and escapes
+    // right at the seams must come through whole.
+    QString const atSeam = QString(65535, QLatin1Char('a')) +
+                           QString::fromUtf8("\xF0\x9F\x98\x80") +
+                           QString(65533, QLatin1Char('b')) + QLatin1String("\r\x01<") +
+                           QString(70000, QLatin1Char('c'));
     return {
+        {"surrogate pair and escapes at the seams of a long text", atSeam},
         {"empty", QStringLiteral("")},
         {"markup characters", QStringLiteral("<a href=\"x\">&amp;'</a>")},
         {"lone CDATA end", QStringLiteral("]]>")},
