@@ -17,74 +17,7 @@ DataBlock::DataBlock(int channel, int contentStart, int rawStart)
 {
 }
 
-DataBlock::DataBlock(DataBlock const& other)
-{
-    copyFrom(other);
-}
-
-DataBlock& DataBlock::operator=(DataBlock const& other)
-{
-    if (this != &other) {
-        DeleteUserData();
-        copyFrom(other);
-    }
-    return *this;
-}
-
-DataBlock::DataBlock(DataBlock&& other) noexcept
-{
-    *this = std::move(other);
-}
-
-DataBlock& DataBlock::operator=(DataBlock&& other) noexcept
-{
-    if (this != &other) {
-        DeleteUserData();
-        m_id = other.m_id;
-        m_channel = other.m_channel;
-        m_contentStart = other.m_contentStart;
-        m_rawStart = other.m_rawStart;
-        m_frameTime = other.m_frameTime;
-        m_rawFramePos = other.m_rawFramePos;
-        m_contentFramePos = other.m_contentFramePos;
-        m_inFrame = other.m_inFrame;
-        m_timeStamps = std::move(other.m_timeStamps);
-        m_content = std::move(other.m_content);
-        m_rawContent = std::move(other.m_rawContent);
-        m_contentCode = std::move(other.m_contentCode);
-        m_rtl = other.m_rtl;
-        m_rawContentType = std::move(other.m_rawContentType);
-        m_userData.swap(other.m_userData);
-    }
-    return *this;
-}
-
-DataBlock::~DataBlock()
-{
-    DeleteUserData();
-}
-
-void DataBlock::copyFrom(DataBlock const& other)
-{
-    m_id = other.m_id;
-    m_channel = other.m_channel;
-    m_contentStart = other.m_contentStart;
-    m_rawStart = other.m_rawStart;
-    m_frameTime = other.m_frameTime;
-    m_rawFramePos = other.m_rawFramePos;
-    m_contentFramePos = other.m_contentFramePos;
-    m_inFrame = other.m_inFrame;
-    m_timeStamps = other.m_timeStamps;
-    m_content = other.m_content;
-    m_rawContent = other.m_rawContent;
-    m_contentCode = other.m_contentCode;
-    m_rtl = other.m_rtl;
-    m_rawContentType = other.m_rawContentType;
-    m_userData.reserve(other.m_userData.size());
-    for (UserData const* item : other.m_userData) {
-        m_userData.append(new UserData(*item));
-    }
-}
+DataBlock::~DataBlock() = default;
 
 void DataBlock::BeginFrame()
 {
@@ -114,14 +47,11 @@ void DataBlock::EndFrame()
 
 void DataBlock::AddUserData(UserData* userData)
 {
-    if (userData) {
-        m_userData.append(userData);
-    }
+    m_userData.append(userData);
 }
 
 void DataBlock::DeleteUserData()
 {
-    qDeleteAll(m_userData);
     m_userData.clear();
 }
 
@@ -252,16 +182,10 @@ bool DataBlock::operator==(DataBlock const& other) const
         m_contentStart != other.m_contentStart || m_rawStart != other.m_rawStart ||
         m_timeStamps != other.m_timeStamps || m_content != other.m_content ||
         m_rawContent != other.m_rawContent || m_contentCode != other.m_contentCode ||
-        m_rtl != other.m_rtl || m_rawContentType != other.m_rawContentType ||
-        m_userData.size() != other.m_userData.size()) {
+        m_rtl != other.m_rtl || m_rawContentType != other.m_rawContentType) {
         return false;
     }
-    for (int i = 0; i < m_userData.size(); ++i) {
-        if (*m_userData[i] != *other.m_userData[i]) {
-            return false;
-        }
-    }
-    return true;
+    return m_userData == other.m_userData;
 }
 
 } // namespace NerikResultDataXml

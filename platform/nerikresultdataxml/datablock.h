@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ownedlist.h"
 #include "timestamp.h"
 #include "userdata.h"
 
@@ -44,10 +45,10 @@ public:
 
     DataBlock() = default;
     explicit DataBlock(int channel, int contentStart = 0, int rawStart = 0);
-    DataBlock(DataBlock const& other);
-    DataBlock& operator=(DataBlock const& other);
-    DataBlock(DataBlock&& other) noexcept;
-    DataBlock& operator=(DataBlock&& other) noexcept;
+    DataBlock(DataBlock const& other) = default;
+    DataBlock& operator=(DataBlock const& other) = default;
+    DataBlock(DataBlock&& other) noexcept = default;
+    DataBlock& operator=(DataBlock&& other) noexcept = default;
     ~DataBlock();
 
     int GetID() const { return m_id; }
@@ -91,8 +92,8 @@ public:
 
     /// The user data items, owned by the block; the list may be edited (remove an item from
     /// the list and delete it, or append a new one, which the block then owns).
-    QList<UserData*>& GetUserData() { return m_userData; }
-    QList<UserData*> const& GetUserData() const { return m_userData; }
+    QList<UserData*>& GetUserData() { return m_userData.items(); }
+    QList<UserData*> const& GetUserData() const { return m_userData.items(); }
     /// Appends an item; the block takes ownership.
     void AddUserData(UserData* userData);
     /// Deletes every user data item.
@@ -107,8 +108,6 @@ public:
     bool operator!=(DataBlock const& other) const { return !(*this == other); }
 
 private:
-    void copyFrom(DataBlock const& other);
-
     int m_id = 0;
     int m_channel = 0;
     int m_contentStart = 0;
@@ -123,7 +122,7 @@ private:
     QString m_contentCode;
     bool m_rtl = false;
     QString m_rawContentType;
-    QList<UserData*> m_userData;
+    OwnedList<UserData> m_userData;
 };
 
 } // namespace NerikResultDataXml

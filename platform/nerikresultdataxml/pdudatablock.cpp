@@ -18,78 +18,30 @@ bool PDUDataBlock::IsValid() const
     return !m_name.isEmpty() || !m_fields.isEmpty() || m_payload.IsValid() || !m_children.isEmpty();
 }
 
-PDUDataBlock::PDUDataBlock(PDUDataBlock const& other)
-{
-    copyFrom(other);
-}
-
 PDUDataBlock& PDUDataBlock::operator=(PDUDataBlock const& other)
 {
     if (this != &other) {
         // Copy first: other may be one of our own children.
         PDUDataBlock copy(other);
-        clearOwned();
-        m_id = copy.m_id;
-        m_type = copy.m_type;
-        m_timeStamp = copy.m_timeStamp;
-        m_name = copy.m_name;
-        m_method = copy.m_method;
-        m_crc = copy.m_crc;
-        m_fields = copy.m_fields;
-        m_payload = copy.m_payload;
-        m_children.swap(copy.m_children);
-        m_userData.swap(copy.m_userData);
+        *this = std::move(copy);
     }
     return *this;
 }
 
-PDUDataBlock::~PDUDataBlock()
-{
-    clearOwned();
-}
-
-void PDUDataBlock::clearOwned()
-{
-    qDeleteAll(m_children);
-    m_children.clear();
-    DeleteUserData();
-}
-
-void PDUDataBlock::copyFrom(PDUDataBlock const& other)
-{
-    m_id = other.m_id;
-    m_type = other.m_type;
-    m_timeStamp = other.m_timeStamp;
-    m_name = other.m_name;
-    m_method = other.m_method;
-    m_crc = other.m_crc;
-    m_fields = other.m_fields;
-    m_payload = other.m_payload;
-    for (PDUDataBlock const* child : other.m_children) {
-        m_children.append(new PDUDataBlock(*child));
-    }
-    for (UserData const* item : other.m_userData) {
-        m_userData.append(new UserData(*item));
-    }
-}
+PDUDataBlock::~PDUDataBlock() = default;
 
 void PDUDataBlock::AddPDUDataBlock(PDUDataBlock* child)
 {
-    if (child) {
-        m_children.append(child);
-    }
+    m_children.append(child);
 }
 
 void PDUDataBlock::AddUserData(UserData* userData)
 {
-    if (userData) {
-        m_userData.append(userData);
-    }
+    m_userData.append(userData);
 }
 
 void PDUDataBlock::DeleteUserData()
 {
-    qDeleteAll(m_userData);
     m_userData.clear();
 }
 
@@ -192,7 +144,7 @@ bool PDUDataBlock::readXml(QXmlStreamReader& reader, QString& error, int depth)
     if (!in.ok()) {
         return false;
     }
-    *this = read;
+    *this = std::move(read);
     return true;
 }
 
@@ -200,22 +152,10 @@ bool PDUDataBlock::operator==(PDUDataBlock const& other) const
 {
     if (m_id != other.m_id || m_type != other.m_type || m_timeStamp != other.m_timeStamp ||
         m_name != other.m_name || m_method != other.m_method || m_crc != other.m_crc ||
-        m_fields != other.m_fields || m_payload != other.m_payload ||
-        m_children.size() != other.m_children.size() ||
-        m_userData.size() != other.m_userData.size()) {
+        m_fields != other.m_fields || m_payload != other.m_payload) {
         return false;
     }
-    for (int i = 0; i < m_children.size(); ++i) {
-        if (*m_children[i] != *other.m_children[i]) {
-            return false;
-        }
-    }
-    for (int i = 0; i < m_userData.size(); ++i) {
-        if (*m_userData[i] != *other.m_userData[i]) {
-            return false;
-        }
-    }
-    return true;
+    return m_children == other.m_children && m_userData == other.m_userData;
 }
 
 } // namespace NerikResultDataXml

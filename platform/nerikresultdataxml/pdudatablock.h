@@ -1,6 +1,7 @@
 #pragma once
 
 #include "field.h"
+#include "ownedlist.h"
 #include "payload.h"
 #include "userdata.h"
 
@@ -37,8 +38,11 @@ public:
     virtual bool IsValid() const;
 
     PDUDataBlock() = default;
-    PDUDataBlock(PDUDataBlock const& other);
+    PDUDataBlock(PDUDataBlock const& other) = default;
+    PDUDataBlock(PDUDataBlock&& other) noexcept = default;
+    /// Safe when other is one of this block's own children.
     PDUDataBlock& operator=(PDUDataBlock const& other);
+    PDUDataBlock& operator=(PDUDataBlock&& other) noexcept = default;
     virtual ~PDUDataBlock();
 
     int GetID() const { return m_id; }
@@ -68,13 +72,13 @@ public:
 
     /// Appends a child block; this block takes ownership.
     void AddPDUDataBlock(PDUDataBlock* child);
-    QList<PDUDataBlock*>& GetPDUDataBlocks() { return m_children; }
-    QList<PDUDataBlock*> const& GetPDUDataBlocks() const { return m_children; }
+    QList<PDUDataBlock*>& GetPDUDataBlocks() { return m_children.items(); }
+    QList<PDUDataBlock*> const& GetPDUDataBlocks() const { return m_children.items(); }
 
     /// Appends an item; the block takes ownership.
     void AddUserData(UserData* userData);
-    QList<UserData*>& GetUserData() { return m_userData; }
-    QList<UserData*> const& GetUserData() const { return m_userData; }
+    QList<UserData*>& GetUserData() { return m_userData.items(); }
+    QList<UserData*> const& GetUserData() const { return m_userData.items(); }
     void DeleteUserData();
 
     void WriteXml(QXmlStreamWriter& writer) const;
@@ -89,8 +93,6 @@ public:
     bool operator!=(PDUDataBlock const& other) const { return !(*this == other); }
 
 private:
-    void copyFrom(PDUDataBlock const& other);
-    void clearOwned();
     bool readXml(QXmlStreamReader& reader, QString& error, int depth);
 
     int m_id = 0;
@@ -101,8 +103,8 @@ private:
     QString m_crc;
     QVector<Field> m_fields;
     Payload m_payload;
-    QList<PDUDataBlock*> m_children;
-    QList<UserData*> m_userData;
+    OwnedList<PDUDataBlock> m_children;
+    OwnedList<UserData> m_userData;
 };
 
 } // namespace NerikResultDataXml

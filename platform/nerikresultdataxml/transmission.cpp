@@ -8,94 +8,27 @@
 
 namespace NerikResultDataXml {
 
-namespace {
-
-template <typename T>
-bool sameItems(QList<T*> const& a, QList<T*> const& b)
-{
-    if (a.size() != b.size()) {
-        return false;
-    }
-    for (int i = 0; i < a.size(); ++i) {
-        if (*a[i] != *b[i]) {
-            return false;
-        }
-    }
-    return true;
-}
-
-template <typename T>
-void copyItems(QList<T*> const& from, QList<T*>& to)
-{
-    to.reserve(from.size());
-    for (T const* item : from) {
-        to.append(new T(*item));
-    }
-}
-
-} // namespace
-
-Transmission::Transmission(Transmission const& other) : INerikResultData(other)
-{
-    copyFrom(other);
-}
-
-Transmission& Transmission::operator=(Transmission const& other)
-{
-    if (this != &other) {
-        Transmission copy(other);
-        Clear();
-        m_startTime = copy.m_startTime;
-        m_stopTime = copy.m_stopTime;
-        m_infos.swap(copy.m_infos);
-        m_dataBlocks.swap(copy.m_dataBlocks);
-        m_pduDataBlocks.swap(copy.m_pduDataBlocks);
-    }
-    return *this;
-}
-
-Transmission::~Transmission()
-{
-    Clear();
-}
-
-void Transmission::copyFrom(Transmission const& other)
-{
-    m_startTime = other.m_startTime;
-    m_stopTime = other.m_stopTime;
-    copyItems(other.m_infos, m_infos);
-    copyItems(other.m_dataBlocks, m_dataBlocks);
-    copyItems(other.m_pduDataBlocks, m_pduDataBlocks);
-}
+Transmission::~Transmission() = default;
 
 void Transmission::AddInfo(Info* info)
 {
-    if (info) {
-        m_infos.append(info);
-    }
+    m_infos.append(info);
 }
 
 void Transmission::AddDataBlock(DataBlock* block)
 {
-    if (block) {
-        m_dataBlocks.append(block);
-    }
+    m_dataBlocks.append(block);
 }
 
 void Transmission::AddPDUDataBlock(PDUDataBlock* block)
 {
-    if (block) {
-        m_pduDataBlocks.append(block);
-    }
+    m_pduDataBlocks.append(block);
 }
 
 void Transmission::Clear()
 {
-    qDeleteAll(m_infos);
     m_infos.clear();
-    qDeleteAll(m_dataBlocks);
     m_dataBlocks.clear();
-    qDeleteAll(m_pduDataBlocks);
     m_pduDataBlocks.clear();
 }
 
@@ -168,12 +101,7 @@ bool Transmission::ReadXml(QXmlStreamReader& reader, QString& error)
     if (!in.ok()) {
         return false;
     }
-    Clear();
-    m_startTime = read.m_startTime;
-    m_stopTime = read.m_stopTime;
-    m_infos.swap(read.m_infos);
-    m_dataBlocks.swap(read.m_dataBlocks);
-    m_pduDataBlocks.swap(read.m_pduDataBlocks);
+    *this = std::move(read);
     return true;
 }
 
@@ -186,20 +114,15 @@ bool Transmission::SetXmlString(QString const& xml, QString& error)
         !read.ReadXml(reader, error) || !REPORTKIT::XmlReading::readEnd(reader, error)) {
         return false;
     }
-    Clear();
-    m_startTime = read.m_startTime;
-    m_stopTime = read.m_stopTime;
-    m_infos.swap(read.m_infos);
-    m_dataBlocks.swap(read.m_dataBlocks);
-    m_pduDataBlocks.swap(read.m_pduDataBlocks);
+    *this = std::move(read);
     return true;
 }
 
 bool Transmission::operator==(Transmission const& other) const
 {
     return m_startTime == other.m_startTime && m_stopTime == other.m_stopTime &&
-           sameItems(m_infos, other.m_infos) && sameItems(m_dataBlocks, other.m_dataBlocks) &&
-           sameItems(m_pduDataBlocks, other.m_pduDataBlocks);
+           m_infos == other.m_infos && m_dataBlocks == other.m_dataBlocks &&
+           m_pduDataBlocks == other.m_pduDataBlocks;
 }
 
 } // namespace NerikResultDataXml

@@ -3,6 +3,7 @@
 #include "datablock.h"
 #include "inerikresultdata.h"
 #include "info.h"
+#include "ownedlist.h"
 #include "pdudatablock.h"
 
 #include <functional>
@@ -27,8 +28,10 @@ class Transmission : public INerikResultData
 {
 public:
     Transmission() = default;
-    Transmission(Transmission const& other);
-    Transmission& operator=(Transmission const& other);
+    Transmission(Transmission const& other) = default;
+    Transmission(Transmission&& other) noexcept = default;
+    Transmission& operator=(Transmission const& other) = default;
+    Transmission& operator=(Transmission&& other) noexcept = default;
     ~Transmission() override;
 
     QDateTime const& GetStartTime() const { return m_startTime; }
@@ -38,18 +41,18 @@ public:
 
     /// Appends; the transmission takes ownership.
     void AddInfo(Info* info);
-    QList<Info*>& GetInfos() { return m_infos; }
-    QList<Info*> const& GetInfos() const { return m_infos; }
+    QList<Info*>& GetInfos() { return m_infos.items(); }
+    QList<Info*> const& GetInfos() const { return m_infos.items(); }
 
     /// Appends; the transmission takes ownership.
     void AddDataBlock(DataBlock* block);
-    QList<DataBlock*>& GetDataBlock() { return m_dataBlocks; }
-    QList<DataBlock*> const& GetDataBlock() const { return m_dataBlocks; }
+    QList<DataBlock*>& GetDataBlock() { return m_dataBlocks.items(); }
+    QList<DataBlock*> const& GetDataBlock() const { return m_dataBlocks.items(); }
 
     /// Appends; the transmission takes ownership.
     void AddPDUDataBlock(PDUDataBlock* block);
-    QList<PDUDataBlock*>& GetPDUDataBlocks() { return m_pduDataBlocks; }
-    QList<PDUDataBlock*> const& GetPDUDataBlocks() const { return m_pduDataBlocks; }
+    QList<PDUDataBlock*>& GetPDUDataBlocks() { return m_pduDataBlocks.items(); }
+    QList<PDUDataBlock*> const& GetPDUDataBlocks() const { return m_pduDataBlocks.items(); }
 
     /// Deletes every info, data block and PDU data block.
     void Clear();
@@ -66,13 +69,11 @@ public:
     bool operator!=(Transmission const& other) const { return !(*this == other); }
 
 private:
-    void copyFrom(Transmission const& other);
-
     QDateTime m_startTime;
     QDateTime m_stopTime;
-    QList<Info*> m_infos;
-    QList<DataBlock*> m_dataBlocks;
-    QList<PDUDataBlock*> m_pduDataBlocks;
+    OwnedList<Info> m_infos;
+    OwnedList<DataBlock> m_dataBlocks;
+    OwnedList<PDUDataBlock> m_pduDataBlocks;
 };
 
 } // namespace NerikResultDataXml
