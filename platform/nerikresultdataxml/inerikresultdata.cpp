@@ -3,6 +3,7 @@
 #include "nerikresultdataexception.h"
 
 #include <QXmlStreamWriter>
+#include <reportkit/xmlwriting.h>
 
 namespace NerikResultDataXml {
 
@@ -10,13 +11,10 @@ INerikResultData::~INerikResultData() = default;
 
 QString INerikResultData::GetXmlString() const
 {
-    QString xml;
-    QXmlStreamWriter writer(&xml);
-    writer.setAutoFormatting(true);
-    writer.writeStartDocument();
-    WriteXml(writer);
-    writer.writeEndDocument();
-    if (writer.hasError()) {
+    bool failed = false;
+    QString const xml = REPORTKIT::XmlWriting::documentText(
+        [this](QXmlStreamWriter& writer) { WriteXml(writer); }, &failed);
+    if (failed) {
         // Only reachable when a writer refuses a character that escaping let through.
         throw NerikResultDataException(QStringLiteral("GetXmlString: the XML writer failed"));
     }

@@ -1,6 +1,7 @@
 #include "results.h"
 
 #include "xmlreading.h"
+#include "xmlwriting.h"
 
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
@@ -33,17 +34,13 @@ bool readOne(QXmlStreamReader& reader, bool validate, std::vector<Record>& into,
 
 QString Results::GetXmlString() const
 {
-    QString xml;
-    QXmlStreamWriter writer(&xml);
-    writer.setAutoFormatting(true);
-    writer.writeStartDocument();
-    writer.writeStartElement(QStringLiteral("Results"));
-    writeAll(writer, m_binary);
-    writeAll(writer, m_text);
-    writeAll(writer, m_picture);
-    writer.writeEndElement();
-    writer.writeEndDocument();
-    return xml;
+    return XmlWriting::documentText([this](QXmlStreamWriter& writer) {
+        writer.writeStartElement(QStringLiteral("Results"));
+        writeAll(writer, m_binary);
+        writeAll(writer, m_text);
+        writeAll(writer, m_picture);
+        writer.writeEndElement();
+    });
 }
 
 bool Results::SetXmlString(QString const& xml, int options)

@@ -1,6 +1,7 @@
 #include "xmlelementobject.h"
 
 #include "xmlreading.h"
+#include "xmlwriting.h"
 
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
@@ -11,13 +12,7 @@ XmlElementObject::~XmlElementObject() = default;
 
 QString XmlElementObject::GetXmlString() const
 {
-    QString xml;
-    QXmlStreamWriter writer(&xml);
-    writer.setAutoFormatting(true);
-    writer.writeStartDocument();
-    WriteXml(writer);
-    writer.writeEndDocument();
-    return xml;
+    return XmlWriting::documentText([this](QXmlStreamWriter& writer) { WriteXml(writer); });
 }
 
 bool XmlElementObject::SetXmlString(QString const& xml, int options)
