@@ -151,6 +151,19 @@ void writeText(QFile* file, QString const& text)
     file->flush();
 }
 
+// One block of a text dump: "<radio>;<count>", one line per record, then an empty line.
+template <typename Records>
+QString dumpBlock(unsigned int radioID, Records const& records)
+{
+    QString text = QStringLiteral("%1;%2\n").arg(radioID).arg(records.size());
+    for (auto const& record : records) {
+        text += record.toString();
+        text += QLatin1Char('\n');
+    }
+    text += QStringLiteral("\n\n");
+    return text;
+}
+
 } // namespace
 
 std::size_t BurstEmissionListConverter::RadioIDHash::operator()(unsigned int radioID) const noexcept
@@ -295,13 +308,7 @@ BurstEmissionListConverter::processFrame(QByteArray const& frame)
 void BurstEmissionListConverter::writeBurstDumps(unsigned int radioID) const
 {
     if (QFile* dump = m_dumps[TextBurstDump].get()) {
-        QString text = QStringLiteral("%1;%2\n").arg(radioID).arg(m_frameBursts.size());
-        for (BurstData const& burst : m_frameBursts) {
-            text += burst.toString();
-            text += QLatin1Char('\n');
-        }
-        text += QStringLiteral("\n\n");
-        writeText(dump, text);
+        writeText(dump, dumpBlock(radioID, m_frameBursts));
     }
     if (QFile* dump = m_dumps[BinaryBurstDump].get()) {
         QDataStream stream(dump);
@@ -437,13 +444,7 @@ void BurstEmissionListConverter::writeSampleDump(
     if (!dump) {
         return;
     }
-    QString text = QStringLiteral("%1;%2\n").arg(radioID).arg(windows.size());
-    for (FrequencyTimeWindow const& window : windows) {
-        text += window.toString();
-        text += QLatin1Char('\n');
-    }
-    text += QStringLiteral("\n\n");
-    writeText(dump, text);
+    writeText(dump, dumpBlock(radioID, windows));
 }
 
 bool BurstEmissionListConverter::dataAvailableForTime(unsigned int radioID,

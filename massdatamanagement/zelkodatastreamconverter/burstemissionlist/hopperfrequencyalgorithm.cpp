@@ -350,8 +350,14 @@ HopperFrequencyAlgorithm::calculateQuadraticMeanOfDeviation(double startFrequenc
     return {std::sqrt(sum / double(counted)), counted};
 }
 
-std::vector<unsigned long long>
-HopperFrequencyAlgorithm::computeLocalMinima(std::vector<double> const& values, double factor)
+namespace {
+
+// Local extrema of a sequence, end points included, kept when they are close enough to the
+// most extreme interior one. moreExtreme(a, b) says a lies beyond b (below it for minima);
+// kept(value, extreme) says whether an extremum survives.
+template <typename MoreExtreme, typename Kept>
+std::vector<unsigned long long> localExtrema(std::vector<double> const& values,
+                                             MoreExtreme moreExtreme, Kept kept)
 {
     std::vector<unsigned long long> indices;
     std::size_t const n = values.size();
@@ -362,60 +368,45 @@ HopperFrequencyAlgorithm::computeLocalMinima(std::vector<double> const& values, 
         return {0};
     }
     if (n == 2) {
-        return {values[1] <= values[0] ? 1ull : 0ull};
+        return {moreExtreme(values[0], values[1]) ? 0ull : 1ull};
     }
-    double smallest = values[0];
-    if (values[1] > values[0]) {
+    double extreme = values[0];
+    if (moreExtreme(values[0], values[1])) {
         indices.push_back(0);
     }
     for (std::size_t i = 1; i + 1 < n; ++i) {
-        if (values[i - 1] > values[i] && values[i + 1] > values[i]) {
+        if (moreExtreme(values[i], values[i - 1]) && moreExtreme(values[i], values[i + 1])) {
             indices.push_back(i);
-            smallest = std::min(smallest, values[i]);
+            if (moreExtreme(values[i], extreme)) {
+                extreme = values[i];
+            }
         }
     }
-    if (values[n - 2] > values[n - 1]) {
+    if (moreExtreme(values[n - 1], values[n - 2])) {
         indices.push_back(n - 1);
     }
-    double const limit = smallest * factor;
     indices.erase(std::remove_if(indices.begin(), indices.end(),
-                                 [&](unsigned long long i) { return values[i] > limit; }),
+                                 [&](unsigned long long i) { return !kept(values[i], extreme); }),
                   indices.end());
     return indices;
+}
+
+} // namespace
+
+std::vector<unsigned long long>
+HopperFrequencyAlgorithm::computeLocalMinima(std::vector<double> const& values, double factor)
+{
+    return localExtrema(
+        values, [](double a, double b) { return a < b; },
+        [factor](double value, double smallest) { return value <= smallest * factor; });
 }
 
 std::vector<unsigned long long>
 HopperFrequencyAlgorithm::computeLocalMaxima(std::vector<double> const& values, double factor)
 {
-    std::vector<unsigned long long> indices;
-    std::size_t const n = values.size();
-    if (n == 0) {
-        return indices;
-    }
-    if (n == 1) {
-        return {0};
-    }
-    if (n == 2) {
-        return {values[1] >= values[0] ? 1ull : 0ull};
-    }
-    double largest = values[0];
-    if (values[1] < values[0]) {
-        indices.push_back(0);
-    }
-    for (std::size_t i = 1; i + 1 < n; ++i) {
-        if (values[i - 1] < values[i] && values[i + 1] < values[i]) {
-            indices.push_back(i);
-            largest = std::max(largest, values[i]);
-        }
-    }
-    if (values[n - 2] < values[n - 1]) {
-        indices.push_back(n - 1);
-    }
-    double const limit = largest / factor;
-    indices.erase(std::remove_if(indices.begin(), indices.end(),
-                                 [&](unsigned long long i) { return values[i] < limit; }),
-                  indices.end());
-    return indices;
+    return localExtrema(
+        values, [](double a, double b) { return a > b; },
+        [factor](double value, double largest) { return value >= largest / factor; });
 }
 
 std::vector<double> HopperFrequencyAlgorithm::findSpacingCandidates(ConstIterator first,
