@@ -1,5 +1,7 @@
 #include "hopperfrequencyalgorithm.h"
 
+#include "saturatingconversion.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -15,27 +17,6 @@ double roundedQuotient(double numerator, double denominator)
 {
     double const quotient = numerator / denominator;
     return std::isfinite(quotient) ? std::round(quotient) : 0.0;
-}
-
-int toInt32(double value)
-{
-    if (std::isnan(value)) {
-        return 0;
-    }
-    value = std::clamp(value, double(std::numeric_limits<int>::min()),
-                       double(std::numeric_limits<int>::max()));
-    return static_cast<int>(value);
-}
-
-unsigned int toUnsigned32(double value)
-{
-    if (!(value > 0.0)) {
-        return 0;
-    }
-    if (value >= double(std::numeric_limits<unsigned int>::max())) {
-        return std::numeric_limits<unsigned int>::max();
-    }
-    return static_cast<unsigned int>(value);
 }
 
 // Number of resolution steps in a span that is a whole multiple of the resolution; the
@@ -207,13 +188,13 @@ std::vector<double> HopperFrequencyAlgorithm::calculateChannelSpacings(ConstIter
 
 int HopperFrequencyAlgorithm::findBestSpacingMultiplicatorK(double distance, double spacing)
 {
-    return toInt32(roundedQuotient(distance, spacing));
+    return SaturatingConversion::toInt32(roundedQuotient(distance, spacing));
 }
 
 int HopperFrequencyAlgorithm::findBestFrequencyMultiplicatorK(double startFrequency,
                                                               double frequency, double spacing)
 {
-    return toInt32(roundedQuotient(frequency - startFrequency, spacing));
+    return SaturatingConversion::toInt32(roundedQuotient(frequency - startFrequency, spacing));
 }
 
 double HopperFrequencyAlgorithm::calculateSpacingCostForCandidate(ConstIterator first,
@@ -293,7 +274,8 @@ HopperFrequencyGridSegment HopperFrequencyAlgorithm::estimateBestFrequencyGrid(C
         bestCost = calculateFrequencyCostForCandidate(first, last, bestStart, spacing);
     }
     HopperFrequencyGridSegment segment(
-        bestStart, spacing, toUnsigned32(roundedQuotient(*(last - 1) - bestStart, spacing)) + 1u);
+        bestStart, spacing,
+        SaturatingConversion::toUnsigned32(roundedQuotient(*(last - 1) - bestStart, spacing)) + 1u);
     segment.occupiedChannelCount = unsigned(count);
     segment.squaredDeviationSum = bestCost;
     return segment;

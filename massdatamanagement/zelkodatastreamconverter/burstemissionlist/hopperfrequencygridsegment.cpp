@@ -1,5 +1,7 @@
 #include "hopperfrequencygridsegment.h"
 
+#include "saturatingconversion.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -12,17 +14,6 @@ namespace {
 bool fuzzyEqual(double a, double b)
 {
     return std::abs(a - b) * 1e12 <= std::min(std::abs(a), std::abs(b));
-}
-
-unsigned int toUnsigned32(double value)
-{
-    if (!(value > 0.0)) {
-        return 0;
-    }
-    if (value >= double(std::numeric_limits<unsigned int>::max())) {
-        return std::numeric_limits<unsigned int>::max();
-    }
-    return static_cast<unsigned int>(value);
 }
 
 } // namespace
@@ -65,8 +56,9 @@ std::vector<double> HopperFrequencyGridSegment::createFrequencyListWithoutUnoccu
 HopperFrequencyGridSegment HopperFrequencyGridSegment::fromStartStop(double start, double stop,
                                                                      double spacing)
 {
-    return HopperFrequencyGridSegment(start, spacing,
-                                      toUnsigned32(std::ceil((stop - start) / spacing)) + 1u);
+    return HopperFrequencyGridSegment(
+        start, spacing,
+        SaturatingConversion::toUnsigned32(std::ceil((stop - start) / spacing)) + 1u);
 }
 
 QString HopperFrequencyGridSegment::toString() const
