@@ -1,5 +1,7 @@
 #include "conversionjob.h"
 
+#include "frametypenames.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -48,24 +50,6 @@ std::map<QString, ConverterFactory> const& converterFactories()
     return factories;
 }
 
-QString kindOfFrameType(quint32 type)
-{
-    switch (type) {
-    case 64:
-        return QStringLiteral("text");
-    case 304:
-        return QStringLiteral("symbol");
-    case 336:
-        return QStringLiteral("bursts");
-    case 352:
-        return QStringLiteral("image");
-    case 368:
-        return QStringLiteral("ts");
-    default:
-        return QString();
-    }
-}
-
 // The kind from the first complete frame; empty (and error set) when there is none.
 QString detectKind(QString const& path, QString& error)
 {
@@ -86,7 +70,7 @@ QString detectKind(QString const& path, QString& error)
         error = QStringLiteral("no frame found");
         return QString();
     }
-    QString const kind = kindOfFrameType(type.toUInt(nullptr, 16));
+    QString const kind = frameTypeKind(type.toUInt(nullptr, 16));
     if (kind.isEmpty()) {
         error = QStringLiteral("unknown frame type %1").arg(type.toUInt(nullptr, 16));
     } else if (kind == QLatin1String("bursts")) {
