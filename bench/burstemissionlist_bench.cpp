@@ -20,31 +20,11 @@
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/hopperfrequencyalgorithm.h>
 #include <new>
 #include <recordingwriter/hoppergenerator.h>
+#include <support/allocationcounter.h>
 #include <string>
 #include <vector>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
-
-namespace {
-std::atomic<long long> heapAllocations{0};
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    heapAllocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size ? size : 1)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
 
 namespace {
 
@@ -98,10 +78,10 @@ void BM_ProcessFrame(benchmark::State& state)
         QByteArray& frame = pool[next];
         next = (next + 1) % pool.size();
         setStartTime(frame, time += 100000);
-        long long const before = heapAllocations.load(std::memory_order_relaxed);
+        long long const before = zelkotest::heapAllocations();
         benchmark::DoNotOptimize(converter.processFrame(frame));
         if (time > 100000ull * 40) { // after the queue has its working size
-            allocations += heapAllocations.load(std::memory_order_relaxed) - before;
+            allocations += zelkotest::heapAllocations() - before;
             ++measuredFrames;
         }
     }

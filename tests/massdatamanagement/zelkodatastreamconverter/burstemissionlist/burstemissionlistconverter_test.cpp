@@ -1,45 +1,17 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
-#include <new>
 #include <random>
 #include <recordingwriter/hoppergenerator.h>
+#include <support/allocationcounter.h>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
 using zelkorecording::BurstListFrame;
 using zelkorecording::BurstRecord;
-
-// Counts heap allocations while a test asks for it: the converter promises none per frame
-// once a radio's queue has its working size.
-namespace {
-std::atomic<bool> countAllocations{false};
-std::atomic<long> allocations{0};
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    if (countAllocations.load(std::memory_order_relaxed)) {
-        allocations.fetch_add(1, std::memory_order_relaxed);
-    }
-    if (void* p = std::malloc(size ? size : 1)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
 
 namespace {
 
@@ -517,12 +489,11 @@ TEST(BurstConverter, SteadyStateFramesDoNotAllocate)
     for (int i = 0; i < 20; ++i) {
         converter.processFrame(frames[std::size_t(i)]); // warm up: 16 segments and a spare
     }
-    allocations = 0;
-    countAllocations = true;
+    // The converter promises no heap allocation per frame once the queue has its working size.
+    zelkotest::AllocationScope const allocations;
     for (int i = 20; i < 40; ++i) {
         converter.processFrame(frames[std::size_t(i)]);
     }
-    countAllocations = false;
-    EXPECT_EQ(allocations.load(), 0);
+    EXPECT_EQ(allocations.count(), 0);
     EXPECT_EQ(converter.getDataMap().at(1).bursts.size(), 16u * 2048u);
 }
