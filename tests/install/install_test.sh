@@ -4,12 +4,16 @@
 set -euo pipefail
 build_dir=$1
 source_dir=$2
+# A sanitizer build's libraries need the consumer built with the same flags (";"-separated).
+flags=${3:-}
+flags=${flags//;/ }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cmake --install "$build_dir" --prefix "$work/prefix" >/dev/null
 test -f "$work/prefix/include/massdatamanagement/zelkodatastreamconverter/framereader.h"
 cmake -S "$source_dir/tests/install/consumer" -B "$work/consumer" -G Ninja \
-    -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+    -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_FLAGS="$flags" \
+    -DCMAKE_EXE_LINKER_FLAGS="$flags" >/dev/null
 cmake --build "$work/consumer" >/dev/null
 output=$("$work/consumer/consumer" "$source_dir/data/samples/mixed-host.zdr")
 echo "$output"
