@@ -1,6 +1,7 @@
 // Runs "zelko bursts" as a user would, on recordings of synthetic hoppers.
 
 #include <QColor>
+#include <algorithm>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
@@ -263,3 +264,35 @@ TEST_F(BurstsCommand, SeveralProcessesAtOnce)
         EXPECT_FALSE(QImage(m_dir.filePath(QStringLiteral("p%1.png").arg(i))).isNull());
     }
 }
+
+// Damaged burst lists whose numbers once became indexes and pixel positions through float
+// arithmetic: levels that are all equal and beyond 2^24, level differences that overflow,
+// centre frequencies of 2^53 Hz and more. Each must draw a plot and end normally.
+class BurstsPlotRegression : public ::testing::TestWithParam<char const*>
+{
+};
+
+TEST_P(BurstsPlotRegression, DrawsAPlotAndEndsNormally)
+{
+    QTemporaryDir dir;
+    QString const plot = dir.filePath(QStringLiteral("plot.png"));
+    QString const input = QStringLiteral(ZELKO_SOURCE_DIR "/tests/fuzz/regressions/burstplot/%1.zdr")
+                              .arg(QLatin1String(GetParam()));
+    ASSERT_TRUE(QFile::exists(input));
+    ToolRun const run = runZelko({input, QStringLiteral("--plot"), plot});
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    EXPECT_FALSE(QImage(plot).isNull());
+}
+
+INSTANTIATE_TEST_SUITE_P(Crashers, BurstsPlotRegression,
+                         ::testing::Values("bursts-plot-ubsan-index-oob-1",
+                                           "bursts-plot-ubsan-index-oob-2",
+                                           "bursts-plot-ubsan-index-oob-3",
+                                           "bursts-plot-ubsan-index-oob-crafted-1",
+                                           "bursts-plot-ubsan-index-oob-crafted-2",
+                                           "bursts-plot-ubsan-wild-index-crafted-1"),
+                         [](auto const& info) {
+                             std::string name = info.param;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });

@@ -39,7 +39,8 @@ QColor levelColour(double t)
 {
     static QColor const stops[] = {QColor(72, 30, 140), QColor(150, 40, 160), QColor(225, 70, 110),
                                    QColor(250, 140, 60), QColor(252, 230, 150)};
-    t = std::clamp(t, 0.0, 1.0) * 4.0;
+    // A NaN passes std::clamp unchanged and would index the table as a garbage integer.
+    t = (std::isfinite(t) ? std::clamp(t, 0.0, 1.0) : 0.0) * 4.0;
     int const i = std::min(3, int(t));
     double const f = t - i;
     QColor const& a = stops[i];
@@ -63,6 +64,24 @@ double niceStep(double range, int wanted)
         }
     }
     return 10.0 * power;
+}
+
+// Where a burst's level lies between the lowest and the highest, 0 to 1, computed in double:
+// in float, equal levels beyond 2^24 leave no room between low and high, and the difference
+// of extreme levels overflows.
+double levelFraction(float level, float low, float high)
+{
+    double const span = double(high) - double(low);
+    double const t = (double(level) - double(low)) / span;
+    return std::isfinite(t) && span > 0.0 ? t : 0.0;
+}
+
+// A pixel position kept finite and near the panel: numbers from a damaged recording can
+// put a burst anywhere, and painting far outside the image gains nothing.
+double nearPanel(double position, double low, double high)
+{
+    constexpr double Slack = 20.0;
+    return std::isfinite(position) ? std::clamp(position, low - Slack, high + Slack) : low - Slack;
 }
 
 int decimalsFor(double step)
@@ -141,8 +160,11 @@ QImage drawBurstPlot(unsigned int radioID, RadioBurstData const& data,
     unsigned long long tLow = ~0ull;
     unsigned long long tHigh = 0;
     for (BurstData const& burst : data.bursts) {
-        fLow = std::min(fLow, burst.frequency - burst.bandwidth / 2);
-        fHigh = std::max(fHigh, burst.frequency + burst.bandwidth / 2);
+        if (std::isfinite(burst.frequency - burst.bandwidth / 2) &&
+            std::isfinite(burst.frequency + burst.bandwidth / 2)) {
+            fLow = std::min(fLow, burst.frequency - burst.bandwidth / 2);
+            fHigh = std::max(fHigh, burst.frequency + burst.bandwidth / 2);
+        }
         if (std::isfinite(burst.level_dBm)) {
             levelLow = std::min(levelLow, burst.level_dBm);
             levelHigh = std::max(levelHigh, burst.level_dBm);
@@ -161,7 +183,13 @@ QImage drawBurstPlot(unsigned int radioID, RadioBurstData const& data,
             fHigh = std::max(fHigh, segment.getStopFrequency() + segment.channelSpacing / 2);
         }
     }
-    double const margin = std::max(1.0, (fHigh - fLow) * 0.015);
+    if (!(fHigh >= fLow)) { // no finite frequency at all
+        fLow = fHigh = 0.0;
+    }
+    // The margin also covers a few units in the last place, or at 2^53 Hz and beyond a
+    // 1 Hz margin would vanish and leave a range of zero width.
+    double const margin = std::max({1.0, (fHigh - fLow) * 0.015,
+                                    std::max(std::abs(fLow), std::abs(fHigh)) * 1e-12});
     fLow -= margin;
     fHigh += margin;
     if (!(levelHigh > levelLow)) {
@@ -171,10 +199,13 @@ QImage drawBurstPlot(unsigned int radioID, RadioBurstData const& data,
         tHigh = tLow + 1;
     }
     double const plotWidth = PlotRight - PlotLeft;
-    auto xOf = [&](double f) { return PlotLeft + (f - fLow) / (fHigh - fLow) * plotWidth; };
+    auto xOf = [&](double f) {
+        return nearPanel(PlotLeft + (f - fLow) / (fHigh - fLow) * plotWidth, PlotLeft, PlotRight);
+    };
     auto yOf = [&](unsigned long long t) {
-        return WaterfallTop +
-               double(t - tLow) / double(tHigh - tLow) * (WaterfallBottom - WaterfallTop);
+        return nearPanel(WaterfallTop + double(t - tLow) / double(tHigh - tLow) *
+                                            (WaterfallBottom - WaterfallTop),
+                         WaterfallTop, WaterfallBottom);
     };
 
     // Panels.
@@ -237,9 +268,7 @@ QImage drawBurstPlot(unsigned int radioID, RadioBurstData const& data,
         double const x1 = xOf(burst.frequency + burst.bandwidth / 2);
         double const y0 = yOf(burst.time);
         double const y1 = yOf(burst.time + burst.length);
-        double const t = std::isfinite(burst.level_dBm)
-                             ? (burst.level_dBm - levelLow) / (levelHigh - levelLow)
-                             : 0.0;
+        double const t = levelFraction(burst.level_dBm, levelLow, levelHigh);
         painter.fillRect(QRectF(x0, y0, std::max(1.0, x1 - x0), std::max(1.0, y1 - y0)),
                          levelColour(t));
     }
@@ -277,7 +306,10 @@ QImage drawBurstPlot(unsigned int radioID, RadioBurstData const& data,
     painter.drawRect(waterfallRect);
     double const fStep = niceStep(fHigh - fLow, 12);
     int const fDecimals = std::max(0, decimalsFor(fStep / 1e6));
-    for (double f = std::ceil(fLow / fStep) * fStep; f <= fHigh; f += fStep) {
+    // Counted steps: far from 0 Hz, f + fStep can round back to f.
+    double const firstTick = std::ceil(fLow / fStep) * fStep;
+    for (int tick = 0; tick < 100 && firstTick + tick * fStep <= fHigh; ++tick) {
+        double const f = firstTick + tick * fStep;
         double const x = xOf(f);
         painter.drawLine(QPointF(x, WaterfallBottom), QPointF(x, WaterfallBottom + 6));
         labels.text(megahertz(f, fDecimals), x, WaterfallBottom + 22, 13, AxisColour, 1);
@@ -384,7 +416,9 @@ QImage drawBurstPlot(unsigned int radioID, RadioBurstData const& data,
             }
             double const k = std::round((burst.frequency - segment.startFrequency) / s);
             double const offset = (burst.frequency - segment.startFrequency - k * s) / s;
-            ++fit[std::size_t(std::clamp(int((offset + 0.5) * FitBins), 0, FitBins - 1))];
+            if (std::isfinite(offset)) {
+                ++fit[std::size_t(std::clamp((offset + 0.5) * FitBins, 0.0, FitBins - 1.0))];
+            }
             break;
         }
     }
