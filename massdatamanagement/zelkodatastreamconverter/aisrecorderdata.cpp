@@ -59,13 +59,6 @@ void AISRecorderData::addBlock(int blockId, JobSpec::Station const& scanned, QDa
 
 bool AISRecorderData::saveFile(NerikResultModel const& source)
 {
-    QFile* const file = m_file.getFile();
-    if (!file) {
-        // No file could be created (the reason is traced by the file): a failed save, so the
-        // changes are not tried again before the station reports anew.
-        m_file.resetPendingChanges();
-        return false;
-    }
     NerikResultDataXml::NerikResultData document;
     auto* transmission = new NerikResultDataXml::Transmission();
     document.AddTransmission(transmission);
@@ -91,14 +84,18 @@ bool AISRecorderData::saveFile(NerikResultModel const& source)
     info.SetItem(StationItem, m_station.GetXmlString());
     transmission->AddInfo(new NerikResultDataXml::Info(info));
 
-    bool const saved = document.SaveFile(*file);
-    if (!saved) {
-        moduleTrace().warning(
-            QStringLiteral("SaveFile: %1 %2").arg(file->fileName(), document.GetErrorText()),
-            __LINE__);
-    }
+    // The station file is replaced in one step. A save that fails (no file could be created,
+    // the reason traced by the file) is not tried again before the station reports anew.
+    bool const saved = m_file.writeDocument([&document](QFile& file) {
+        bool const written = document.SaveFile(file);
+        if (!written) {
+            moduleTrace().warning(
+                QStringLiteral("SaveFile: %1 %2").arg(file.fileName(), document.GetErrorText()),
+                __LINE__);
+        }
+        return written;
+    });
     m_file.resetPendingChanges();
-    m_file.closeFile(true);
     return saved;
 }
 

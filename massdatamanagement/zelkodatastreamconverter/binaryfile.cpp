@@ -5,6 +5,8 @@
 #include "moduletrace.h"
 
 #include <QLockFile>
+#include <cerrno>
+#include <unistd.h>
 #include <reportkit/binary.h>
 #include <reportkit/rgexception.h>
 
@@ -98,6 +100,48 @@ QFile* BinaryFile::getFile()
 
 void BinaryFile::createFile()
 {
+    // A previous file object (one that would not reopen) is replaced in any case, so that a
+    // failed creation never leaves a closed file behind for the next write.
+    m_file.reset();
+    claimFreeName([this](QString const& candidate) {
+        if (QFile::exists(candidate)) {
+            return NameClaim::Taken;
+        }
+        auto file = std::make_unique<QFile>(candidate);
+        if (!openFile(file.get())) {
+            trace().warning(QStringLiteral("createFile: cannot open %1").arg(candidate), __LINE__);
+            return NameClaim::Failed;
+        }
+        m_file = std::move(file);
+        return NameClaim::Claimed;
+    });
+}
+
+bool BinaryFile::createFileFrom(QString const& stagedPath)
+{
+    m_file.reset();
+    claimFreeName([this, &stagedPath](QString const& candidate) {
+        if (QFile::exists(candidate)) {
+            return NameClaim::Taken;
+        }
+        // A hard link never replaces a file: a name another process took a moment ago
+        // fails with EEXIST, and the next name is tried.
+        if (::link(QFile::encodeName(stagedPath).constData(),
+                   QFile::encodeName(candidate).constData()) != 0) {
+            if (errno == EEXIST) {
+                return NameClaim::Taken;
+            }
+            trace().warning(QStringLiteral("createFile: cannot open %1").arg(candidate), __LINE__);
+            return NameClaim::Failed;
+        }
+        m_file = std::make_unique<QFile>(candidate);
+        return NameClaim::Claimed;
+    });
+    return m_file != nullptr;
+}
+
+void BinaryFile::claimFreeName(std::function<NameClaim(QString const&)> const& claim)
+{
     m_startTime = Clock::currentDateTime();
     m_timeText = m_startTime.toString(TimeTextFormat);
 
@@ -108,30 +152,19 @@ void BinaryFile::createFile()
                         __LINE__);
     }
 
-    QString candidate = m_directory.absoluteFilePath(m_fileNamePattern.arg(m_timeText, QString()));
-    bool nameFree = !QFile::exists(candidate);
-    for (int counter = 0; !nameFree && counter < MaximumNameCandidates - 1; ++counter) {
-        candidate = m_directory.absoluteFilePath(
-            m_fileNamePattern.arg(m_timeText, QStringLiteral("_%1").arg(counter)));
-        nameFree = !QFile::exists(candidate);
+    QString candidate;
+    NameClaim result = NameClaim::Taken;
+    for (int counter = -1; result == NameClaim::Taken && counter < MaximumNameCandidates - 1;
+         ++counter) {
+        QString const suffix = counter < 0 ? QString() : QStringLiteral("_%1").arg(counter);
+        candidate = m_directory.absoluteFilePath(m_fileNamePattern.arg(m_timeText, suffix));
+        result = claim(candidate);
     }
-
-    // A previous file object (one that would not reopen) is replaced in any case, so that a
-    // failed creation never leaves a closed file behind for the next write.
-    m_file.reset();
-    if (nameFree) {
-        m_file = std::make_unique<QFile>(candidate);
-        if (openFile(m_file.get())) {
-            sendFileInfo(false);
-        } else {
-            trace().warning(QStringLiteral("createFile: cannot open %1").arg(candidate), __LINE__);
-            m_file.reset();
-        }
-    }
-
     lock.unlock();
 
-    if (!m_file) {
+    if (result == NameClaim::Claimed) {
+        sendFileInfo(false);
+    } else {
         trace().warning(QStringLiteral("createFile: cannot create %1").arg(candidate), __LINE__);
     }
 }

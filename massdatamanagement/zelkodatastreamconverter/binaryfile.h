@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QString>
+#include <functional>
 #include <memory>
 
 namespace REPORTKIT {
@@ -92,6 +93,10 @@ public:
 
 protected:
     virtual void createFile();
+    /// Creates the next file as createFile() does, but by giving the complete staged file
+    /// (in the same directory) the chosen name, so that the name never shows a partial file.
+    /// The staged name stays; the caller removes it. False when no file could be created.
+    bool createFileFrom(QString const& stagedPath);
     /// Opens write-only, truncating, unbuffered.
     virtual bool openFile(QFile* file);
     /// Sends the REPORTKIT::Binary record of the current file to the callback.
@@ -108,7 +113,15 @@ protected:
     FileInfoCallback* getCallback() const { return m_callback; }
 
 private:
-    void completeIfTooLarge();
+    enum class NameClaim
+    {
+        Claimed, ///< the name is this object's file now
+        Taken,   ///< the name exists: try the next one
+        Failed   ///< the file system refused: give up
+    };
+    /// Sets the start time, then, under the inter-process lock, offers the plain name and the
+    /// suffixed ones to claim() until one is claimed or claim() fails; reports the new file.
+    void claimFreeName(std::function<NameClaim(QString const&)> const& claim);
 
     FileInfoCallback* m_callback;
     QDir m_directory;

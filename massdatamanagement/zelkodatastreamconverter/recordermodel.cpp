@@ -262,16 +262,13 @@ void RecorderModel::saveExpiredPendingChanges(QDateTime const& now)
     updateTransmissionSystemMode();
 }
 
-// Writes the whole document into the result file and leaves the file closed for reopening:
-// the next write starts again from an empty file. A write that cannot happen (no file could
-// be created) counts as a failed save: the changes are no longer pending, so a directory that
-// refuses files is not tried again at every poll, only after the next change.
+// Writes the whole document so that it replaces the previous one in one step (a conversion
+// killed while saving leaves the previous complete document). A write that cannot happen (no
+// file could be created) counts as a failed save: the changes are no longer pending, so a
+// directory that refuses files is not tried again at every poll, only after the next change.
 void RecorderModel::writeResultFile()
 {
-    if (QFile* const file = m_xmlFile.getFile()) {
-        saveFile(*file);
-        m_xmlFile.closeFile(true);
-    }
+    m_xmlFile.writeDocument([this](QFile& file) { return saveFile(file); });
     m_xmlFile.resetPendingChanges();
 }
 

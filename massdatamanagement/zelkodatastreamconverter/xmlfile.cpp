@@ -3,7 +3,13 @@
 #include "clock.h"
 #include "moduletrace.h"
 
+#include <QCoreApplication>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <reportkit/text.h>
+#include <unistd.h>
 
 namespace zelkodatastreamconverter {
 
@@ -15,6 +21,22 @@ ModuleTrace const& trace()
     return instance;
 }
 
+// Hidden, and unique per process and call, so that concurrent writers never share one.
+QString stagedFilePath(QDir const& directory)
+{
+    static std::atomic<unsigned> counter{0};
+    return directory.absoluteFilePath(QStringLiteral(".zelko-%1-%2.part")
+                                          .arg(QCoreApplication::applicationPid())
+                                          .arg(counter.fetch_add(1)));
+}
+
+// The data must be on the disk before the rename makes it the document: after a power
+// failure the name would otherwise point at an empty file.
+bool flushToDisk(QFile& file)
+{
+    return file.flush() && ::fdatasync(file.handle()) == 0;
+}
+
 } // namespace
 
 XmlFile::XmlFile(FileInfoCallback* callback)
@@ -24,6 +46,42 @@ XmlFile::XmlFile(FileInfoCallback* callback)
 }
 
 XmlFile::~XmlFile() = default;
+
+bool XmlFile::writeDocument(std::function<bool(QFile&)> const& write)
+{
+    QString const stagedPath = stagedFilePath(getDirectory());
+    QFile staged(stagedPath);
+    if (!staged.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Text)) {
+        // Where the directory takes no staged file, the document is written in place as a
+        // plain file would be; if the file cannot be had either, its own messages say why.
+        QFile* const file = getFile();
+        bool const written = file != nullptr && write(*file);
+        closeFile(true);
+        return written;
+    }
+    bool placed = write(staged) && flushToDisk(staged);
+    staged.close();
+    if (placed) {
+        if (QFile* const current = getOpenFile()) {
+            if (current->isOpen()) {
+                current->close();
+            }
+            // rename() replaces the old document in one step: readers see the old or the new.
+            placed = std::rename(QFile::encodeName(stagedPath).constData(),
+                                 QFile::encodeName(current->fileName()).constData()) == 0;
+            if (!placed) {
+                trace().warning(QStringLiteral("writeDocument: cannot replace %1: %2")
+                                    .arg(current->fileName(), QString::fromLocal8Bit(
+                                                                   std::strerror(errno))),
+                                __LINE__);
+            }
+        } else {
+            placed = createFileFrom(stagedPath);
+        }
+    }
+    QFile::remove(stagedPath);
+    return placed;
+}
 
 void XmlFile::setChannel(int channel)
 {

@@ -15,7 +15,18 @@ namespace zelkodatastreamconverter {
 /// postpone nor advance it, so a stream of small changes cannot hold the file back for ever.
 /// The owner polls hasExpiredPendingChanges(now), writes, then calls resetPendingChanges().
 ///
+/// writeDocument() is the safe way to write: the document goes to a staged file beside the
+/// result file and then takes its place in one step, so that at every moment (a crash, a kill,
+/// a full disk included) the file holds either the previous complete document or the new one,
+/// and a new file's name appears only with its whole first document. A process killed while
+/// writing leaves its staged file, ".zelko-<pid>-<n>.part", behind; result files never end in
+/// ".part". Where the directory takes no staged file, the document is written in place
+/// through getFile() instead.
+///
 /// Reports REPORTKIT::Text records (no type; the channel when one is set).
+///
+/// Messages (module "xmlfile", warning bit):
+///   "writeDocument: cannot replace %1: %2"   the staged document could not take the file's place
 class XmlFile : public BinaryFile
 {
 public:
@@ -24,6 +35,13 @@ public:
     XmlFile(XmlFile const& other) = default;
     XmlFile& operator=(XmlFile const& other) = default;
     ~XmlFile() override;
+
+    /// Writes a whole document through write(file) into a staged file, then puts it in place
+    /// of the result file (creating the result file on the first write, named and reported as
+    /// getFile() would). Leaves the file closed for the next write, like closeFile(true).
+    /// False when write() fails or the document could not be put in place; the result file
+    /// then keeps its previous content.
+    bool writeDocument(std::function<bool(QFile&)> const& write);
 
     void setChannel(int channel);
     int getChannel() const { return m_channel; }
