@@ -12,6 +12,9 @@ namespace {
 // Larger than any table of 16-bit codes can sensibly be written; keeps a wrong path (a
 // recording, a disk image) from being read into memory whole.
 constexpr qint64 MaxFileSize = 4 * 1024 * 1024;
+// Every table holds an entry for each of the 2^width codes (1.25 MiB at 16 bits), so the
+// number of tables bounds an alphabet's memory; teleprinter codes use two or three.
+constexpr int MaxTables = 16;
 
 bool parseCode(QString const& text, unsigned& value)
 {
@@ -164,6 +167,9 @@ private:
             if (table.name == name) {
                 return fail(number, QStringLiteral("table \"%1\" defined twice").arg(name));
             }
+        }
+        if (m_alphabet->m_tables.size() >= MaxTables) {
+            return fail(number, QStringLiteral("more than %1 tables").arg(MaxTables));
         }
         int const size = 1 << m_alphabet->m_width;
         m_alphabet->m_tables.append({name, QVector<CodeEntry>(size)});

@@ -8,6 +8,12 @@
 
 namespace JobSpec {
 
+namespace {
+// A job settings file is a few kilobytes; anything far larger is not one, and reading it
+// would only fill memory with decoder names and channel numbers.
+constexpr qint64 MaxFileSize = 1024 * 1024;
+} // namespace
+
 void Settings::SetValidate(bool validate)
 {
     XmlElementObject::SetValidate(validate);
@@ -57,6 +63,12 @@ bool Settings::LoadFile(QString const& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         setLastXmlError(QStringLiteral("%1: cannot open: %2").arg(path, file.errorString()));
+        return false;
+    }
+    if (file.size() > MaxFileSize) {
+        setLastXmlError(QStringLiteral("%1: larger than %2 bytes, not a job settings file")
+                            .arg(path)
+                            .arg(MaxFileSize));
         return false;
     }
     QString error;

@@ -2,6 +2,8 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <cstring>
+#include <sys/resource.h>
 #include <gtest/gtest.h>
 #include <support/golden.h>
 
@@ -93,3 +95,38 @@ TEST(SampleGenerator, ReproducesTheBundledSamples)
 }
 
 } // namespace
+
+namespace {
+
+long childPeakResidentKilobytes()
+{
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return usage.ru_maxrss;
+}
+
+} // namespace
+
+// A damaged last header that claims the largest frame (256 MiB) in a short recording: the
+// frames before it are listed, the reader ends at the end of the file, and memory stays at
+// about what the file holds instead of the claimed size.
+TEST(ZelkoInspect, TruncatedFrameClaimingTheMaximumLengthCostsWhatTheFileHolds)
+{
+    QTemporaryDir dir;
+    QString const path = dir.filePath(QStringLiteral("claims-maximum.zdr"));
+    {
+        QFile sample(QStringLiteral(ZELKO_SOURCE_DIR "/") + samples.front());
+        ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        QByteArray header(24, '\0');
+        quint32 const words[] = {0xFB746572u, 0x4000000u, 0, 64, 0, 0};
+        std::memcpy(header.data(), words, sizeof words); // host order, as the sample
+        file.write(sample.readAll() + header + QByteArray(4096, 'x'));
+    }
+    ToolRun const result =
+        run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("inspect"), QStringLiteral("--summary"), path});
+    EXPECT_EQ(result.exitCode, 0) << result.output.toStdString();
+    EXPECT_TRUE(result.output.contains("6 frames, 816 bytes in frames")) << result.output.toStdString();
+    EXPECT_LT(childPeakResidentKilobytes(), 128 * 1024);
+}

@@ -115,6 +115,20 @@ TEST(AlphabetParse, MalformedFilesGiveExactMessages)
     }
 }
 
+// Each 16-bit table costs about a megabyte: sixteen tables are the most an alphabet may have.
+TEST(AlphabetParse, TableCountBoundary)
+{
+    auto withTables = [](int count) {
+        QByteArray text("name = Wide\nwidth = 16\n");
+        for (int i = 0; i < count; ++i) {
+            text += "[t" + QByteArray::number(i) + "]\n0xFFFF = same\n";
+        }
+        return text + "end\n";
+    };
+    EXPECT_EQ(parseError(withTables(16)), QStringLiteral("(parsed)"));
+    EXPECT_EQ(parseError(withTables(17)), QStringLiteral("t.alphabet:35: more than 16 tables"));
+}
+
 TEST(AlphabetParse, EveryTruncationOfAShippedFileIsRefused)
 {
     QFile file(QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets/MTK-2.alphabet"));

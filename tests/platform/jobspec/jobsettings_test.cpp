@@ -106,6 +106,23 @@ TEST(JobSettings, ExampleFileValidatesAndReads)
               (QStringList{QStringLiteral("0"), QStringLiteral("3")}));
 }
 
+TEST(JobSettings, FileFarLargerThanSettingsIsRefusedUnread)
+{
+    QTemporaryDir directory;
+    QString const path = directory.filePath(QStringLiteral("huge.xml"));
+    ASSERT_TRUE(fullSettings().SaveFile(path));
+    QFile file(path);
+    ASSERT_TRUE(file.resize(100 * 1024 * 1024)); // sparse: costs no disk
+    Settings settings = fullSettings();
+    EXPECT_FALSE(settings.LoadFile(path));
+    EXPECT_EQ(settings.LastXmlError(),
+              path + QStringLiteral(": larger than 1048576 bytes, not a job settings file"));
+    EXPECT_TRUE(settings == fullSettings());
+    ASSERT_TRUE(file.resize(1024 * 1024)); // exactly the limit: read (and refused as XML)
+    settings.LoadFile(path);
+    EXPECT_FALSE(settings.LastXmlError().contains(QStringLiteral("larger than")));
+}
+
 TEST(JobSettings, FileSaveAndLoadAndMissingFile)
 {
     QTemporaryDir directory;
