@@ -8,6 +8,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cmake --install "$build_dir" --prefix "$work/prefix" >/dev/null
 test -f "$work/prefix/include/massdatamanagement/zelkodatastreamconverter/framereader.h"
+test -f "$work/prefix/include/massdatamanagement/zelkodatastreamconverter/frameformat.h"
 cmake -S "$source_dir/tests/install/consumer" -B "$work/consumer" -G Ninja \
     -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/consumer" >/dev/null
