@@ -169,7 +169,7 @@ void RecorderModel::setCurrentTransmission(Transmission* transmission)
     NerikResultModel::setCurrentTransmission(transmission);
     if (transmission) {
         addCurrentInfo(transmission->GetStartTime(), true);
-        m_xmlFile.setPendingChanges(10);
+        m_xmlFile.setPendingChanges(PendingChangeDelay::NewTransmission);
     }
 }
 
@@ -177,10 +177,10 @@ void RecorderModel::markChanged()
 {
     if (m_xmlFile.getOpenFile()) {
         if (!m_xmlFile.hasPendingChanges()) {
-            m_xmlFile.setPendingChanges(30);
+            m_xmlFile.setPendingChanges(PendingChangeDelay::NewData);
         }
     } else {
-        m_xmlFile.setPendingChanges(-60);
+        m_xmlFile.setPendingChanges(PendingChangeDelay::NoFileYet);
     }
 }
 
