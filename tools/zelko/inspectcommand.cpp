@@ -122,7 +122,9 @@ int runInspect(QStringList const& arguments)
                                  QStringLiteral("MASK"));
     parser.addOption(summaryOnly);
     parser.addOption(traceMask);
-    parser.process(QStringList{QStringLiteral("zelko inspect")} + arguments);
+    if (processCommandLine(parser, QStringLiteral("inspect"), arguments)) {
+        return 0;
+    }
 
     QTextStream out(stdout);
     if (parser.isSet(traceMask)) {
