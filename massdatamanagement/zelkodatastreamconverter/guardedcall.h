@@ -35,13 +35,13 @@ struct GuardLines
 
 /// Runs step and keeps every exception inside: no exception leaves the library's interface.
 /// What the report and result-document libraries throw, and anything else, is handed to
-/// onFailure(GuardedFailure const&). True when step returned normally.
+/// onFailure(GuardedFailure const&). A step that has a result to give sets it itself, so
+/// that a failure leaves the caller's default in place.
 template <typename Step, typename OnFailure>
-bool guardedCall(Step&& step, OnFailure&& onFailure)
+void guardedCall(Step&& step, OnFailure&& onFailure)
 {
     try {
         std::forward<Step>(step)();
-        return true;
     } catch (REPORTKIT::RGException const& error) {
         onFailure(GuardedFailure{GuardedFailure::Report, error.GetMessage()});
     } catch (NerikResultDataXml::NerikResultDataException const& error) {
@@ -49,15 +49,14 @@ bool guardedCall(Step&& step, OnFailure&& onFailure)
     } catch (...) {
         onFailure(GuardedFailure{GuardedFailure::Unknown, QString()});
     }
-    return false;
 }
 
 /// The usual form: a failure is traced as a warning "<operation>: <text>", or
 /// "<operation>: Unknown exception", at the line given for its kind.
 template <typename Step>
-bool guardedCall(ModuleTrace const& trace, QString const& operation, GuardLines lines, Step&& step)
+void guardedCall(ModuleTrace const& trace, QString const& operation, GuardLines lines, Step&& step)
 {
-    return guardedCall(std::forward<Step>(step), [&](GuardedFailure const& failure) {
+    guardedCall(std::forward<Step>(step), [&](GuardedFailure const& failure) {
         switch (failure.kind) {
         case GuardedFailure::Report:
             trace.warning(QStringLiteral("%1: %2").arg(operation, failure.text), lines.report);

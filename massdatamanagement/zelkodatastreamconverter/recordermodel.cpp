@@ -46,10 +46,10 @@ constexpr GuardLines GuardedStepLines = {LineGuardedReport, LineGuardedDocument,
 
 // Runs a settings step; what the libraries throw is traced as "<operation>: <text>".
 template <typename Step>
-bool guarded(char const* operation, Step&& step)
+void guarded(char const* operation, Step&& step)
 {
-    return guardedCall(moduleTrace(), QString::fromLatin1(operation), GuardedStepLines,
-                       std::forward<Step>(step));
+    guardedCall(moduleTrace(), QString::fromLatin1(operation), GuardedStepLines,
+                std::forward<Step>(step));
 }
 
 template <typename Settings>
