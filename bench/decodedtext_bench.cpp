@@ -58,7 +58,8 @@ qint64 writeRecording(QString const& path, qint64& characters)
     qint64 const target = recordingMegabytes() << 20;
     quint64 time = 1710496800ull * 1000000ull;
     for (int frame = 0; writer.bytesWritten() < target; ++frame) {
-        writer.writeFrame(64, framePayload(time, frame));
+        writer.writeFrame(zelkodatastreamconverter::FrameType::DecodedText,
+                          framePayload(time, frame));
         characters += EntriesPerFrame;
         time += 200000;
     }

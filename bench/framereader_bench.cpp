@@ -45,11 +45,12 @@ bool writeRecording(Recording& recording)
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return false;
     }
-    QByteArray payload(recording.frameBytes - RecordingWriter::HeaderSize, '\0');
+    QByteArray payload(recording.frameBytes - zelkodatastreamconverter::FrameHeaderSize, '\0');
     for (int i = 0; i < payload.size(); ++i) {
         payload[i] = char(i * 7);
     }
-    QByteArray const frame = RecordingWriter::frameBytes(64, payload, recording.order);
+    QByteArray const frame = RecordingWriter::frameBytes(
+        zelkodatastreamconverter::FrameType::DecodedText, payload, recording.order);
     QByteArray chunk;
     while (chunk.size() < (1 << 20)) {
         chunk += frame;

@@ -1,11 +1,14 @@
-# zelko_add_platform_library(NAME [LIBS ...])
-# Builds platform/NAME/*.cpp into the shared library NAME. Headers are included as
+# zelko_add_platform_library(NAME SOURCES ... HEADERS ... [LIBS ...])
+# Builds the listed sources of platform/NAME into the shared library NAME and installs the
+# listed headers. The lists are explicit: a file that is renamed or missing stops the
+# configuration instead of silently dropping out of the build. Headers are included as
 # <NAME/header.h> both in the build tree and after installation.
 function(zelko_add_platform_library name)
-    cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
-    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-    file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
-    add_library(${name} SHARED ${sources} ${headers})
+    cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LIBS" ${ARGN})
+    if(NOT ARG_SOURCES OR NOT ARG_HEADERS)
+        message(FATAL_ERROR "zelko_add_platform_library(${name}): SOURCES and HEADERS are required")
+    endif()
+    add_library(${name} SHARED ${ARG_SOURCES} ${ARG_HEADERS})
     add_library(Zelko::${name} ALIAS ${name})
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>
@@ -16,7 +19,7 @@ function(zelko_add_platform_library name)
     install(TARGETS ${name} EXPORT ZelkoDataStreamConverterTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-    install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name})
+    install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name})
 endfunction()
 
 # zelko_add_test(NAME [SERIAL] SOURCES... LIBS ...)

@@ -49,10 +49,10 @@ void AISRecorderData::addBlock(int blockId, JobSpec::Station const& scanned, QDa
     }
     if (m_file.getOpenFile()) {
         if (!m_file.hasPendingChanges()) {
-            m_file.setPendingChanges(now.addSecs(30));
+            m_file.setPendingChanges(now.addSecs(PendingChangeDelay::NewData));
         }
     } else {
-        m_file.setPendingChanges(now.addSecs(-60));
+        m_file.setPendingChanges(now.addSecs(PendingChangeDelay::NoFileYet));
     }
     m_expiryTime = now.addSecs(SilenceSeconds);
 }

@@ -1,5 +1,7 @@
 #include "decodedtextmodel.h"
 
+#include "frameformat.h"
+
 #include <alphabetkit/ialphabethandler.h>
 #include <appstartup/cfgcenter.h>
 #include <cstring>
@@ -14,9 +16,6 @@ QString const DecodedTextModel::AllDecoders = QStringLiteral("All");
 
 namespace {
 
-constexpr quint32 FrameMagic = 0xFB746572u;
-constexpr quint32 DecodedTextFrameType = 64;
-constexpr int HeaderWords = 6;
 constexpr int FirstEntryOffset = 40;
 constexpr int EntrySize = 8;
 
@@ -148,8 +147,9 @@ QStringList DecodedTextModel::getAllAlphabets()
 
 bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transmission)
 {
-    if (frame.size() < FirstEntryOffset || readAt<quint32>(frame, 0) != FrameMagic ||
-        readAt<quint32>(frame, 12) != DecodedTextFrameType) {
+    if (frame.size() < FirstEntryOffset ||
+        readAt<quint32>(frame, FrameMagicOffset) != FRAME_MAGIC ||
+        readAt<quint32>(frame, FrameTypeOffset) != FrameType::DecodedText) {
         return false;
     }
     QDateTime const time = timeFromMicroseconds(readAt<quint64>(frame, 24));

@@ -144,15 +144,15 @@ quint32 FrameReader::headerWord(int index) const
 bool FrameReader::readFrame()
 {
     if (m_expectedSize == 0) {
-        setExpected(HeaderSize);
+        setExpected(FrameHeaderSize);
     }
     if (!readBuffer()) {
         return false;
     }
-    if (m_expectedSize == HeaderSize && !readHeader()) {
+    if (m_expectedSize == FrameHeaderSize && !readHeader()) {
         return false;
     }
-    if (m_expectedSize > HeaderSize) {
+    if (m_expectedSize > FrameHeaderSize) {
         convertFilledWords();
     }
     return true;
@@ -210,11 +210,11 @@ bool FrameReader::readHeader()
         return false;
     }
     int const frameSize = int(lengthWords * 4);
-    if (frameSize > HeaderSize) {
+    if (frameSize > FrameHeaderSize) {
         setExpected(frameSize);
         return readBuffer();
     }
-    if (frameSize == HeaderSize) {
+    if (frameSize == FrameHeaderSize) {
         // Handed out as stored, without conversion even in a swapped recording.
         return true;
     }
@@ -255,7 +255,7 @@ int FrameReader::indexOfMagicWord() const
 void FrameReader::takeFrameData(QByteArray& frameType, QByteArray& frameData)
 {
     // Without a complete frame there is no type word; hand out what is there all the same.
-    setHexText(frameType, m_buffer.size() >= HeaderSize ? headerWord(3) : 0);
+    setHexText(frameType, m_buffer.size() >= FrameHeaderSize ? headerWord(3) : 0);
     int const size = std::min(m_filledSize, m_expectedSize);
     frameData.resize(size);
     std::memcpy(frameData.data(), m_buffer.constData(), size_t(size));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "frameformat.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -7,13 +9,7 @@ namespace zelkodatastreamconverter {
 
 /// Cuts a recording's byte stream into frames.
 ///
-/// A frame is a whole number of 32-bit words with a 24-byte header:
-///
-///   offset  0  magic word 0xFB746572 (FRAME_MAGIC); its byte order is the recording's
-///   offset  4  frame length in words, header included (6 = header only, at most 0x4000000)
-///   offset 12  frame type (64 decoded text, 304 symbols, 336 burst lists, 352 images,
-///              368 transmission-system PDUs)
-///   offset 24  payload
+/// The frame format (magic word, header, length limit, frame types) is in frameformat.h.
 ///
 /// The byte order is decided afresh from every magic word, so a recording may change it
 /// between frames; completed frames are handed out converted to host order, word by word.
@@ -29,10 +25,6 @@ namespace zelkodatastreamconverter {
 class FrameReader
 {
 public:
-    static constexpr quint32 FRAME_MAGIC = 0xFB746572u;
-    static constexpr int HeaderSize = 24;
-    static constexpr quint32 MaxFrameLengthWords = 0x4000000u;
-
     explicit FrameReader(QString const& name);
     FrameReader(FrameReader const&) = default;
     FrameReader& operator=(FrameReader const&) = default;
@@ -88,7 +80,7 @@ private:
     int m_expectedSize = 0;
     int m_filledSize = 0;
     quint32 m_nativeMagic = FRAME_MAGIC;
-    quint32 m_swappedMagic = 0x726574FBu;
+    quint32 m_swappedMagic = SwappedFrameMagic;
     bool m_convertByteOrder = false;
     bool m_magicErrorReported = false;
     bool m_fatalError = false;

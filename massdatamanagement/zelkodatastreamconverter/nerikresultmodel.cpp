@@ -1,6 +1,8 @@
 #include "nerikresultmodel.h"
 
+#include "aisposition.h"
 #include "clock.h"
+#include "guardedcall.h"
 #include "moduletrace.h"
 #include "nerikresultcallback.h"
 
@@ -11,15 +13,11 @@
 #include <limits>
 #include <nerikresultdataxml/field.h>
 #include <nerikresultdataxml/nerikresultdata.h>
-#include <nerikresultdataxml/nerikresultdataexception.h>
 #include <reportkit/ffmsettings.h>
-#include <reportkit/rgexception.h>
 
 namespace zelkodatastreamconverter {
 
-using NerikResultDataXml::NerikResultDataException;
 using NerikResultDataXml::TimeStamp;
-using REPORTKIT::RGException;
 
 namespace {
 
@@ -61,6 +59,23 @@ template <typename List>
 void deleteAt(List& list, int index)
 {
     delete list.takeAt(index);
+}
+
+// The channel selection's own trace form, which names the XML text:
+// "<operation>(<xml>) - RGException: <text>", or "<operation>(<xml>) - exception" for
+// anything else.
+auto channelSelectionFailure(char const* operation, QString const& xml, int reportLine,
+                             int otherLine)
+{
+    return [=, &xml](GuardedFailure const& failure) {
+        QString const name = QString::fromLatin1(operation);
+        if (failure.kind == GuardedFailure::Report) {
+            trace().warning(QStringLiteral("%1(%2) - RGException: %3").arg(name, xml, failure.text),
+                            reportLine);
+        } else {
+            trace().warning(QStringLiteral("%1(%2) - exception").arg(name, xml), otherLine);
+        }
+    };
 }
 
 } // namespace
@@ -130,35 +145,32 @@ bool NerikResultModel::setDemodulatorSettings(QString const& xml)
     if (xml.isEmpty()) {
         return true;
     }
-    try {
-        JobSpec::Demodulator_Settings settings;
-        if (!settings.SetXmlString(xml, 0)) {
-            return false;
-        }
-        QString const mode = JobSpec::Demodulator_Settings::ModeToName(settings.GetMode());
-        QStringList const decoders = settings.GetDecoder().GetValue();
-        QString const decoder = decoders.size() == 1 ? decoders.front() : DefaultDecoderValue;
-        QString const alphabet = settings.GetAlphabet();
+    bool applied = false;
+    guardedCall(trace(), QStringLiteral("setDemodulatorSettings"),
+                {LineSetDemodulatorSettingsReport, LineSetDemodulatorSettingsDocument,
+                 LineSetDemodulatorSettingsOther},
+                [&] {
+                    JobSpec::Demodulator_Settings settings;
+                    if (!settings.SetXmlString(xml, 0)) {
+                        return;
+                    }
+                    QString const mode =
+                        JobSpec::Demodulator_Settings::ModeToName(settings.GetMode());
+                    QStringList const decoders = settings.GetDecoder().GetValue();
+                    QString const decoder =
+                        decoders.size() == 1 ? decoders.front() : DefaultDecoderValue;
+                    QString const alphabet = settings.GetAlphabet();
 
-        setDemodulator(mode);
-        // Several decoders cannot be told apart here: the stored one stays.
-        if (decoders.size() < 2) {
-            setDecoder(decoder);
-        }
-        bool changed = false;
-        setAlphabet(alphabet, changed);
-        return true;
-    } catch (NerikResultDataException const& exception) {
-        trace().warning(QStringLiteral("setDemodulatorSettings: %1").arg(exception.GetMessage()),
-                        LineSetDemodulatorSettingsDocument);
-    } catch (RGException const& exception) {
-        trace().warning(QStringLiteral("setDemodulatorSettings: %1").arg(exception.GetMessage()),
-                        LineSetDemodulatorSettingsReport);
-    } catch (...) {
-        trace().warning(QStringLiteral("setDemodulatorSettings: Unknown exception"),
-                        LineSetDemodulatorSettingsOther);
-    }
-    return false;
+                    setDemodulator(mode);
+                    // Several decoders cannot be told apart here: the stored one stays.
+                    if (decoders.size() < 2) {
+                        setDecoder(decoder);
+                    }
+                    bool changed = false;
+                    setAlphabet(alphabet, changed);
+                    applied = true;
+                });
+    return applied;
 }
 
 void NerikResultModel::setFFMSettings(QString const& xml)
@@ -251,18 +263,11 @@ void NerikResultModel::addCurrentInfo(QDateTime const&, bool) {}
 
 void NerikResultModel::setParameter(JobSpec::Settings const& settings)
 {
-    try {
-        setFFMSettings(settings.GetFFM_Settings().GetXmlString());
-        setDemodulatorSettings(settings.GetDemodulator_Settings().GetXmlString());
-    } catch (NerikResultDataException const& exception) {
-        trace().warning(QStringLiteral("setParameter: %1").arg(exception.GetMessage()),
-                        LineSetParameterDocument);
-    } catch (RGException const& exception) {
-        trace().warning(QStringLiteral("setParameter: %1").arg(exception.GetMessage()),
-                        LineSetParameterReport);
-    } catch (...) {
-        trace().warning(QStringLiteral("setParameter: Unknown exception"), LineSetParameterOther);
-    }
+    guardedCall(trace(), QStringLiteral("setParameter"),
+                {LineSetParameterReport, LineSetParameterDocument, LineSetParameterOther}, [&] {
+                    setFFMSettings(settings.GetFFM_Settings().GetXmlString());
+                    setDemodulatorSettings(settings.GetDemodulator_Settings().GetXmlString());
+                });
 }
 
 bool NerikResultModel::setFFMFrequency(QString const& xml)
@@ -277,34 +282,30 @@ bool NerikResultModel::setFFMFrequency(QString const& xml)
 
 void NerikResultModel::setChannelSelection(QString const& xml)
 {
-    try {
-        JobSpec::ChannelSelection selection;
-        selection.SetXmlString(xml, 0);
-        if (!selection.IsValueSet()) {
-            m_channelSelection = QBitArray(); // null: every channel
-            return;
-        }
-        // Empty but not null: from now on only the listed channels count.
-        m_channelSelection = QBitArray(0);
-        for (QString const& text : selection.GetValue()) {
-            bool number = false;
-            int const channel = text.toInt(&number, 10);
-            if (!number || channel < 0 || channel > MaximumSelectableChannel) {
-                continue;
+    guardedCall(
+        [&] {
+            JobSpec::ChannelSelection selection;
+            selection.SetXmlString(xml, 0);
+            if (!selection.IsValueSet()) {
+                m_channelSelection = QBitArray(); // null: every channel
+                return;
             }
-            if (m_channelSelection.size() < channel + 1) {
-                m_channelSelection.resize(channel + 1);
+            // Empty but not null: from now on only the listed channels count.
+            m_channelSelection = QBitArray(0);
+            for (QString const& text : selection.GetValue()) {
+                bool number = false;
+                int const channel = text.toInt(&number, 10);
+                if (!number || channel < 0 || channel > MaximumSelectableChannel) {
+                    continue;
+                }
+                if (m_channelSelection.size() < channel + 1) {
+                    m_channelSelection.resize(channel + 1);
+                }
+                m_channelSelection.setBit(channel);
             }
-            m_channelSelection.setBit(channel);
-        }
-    } catch (RGException const& exception) {
-        trace().warning(QStringLiteral("setChannelSelection(%1) - RGException: %2")
-                            .arg(xml, exception.GetMessage()),
-                        LineSetChannelSelectionReport);
-    } catch (...) {
-        trace().warning(QStringLiteral("setChannelSelection(%1) - exception").arg(xml),
-                        LineSetChannelSelectionOther);
-    }
+        },
+        channelSelectionFailure("setChannelSelection", xml, LineSetChannelSelectionReport,
+                                LineSetChannelSelectionOther));
 }
 
 QString NerikResultModel::getChannelSelection() const
@@ -313,24 +314,20 @@ QString NerikResultModel::getChannelSelection() const
     if (m_channelSelection.isNull()) {
         return xml;
     }
-    try {
-        JobSpec::ChannelSelection selection;
-        for (int channel = 0; channel < m_channelSelection.size(); ++channel) {
-            if (m_channelSelection.testBit(channel)) {
-                selection.AppendValue(QString::number(channel));
+    guardedCall(
+        [&] {
+            JobSpec::ChannelSelection selection;
+            for (int channel = 0; channel < m_channelSelection.size(); ++channel) {
+                if (m_channelSelection.testBit(channel)) {
+                    selection.AppendValue(QString::number(channel));
+                }
             }
-        }
-        if (selection.IsValueSet()) {
-            xml = selection.GetXmlString();
-        }
-    } catch (RGException const& exception) {
-        trace().warning(QStringLiteral("getChannelSelection(%1) - RGException: %2")
-                            .arg(xml, exception.GetMessage()),
-                        LineGetChannelSelectionReport);
-    } catch (...) {
-        trace().warning(QStringLiteral("getChannelSelection(%1) - exception").arg(xml),
-                        LineGetChannelSelectionOther);
-    }
+            if (selection.IsValueSet()) {
+                xml = selection.GetXmlString();
+            }
+        },
+        channelSelectionFailure("getChannelSelection", xml, LineGetChannelSelectionReport,
+                                LineGetChannelSelectionOther));
     return xml;
 }
 
@@ -456,17 +453,10 @@ bool NerikResultModel::maxDataSizeExceeded()
     if (m_estimatedDataSize < MaxDataSize + 1) {
         return false;
     }
-    try {
-        int const size = m_resultData->GetXmlString().toUtf8().size();
-        m_estimatedDataSize = size;
-        return size > MaxDataSize;
-    } catch (NerikResultDataException const& exception) {
-        trace().warning(QStringLiteral("maxDataSizeExceeded: ") + exception.GetMessage(),
-                        LineMaxDataSizeExceeded);
-    } catch (...) {
-        trace().warning(QStringLiteral("maxDataSizeExceeded: Unknown exception"),
-                        LineMaxDataSizeExceeded);
-    }
+    guardedCall(trace(), QStringLiteral("maxDataSizeExceeded"),
+                GuardLines::same(LineMaxDataSizeExceeded),
+                [&] { m_estimatedDataSize = m_resultData->GetXmlString().toUtf8().size(); });
+    // After a failure the estimate stands in for the size.
     return m_estimatedDataSize > MaxDataSize;
 }
 
@@ -476,14 +466,8 @@ QByteArray NerikResultModel::getMessageData(Transmission const* transmission)
     if (transmission == nullptr) {
         return data;
     }
-    try {
-        data = transmission->GetXmlString().toUtf8();
-    } catch (NerikResultDataException const& exception) {
-        trace().warning(QStringLiteral("getMessageData: ") + exception.GetMessage(),
-                        LineGetMessageData);
-    } catch (...) {
-        trace().warning(QStringLiteral("getMessageData: Unknown exception"), LineGetMessageData);
-    }
+    guardedCall(trace(), QStringLiteral("getMessageData"), GuardLines::same(LineGetMessageData),
+                [&] { data = transmission->GetXmlString().toUtf8(); });
     return data;
 }
 
@@ -787,19 +771,41 @@ NerikResultDataXml::PDUDataBlock* findPdu(QList<NerikResultDataXml::PDUDataBlock
     return nullptr;
 }
 
+// A transmission's top-level blocks and a block's children are searched and merged alike;
+// Owner is either.
+template <typename Owner>
+NerikResultDataXml::PDUDataBlock* findChildPdu(Owner* owner, int id, bool recursive)
+{
+    return owner == nullptr ? nullptr : findPdu(owner->GetPDUDataBlocks(), id, recursive);
+}
+
+// The block of pdu's ID among owner's blocks is updated and pdu's children merged into it;
+// without one, owner receives a copy of pdu (children included).
+template <typename Owner>
+void mergePdu(NerikResultModel& model, Owner& owner, NerikResultDataXml::PDUDataBlock const& pdu)
+{
+    if (auto* const existing = findChildPdu(&owner, pdu.GetID(), false)) {
+        model.updatePDUDataBlock(existing, pdu);
+        for (NerikResultDataXml::PDUDataBlock const* child : pdu.GetPDUDataBlocks()) {
+            model.addPDUDataBlock(existing, *child);
+        }
+    } else {
+        owner.AddPDUDataBlock(new NerikResultDataXml::PDUDataBlock(pdu));
+    }
+}
+
 } // namespace
 
 NerikResultModel::PDUDataBlock* NerikResultModel::getPDUDataBlock(Transmission* transmission,
                                                                   int id, bool recursive)
 {
-    return transmission == nullptr ? nullptr
-                                   : findPdu(transmission->GetPDUDataBlocks(), id, recursive);
+    return findChildPdu(transmission, id, recursive);
 }
 
 NerikResultModel::PDUDataBlock* NerikResultModel::getPDUDataBlock(PDUDataBlock* parent, int id,
                                                                   bool recursive)
 {
-    return parent == nullptr ? nullptr : findPdu(parent->GetPDUDataBlocks(), id, recursive);
+    return findChildPdu(parent, id, recursive);
 }
 
 void NerikResultModel::updatePDUDataBlock(PDUDataBlock* target, PDUDataBlock const& source)
@@ -819,14 +825,7 @@ void NerikResultModel::addPDUDataBlock(Transmission* transmission, PDUDataBlock 
     if (transmission == nullptr) {
         return;
     }
-    if (PDUDataBlock* const existing = getPDUDataBlock(transmission, pdu.GetID(), false)) {
-        updatePDUDataBlock(existing, pdu);
-        for (PDUDataBlock const* child : pdu.GetPDUDataBlocks()) {
-            addPDUDataBlock(existing, *child);
-        }
-    } else {
-        transmission->AddPDUDataBlock(new PDUDataBlock(pdu));
-    }
+    mergePdu(*this, *transmission, pdu);
     if (latest < pdu.GetTimeStamp()) {
         latest = pdu.GetTimeStamp();
     }
@@ -834,16 +833,8 @@ void NerikResultModel::addPDUDataBlock(Transmission* transmission, PDUDataBlock 
 
 void NerikResultModel::addPDUDataBlock(PDUDataBlock* parent, PDUDataBlock const& pdu)
 {
-    if (parent == nullptr) {
-        return;
-    }
-    if (PDUDataBlock* const existing = getPDUDataBlock(parent, pdu.GetID(), false)) {
-        updatePDUDataBlock(existing, pdu);
-        for (PDUDataBlock const* child : pdu.GetPDUDataBlocks()) {
-            addPDUDataBlock(existing, *child);
-        }
-    } else {
-        parent->AddPDUDataBlock(new PDUDataBlock(pdu));
+    if (parent != nullptr) {
+        mergePdu(*this, *parent, pdu);
     }
 }
 
@@ -863,23 +854,6 @@ void NerikResultModel::addInfo(Transmission* transmission, Info const& info)
 }
 
 // ---- AIS station reports -------------------------------------------------------------
-
-namespace {
-
-struct AISUnitMarks
-{
-    QString degree = QString(QChar(0xB0));
-    QString minute = QStringLiteral("'");
-    QString second = QStringLiteral("''");
-};
-
-AISUnitMarks const& aisUnitMarks()
-{
-    static AISUnitMarks const marks;
-    return marks;
-}
-
-} // namespace
 
 int NerikResultModel::scanAISData(PDUDataBlock const* pdu, JobSpec::Station& station)
 {
@@ -935,75 +909,6 @@ int NerikResultModel::scanAISData(PDUDataBlock const* pdu, JobSpec::Station& sta
             QString::number(station.GetLongitude(), 'g', 6);
     trace().info(text, LineScanAISData);
     return mmsi;
-}
-
-QStringList NerikResultModel::scanAISPosition(QString const& text)
-{
-    QStringList tokens;
-    QString token;
-    bool inToken = false;
-    bool inNumber = false;
-    auto finish = [&] {
-        tokens << token;
-        token.clear();
-    };
-    for (QChar const ch : text) {
-        if (ch.isDigit()) {
-            if (inToken && !inNumber) {
-                finish();
-            }
-            token += ch;
-            inToken = inNumber = true;
-        } else if (ch.isSpace()) {
-            if (inToken) {
-                finish();
-            }
-            inToken = inNumber = false;
-        } else if (ch == QLatin1Char('.')) {
-            if (inNumber) {
-                token += ch;
-            }
-        } else {
-            if (inToken && inNumber) {
-                finish();
-            }
-            token += ch;
-            inToken = true;
-            inNumber = false;
-        }
-    }
-    if (inToken) {
-        finish();
-    }
-    return tokens;
-}
-
-bool NerikResultModel::getAISPosition(QStringList const& tokens, QString const& hemisphere,
-                                      double& value, double maximum)
-{
-    int const i = tokens.indexOf(hemisphere);
-    if (i < 0 || i + 6 >= tokens.size()) {
-        return false;
-    }
-    AISUnitMarks const& marks = aisUnitMarks();
-    if (tokens[i + 2] != marks.degree || tokens[i + 4] != marks.minute ||
-        tokens[i + 6] != marks.second) {
-        return false;
-    }
-    bool ok = false;
-    value = tokens[i + 1].toDouble(&ok);
-    if (!ok) {
-        return false;
-    }
-    value += tokens[i + 3].toDouble(&ok) / 60.0;
-    if (!ok) {
-        return false;
-    }
-    value += tokens[i + 5].toDouble(&ok) / 3600.0;
-    if (!ok) {
-        return false;
-    }
-    return value >= 0.0 && value <= maximum;
 }
 
 } // namespace zelkodatastreamconverter

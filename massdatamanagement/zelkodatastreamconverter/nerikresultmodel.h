@@ -246,18 +246,12 @@ public:
     /// field "MMSI". Fills station's ID and time, its name from a later "Call Sign" field and
     /// its position from later fields of type "position" ("N 53°32'10.5'' E 9°58'0''").
     /// Returns the MMSI (0 when the field is no number), or -1 for any other block. Traced at
-    /// the informational bit.
+    /// the informational bit. The position texts are read by the library's internal
+    /// aisposition.h.
     int scanAISData(PDUDataBlock const* pdu, JobSpec::Station& station);
 
 private:
     DataBlock* setUserChannel(DataBlock& block);
-    /// Splits a position text into runs of digits (with decimal points) and runs of other
-    /// non-blank characters.
-    QStringList scanAISPosition(QString const& text);
-    /// Degrees, minutes and seconds after the hemisphere letter; false when they are not all
-    /// there or the value lies outside 0..maximum.
-    bool getAISPosition(QStringList const& tokens, QString const& hemisphere, double& value,
-                        double maximum);
 
     std::unique_ptr<NerikResultDataXml::NerikResultData> m_resultData;
     Transmission* m_currentTransmission = nullptr;

@@ -1,7 +1,7 @@
 #include "recordermodel.h"
 
 #include "clock.h"
-#include "moduletrace.h"
+#include "guardedcall.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,11 +12,10 @@
 #include <nerikresultdataxml/datablock.h>
 #include <nerikresultdataxml/info.h>
 #include <nerikresultdataxml/nerikresultdata.h>
-#include <nerikresultdataxml/nerikresultdataexception.h>
 #include <nerikresultdataxml/pdudatablock.h>
 #include <nerikresultdataxml/transmission.h>
-#include <reportkit/rgexception.h>
 #include <reportkit/tunersettings.h>
+#include <utility>
 
 namespace zelkodatastreamconverter {
 
@@ -30,22 +29,27 @@ ModuleTrace const& moduleTrace()
     return trace;
 }
 
+// Hosts know these messages by the line numbers they have always carried, so the numbers are
+// fixed here rather than taken from this file.
+enum TraceLine
+{
+    LineGuardedReport = 42,
+    LineGuardedDocument = 44,
+    LineGuardedOther = 46,
+    LineParse = 58,
+    LineStationExpired = 246,
+    LineStationSaved = 258,
+    LineSaveFile = 297,
+    LineStationClosed = 306,
+};
+constexpr GuardLines GuardedStepLines = {LineGuardedReport, LineGuardedDocument, LineGuardedOther};
+
 // Runs a settings step; what the libraries throw is traced as "<operation>: <text>".
 template <typename Step>
-bool guarded(char const* operation, Step&& step)
+void guarded(char const* operation, Step&& step)
 {
-    QString const name = QString::fromLatin1(operation);
-    try {
-        step();
-        return true;
-    } catch (REPORTKIT::RGException const& error) {
-        moduleTrace().warning(QStringLiteral("%1: %2").arg(name, error.GetMessage()), __LINE__);
-    } catch (NerikResultDataXml::NerikResultDataException const& error) {
-        moduleTrace().warning(QStringLiteral("%1: %2").arg(name, error.GetMessage()), __LINE__);
-    } catch (...) {
-        moduleTrace().warning(QStringLiteral("%1: Unknown exception").arg(name), __LINE__);
-    }
-    return false;
+    guardedCall(moduleTrace(), QString::fromLatin1(operation), GuardedStepLines,
+                std::forward<Step>(step));
 }
 
 template <typename Settings>
@@ -55,7 +59,7 @@ bool parse(Settings& into, QString const& xml, char const* operation)
     if (!parsed.SetXmlString(xml, 0)) {
         moduleTrace().warning(
             QStringLiteral("%1: %2").arg(QString::fromLatin1(operation), parsed.LastXmlError()),
-            __LINE__);
+            LineParse);
         return false;
     }
     into = parsed;
@@ -165,7 +169,7 @@ void RecorderModel::setCurrentTransmission(Transmission* transmission)
     NerikResultModel::setCurrentTransmission(transmission);
     if (transmission) {
         addCurrentInfo(transmission->GetStartTime(), true);
-        m_xmlFile.setPendingChanges(10);
+        m_xmlFile.setPendingChanges(PendingChangeDelay::NewTransmission);
     }
 }
 
@@ -173,10 +177,10 @@ void RecorderModel::markChanged()
 {
     if (m_xmlFile.getOpenFile()) {
         if (!m_xmlFile.hasPendingChanges()) {
-            m_xmlFile.setPendingChanges(30);
+            m_xmlFile.setPendingChanges(PendingChangeDelay::NewData);
         }
     } else {
-        m_xmlFile.setPendingChanges(-60);
+        m_xmlFile.setPendingChanges(PendingChangeDelay::NoFileYet);
     }
 }
 
@@ -243,7 +247,7 @@ void RecorderModel::saveExpiredPendingChanges(QDateTime const& now)
         AISRecorderData& station = *it->second;
         if (station.getExpiryTime() < now) {
             moduleTrace().info(QStringLiteral("AISRecorderData::close %1").arg(station.getMMSI()),
-                               __LINE__);
+                               LineStationExpired);
             station.close(*this);
             it = m_stations.erase(it);
             continue;
@@ -255,7 +259,7 @@ void RecorderModel::saveExpiredPendingChanges(QDateTime const& now)
             moduleTrace().info(QStringLiteral("AISRecorderData::saveFile %1 file %2")
                                    .arg(station.getMMSI())
                                    .arg(file ? file->fileName() : QString()),
-                               __LINE__);
+                               LineStationSaved);
         }
         ++it;
     }
@@ -291,7 +295,7 @@ bool RecorderModel::saveFile(QFile& file)
     if (!saved) {
         moduleTrace().warning(
             QStringLiteral("SaveFile: %1 %2").arg(file.fileName(), document->GetErrorText()),
-            __LINE__);
+            LineSaveFile);
     }
     return saved;
 }
@@ -300,7 +304,7 @@ void RecorderModel::closeStations()
 {
     for (AISRecorderData* station : stationsByMMSI()) {
         moduleTrace().info(QStringLiteral("AISRecorderData::close %1").arg(station->getMMSI()),
-                           __LINE__);
+                           LineStationClosed);
         station->close(*this);
     }
     m_stations.clear();

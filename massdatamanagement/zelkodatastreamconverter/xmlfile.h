@@ -5,6 +5,18 @@
 
 namespace zelkodatastreamconverter {
 
+/// The delays, in seconds, that the recorder and its station files give their changes
+/// (XmlFile::setPendingChanges). Writing the whole document costs time, so changes wait:
+/// a new transmission is written soon, a stream of new data at most every half minute. A
+/// file that does not exist yet is due at once (any negative delay would do), so that it
+/// appears in the results without waiting.
+struct PendingChangeDelay
+{
+    static constexpr int NewTransmission = 10;
+    static constexpr int NewData = 30;
+    static constexpr int NoFileYet = -60;
+};
+
 /// The result-document file of one channel, named "NerikResultData_<yyyyMMdd_hhmmss><suffix>.xml".
 ///
 /// The owner writes the whole document into getFile() each time and never counts its size:

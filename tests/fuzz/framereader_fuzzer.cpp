@@ -2,16 +2,15 @@
 // every size, delivered in short reads.
 #include "memoryframereader.h"
 
-#include <QtEndian>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
+
 #include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
 {
-    using zelkodatastreamconverter::FrameReader;
     zelkofuzz::forEachFrame(data, size, [](QByteArray const&, QByteArray const& frame) {
-        // A frame handed out is whole words, starts with the magic in host order (or is
-        // a header-only frame as stored) and is no longer than its header says.
-        if (frame.size() < FrameReader::HeaderSize || frame.size() % 4 != 0) {
+        // A frame handed out is at least a header and whole words.
+        if (frame.size() < zelkodatastreamconverter::FrameHeaderSize || frame.size() % 4 != 0) {
             std::abort();
         }
     });

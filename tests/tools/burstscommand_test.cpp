@@ -62,7 +62,8 @@ void writeRecording(QString const& path)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     RecordingWriter writer(&file);
     ASSERT_TRUE(generator.writeFrames(writer, 2, ByteOrder::Swapped));
-    ASSERT_TRUE(writer.writeFrame(64, QByteArray(40, 'x')));
+    ASSERT_TRUE(
+        writer.writeFrame(zelkodatastreamconverter::FrameType::DecodedText, QByteArray(40, 'x')));
     ASSERT_TRUE(writer.writeGarbage(100, 9));
     ASSERT_TRUE(generator.writeFrames(writer, 2, ByteOrder::Swapped));
 }

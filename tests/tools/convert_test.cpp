@@ -212,6 +212,9 @@ TEST_F(ZelkoConvert, HelpExplainsTheOptions)
 {
     ToolRun const result = run({QStringLiteral("--help")});
     EXPECT_EQ(result.exitCode, 0);
+    // The command as the user types it, not the path of the binary.
+    EXPECT_TRUE(result.out.startsWith(QLatin1String("Usage: zelko convert [options] INPUT...\n")))
+        << qPrintable(result.out);
     for (char const* option :
          {"--settings", "--kind", "--channels", "--alphabets", "--xml", "--jobs", "--trace"}) {
         EXPECT_TRUE(result.out.contains(QLatin1String(option))) << option;

@@ -11,14 +11,13 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <gtest/gtest.h>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 #include <random>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/schemavalidator.h>
 
 namespace {
-
-constexpr quint32 DecodedTextFrameType = 64;
 
 // About 1 MB of text on four channels: its document takes long enough to write that many
 // kills land while it is being written.
@@ -34,7 +33,7 @@ void writeLargeTextRecording(QString const& path)
         for (int i = 0; i < Entries; ++i) {
             payload.int32(1 + i % 4).halfWords(quint16('A' + (frame + i) % 26), 0);
         }
-        ASSERT_TRUE(writer.writeFrame(DecodedTextFrameType, payload.data()));
+        ASSERT_TRUE(writer.writeFrame(zelkodatastreamconverter::FrameType::DecodedText, payload.data()));
     }
 }
 

@@ -2,9 +2,10 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <cstring>
 #include <sys/resource.h>
 #include <gtest/gtest.h>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
+#include <recordingwriter/recordingwriter.h>
 #include <support/golden.h>
 
 namespace {
@@ -119,10 +120,11 @@ TEST(ZelkoInspect, TruncatedFrameClaimingTheMaximumLengthCostsWhatTheFileHolds)
         ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        QByteArray header(24, '\0');
-        quint32 const words[] = {0xFB746572u, 0x4000000u, 0, 64, 0, 0};
-        std::memcpy(header.data(), words, sizeof words); // host order, as the sample
-        file.write(sample.readAll() + header + QByteArray(4096, 'x'));
+        using namespace zelkodatastreamconverter;
+        file.write(sample.readAll() +
+                   zelkorecording::RecordingWriter::headerBytes(FRAME_MAGIC, MaxFrameLengthWords,
+                                                                FrameType::DecodedText) +
+                   QByteArray(4096, 'x'));
     }
     ToolRun const result =
         run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("inspect"), QStringLiteral("--summary"), path});

@@ -64,7 +64,8 @@ QByteArray BurstListFrame::frameBytes(ByteOrder order) const
 {
     HeaderExtras extras;
     extras.word4 = headerExtensionWords;
-    return RecordingWriter::frameBytes(FrameType, payload(), order, extras);
+    return RecordingWriter::frameBytes(zelkodatastreamconverter::FrameType::BurstList, payload(),
+                                       order, extras);
 }
 
 std::vector<double> HopperRadio::usedChannelFrequencies() const

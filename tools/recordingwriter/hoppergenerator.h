@@ -17,7 +17,7 @@ struct BurstRecord
     float level_dBm = 0.0f;
 };
 
-/// The fields of one burst-list frame (type 336). The payload begins with the header
+/// The fields of one burst-list frame (FrameType::BurstList). The payload begins with the header
 /// extension (header word 4 gives its length in words, normally 9):
 ///
 ///   words 6-7 centre frequency (u64), 8 bandwidth, 9-10 start time (u64),
@@ -27,8 +27,6 @@ struct BurstRecord
 ///   4 bandwidth, 5 level (float), further words of a wider stride zero.
 struct BurstListFrame
 {
-    static constexpr quint32 FrameType = 336;
-
     quint64 centreFrequency = 0;
     quint32 bandwidth = 0;
     quint64 startTime = 0;

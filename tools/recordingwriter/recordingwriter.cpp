@@ -6,6 +6,9 @@
 
 namespace zelkorecording {
 
+using zelkodatastreamconverter::FRAME_MAGIC;
+using zelkodatastreamconverter::FrameHeaderSize;
+
 RecordingWriter::RecordingWriter(QIODevice* device) : m_device(device) {}
 
 void RecordingWriter::swapWords(QByteArray& data)
@@ -24,7 +27,7 @@ QByteArray RecordingWriter::headerBytes(quint32 magic, quint32 lengthWords, quin
 {
     quint32 const words[6] = {magic,     lengthWords,  extras.word2,
                               frameType, extras.word4, extras.word5};
-    QByteArray header(reinterpret_cast<char const*>(words), HeaderSize);
+    QByteArray header(reinterpret_cast<char const*>(words), FrameHeaderSize);
     if (order == ByteOrder::Swapped) {
         swapWords(header);
     }
@@ -38,11 +41,11 @@ QByteArray RecordingWriter::frameBytes(quint32 frameType, QByteArray const& payl
     while (body.size() % 4 != 0) {
         body.append('\0');
     }
-    quint32 const lengthWords = quint32((HeaderSize + body.size()) / 4);
+    quint32 const lengthWords = quint32((FrameHeaderSize + body.size()) / 4);
     if (order == ByteOrder::Swapped) {
         swapWords(body);
     }
-    return headerBytes(FrameMagic, lengthWords, frameType, order, extras) + body;
+    return headerBytes(FRAME_MAGIC, lengthWords, frameType, order, extras) + body;
 }
 
 bool RecordingWriter::writeBytes(QByteArray const& bytes)

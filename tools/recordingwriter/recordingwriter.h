@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QIODevice>
 #include <cstdint>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 
 namespace zelkorecording {
 
@@ -24,13 +25,11 @@ struct HeaderExtras
 /// that real recordings show (garbage, zero padding, bad headers, truncated frames).
 ///
 /// Payloads are given in host order (see PayloadBuilder) and padded to whole words; in
-/// swapped order every word, header and payload, is byte-reversed.
+/// swapped order every word, header and payload, is byte-reversed. The frame format itself
+/// (magic word, header size, frame types) is the library's frameformat.h.
 class RecordingWriter
 {
 public:
-    static constexpr quint32 FrameMagic = 0xFB746572u;
-    static constexpr int HeaderSize = 24;
-
     /// Writes to device, which must be open for writing; not owned.
     explicit RecordingWriter(QIODevice* device);
 

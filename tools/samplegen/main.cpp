@@ -13,16 +13,13 @@
 #include <recordingwriter/recordingwriter.h>
 #include <vector>
 
+using zelkodatastreamconverter::FRAME_MAGIC;
 using zelkorecording::ByteOrder;
 using zelkorecording::PayloadBuilder;
 using zelkorecording::RecordingWriter;
+namespace FrameType = zelkodatastreamconverter::FrameType;
 
 namespace {
-
-constexpr quint32 DecodedText = 64;
-constexpr quint32 Symbols = 304;
-constexpr quint32 BurstList = 336;
-constexpr quint32 TransmissionSystem = 368;
 
 QByteArray opaquePayload(int words, quint32 seed)
 {
@@ -36,12 +33,12 @@ QByteArray opaquePayload(int words, quint32 seed)
 // Frames of every kind, all in the machine's own byte order.
 void writeMixedHost(RecordingWriter& out)
 {
-    out.writeFrame(DecodedText, opaquePayload(8, 1));
-    out.writeFrame(Symbols, opaquePayload(16, 2));
-    out.writeFrame(BurstList, opaquePayload(32, 3));
-    out.writeFrame(TransmissionSystem, opaquePayload(12, 4));
-    out.writeHeader(RecordingWriter::FrameMagic, 6, DecodedText);
-    out.writeFrame(DecodedText, opaquePayload(100, 5));
+    out.writeFrame(FrameType::DecodedText, opaquePayload(8, 1));
+    out.writeFrame(FrameType::Symbols, opaquePayload(16, 2));
+    out.writeFrame(FrameType::BurstList, opaquePayload(32, 3));
+    out.writeFrame(FrameType::TransmissionSystem, opaquePayload(12, 4));
+    out.writeHeader(FRAME_MAGIC, 6, FrameType::DecodedText);
+    out.writeFrame(FrameType::DecodedText, opaquePayload(100, 5));
 }
 
 // What a recording that went through a bad link looks like: the byte order changes, garbage
@@ -49,16 +46,16 @@ void writeMixedHost(RecordingWriter& out)
 // file ends inside a frame.
 void writeMixedDamaged(RecordingWriter& out)
 {
-    out.writeFrame(DecodedText, opaquePayload(8, 11), ByteOrder::Swapped);
+    out.writeFrame(FrameType::DecodedText, opaquePayload(8, 11), ByteOrder::Swapped);
     out.writeGarbage(3, 1, false);
-    out.writeFrame(DecodedText, opaquePayload(8, 12), ByteOrder::Swapped);
+    out.writeFrame(FrameType::DecodedText, opaquePayload(8, 12), ByteOrder::Swapped);
     out.writeZeroPadding(48);
-    out.writeFrame(TransmissionSystem, opaquePayload(20, 13));
+    out.writeFrame(FrameType::TransmissionSystem, opaquePayload(20, 13));
     out.writeGarbage(200, 2, false);
-    out.writeFrame(TransmissionSystem, opaquePayload(20, 14));
-    out.writeHeader(RecordingWriter::FrameMagic, 0x4000001, DecodedText);
-    out.writeFrame(BurstList, opaquePayload(40, 15), ByteOrder::Swapped);
-    out.writeTruncatedFrame(DecodedText, opaquePayload(64, 16), 100);
+    out.writeFrame(FrameType::TransmissionSystem, opaquePayload(20, 14));
+    out.writeHeader(FRAME_MAGIC, 0x4000001, FrameType::DecodedText);
+    out.writeFrame(FrameType::BurstList, opaquePayload(40, 15), ByteOrder::Swapped);
+    out.writeTruncatedFrame(FrameType::DecodedText, opaquePayload(64, 16), 100);
 }
 
 // One decoded-text frame: the time stamp, then per character the channel and its code.
@@ -126,7 +123,7 @@ void writeTeleprinterTwoChannels(RecordingWriter& out, QString const& alphabets)
         std::vector<TextEntry> const frame(
             interleaved.begin() + long(first),
             interleaved.begin() + long(std::min(interleaved.size(), first + perFrame)));
-        out.writeFrame(DecodedText, decodedTextPayload(time, frame));
+        out.writeFrame(FrameType::DecodedText, decodedTextPayload(time, frame));
         time += 1500000; // 50 baud: 23 characters take about 3.5 s; frames come faster here
     }
 }
@@ -146,7 +143,7 @@ void writeNavtex(RecordingWriter& out, QString const& alphabets)
         for (int i = first; i < std::min(codes.size(), first + perFrame); ++i) {
             frame.push_back({0, codes[i].unicode()});
         }
-        out.writeFrame(DecodedText, decodedTextPayload(time, frame), ByteOrder::Swapped);
+        out.writeFrame(FrameType::DecodedText, decodedTextPayload(time, frame), ByteOrder::Swapped);
         time += 1000000;
     }
 }

@@ -154,7 +154,9 @@ int runBursts(QStringList const& arguments)
     parser.addOption(plotOption);
     parser.addOption(dumpOption);
     parser.addOption(segmentsOption);
-    parser.process(QStringList{QStringLiteral("zelko bursts")} + arguments);
+    if (processCommandLine(parser, QStringLiteral("bursts"), arguments)) {
+        return 0;
+    }
 
     QTextStream out(stdout);
     QTextStream err(stderr);

@@ -124,7 +124,9 @@ int runConvert(QStringList const& arguments)
         {QStringLiteral("trace"), QStringLiteral("trace mask (default 0x20: warnings)"),
          QStringLiteral("MASK")},
     });
-    parser.process(QStringList{QStringLiteral("zelko convert")} + arguments);
+    if (processCommandLine(parser, QStringLiteral("convert"), arguments)) {
+        return 0;
+    }
 
     ConversionJob job;
     job.inputs = parser.positionalArguments();

@@ -1,49 +1,49 @@
 #include "frametypenames.h"
 
 #include <array>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 
 namespace zelkotool {
 
+namespace FrameType = zelkodatastreamconverter::FrameType;
+
 namespace {
 
-struct FrameTypeName
+struct FrameTypeKind
 {
-    quint32 type;
-    char const* label;
+    FrameType::Value type;
     char const* kind;
 };
 
-// The frame types of the receiver family, one row each.
-constexpr std::array<FrameTypeName, 5> frameTypes = {{
-    {64, "64 decoded text", "text"},
-    {304, "304 symbols", "symbol"},
-    {336, "336 burst list", "bursts"},
-    {352, "352 image", "image"},
-    {368, "368 PDU", "ts"},
+// The converter that the convert command picks for each frame type.
+constexpr std::array<FrameTypeKind, 5> frameTypeKinds = {{
+    {FrameType::DecodedText, "text"},
+    {FrameType::Symbols, "symbol"},
+    {FrameType::BurstList, "bursts"},
+    {FrameType::Image, "image"},
+    {FrameType::TransmissionSystem, "ts"},
 }};
-
-FrameTypeName const* find(quint32 frameType)
-{
-    for (FrameTypeName const& entry : frameTypes) {
-        if (entry.type == frameType) {
-            return &entry;
-        }
-    }
-    return nullptr;
-}
 
 } // namespace
 
 QString frameTypeLabel(quint32 frameType)
 {
-    FrameTypeName const* entry = find(frameType);
-    return entry ? QString::fromLatin1(entry->label) : QString::number(frameType);
+    char const* const name = zelkodatastreamconverter::frameTypeName(frameType);
+    QString label = QString::number(frameType);
+    if (name != nullptr) {
+        label += QLatin1Char(' ') + QLatin1String(name);
+    }
+    return label;
 }
 
 QString frameTypeKind(quint32 frameType)
 {
-    FrameTypeName const* entry = find(frameType);
-    return entry ? QString::fromLatin1(entry->kind) : QString();
+    for (FrameTypeKind const& entry : frameTypeKinds) {
+        if (entry.type == frameType) {
+            return QString::fromLatin1(entry.kind);
+        }
+    }
+    return QString();
 }
 
 } // namespace zelkotool

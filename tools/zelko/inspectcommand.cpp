@@ -8,6 +8,7 @@
 #include <cstring>
 #include <diagnostics/errorhandler.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 #include <unistd.h>
 
 namespace zelkotool {
@@ -32,8 +33,9 @@ void showProgress(qint64 position, qint64 size, bool last)
 quint32 frameLengthWords(QByteArray const& frame)
 {
     quint32 words = 0;
-    if (frame.size() >= 8) {
-        std::memcpy(&words, frame.constData() + 4, sizeof words);
+    using zelkodatastreamconverter::FrameLengthOffset;
+    if (frame.size() >= FrameLengthOffset + int(sizeof words)) {
+        std::memcpy(&words, frame.constData() + FrameLengthOffset, sizeof words);
     }
     return words;
 }
@@ -120,7 +122,9 @@ int runInspect(QStringList const& arguments)
                                  QStringLiteral("MASK"));
     parser.addOption(summaryOnly);
     parser.addOption(traceMask);
-    parser.process(QStringList{QStringLiteral("zelko inspect")} + arguments);
+    if (processCommandLine(parser, QStringLiteral("inspect"), arguments)) {
+        return 0;
+    }
 
     QTextStream out(stdout);
     if (parser.isSet(traceMask)) {

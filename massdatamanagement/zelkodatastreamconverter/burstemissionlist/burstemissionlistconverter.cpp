@@ -8,6 +8,7 @@
 #include <cstring>
 #include <exception>
 #include <limits>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 #include <massdatamanagement/zelkodatastreamconverter/moduletrace.h>
 
 namespace zelkodatastreamconverter::BurstEmissionList {
@@ -28,9 +29,7 @@ T readAt(char const* data, std::size_t offset)
     return value;
 }
 
-// Byte offsets of the frame fields.
-constexpr std::size_t MagicOffset = 0;
-constexpr std::size_t TypeOffset = 12;
+// Byte offsets of the burst-list fields; the header words are in frameformat.h.
 constexpr std::size_t ExtensionOffset = 16;
 constexpr std::size_t CentreOffset = 24;
 constexpr std::size_t BandwidthOffset = 32;
@@ -40,7 +39,6 @@ constexpr std::size_t RadioIDOffset = 48;
 constexpr std::size_t CountOffset = 52;
 constexpr std::size_t StrideOffset = 56;
 constexpr std::size_t FixedFieldsEnd = 60;
-constexpr std::size_t HeaderBytes = 24;
 
 struct FrameFields
 {
@@ -60,16 +58,14 @@ bool readFrameFields(QByteArray const& frame, FrameFields& fields)
 {
     std::size_t const size = std::size_t(frame.size());
     char const* data = frame.constData();
-    if (size < TypeOffset + 4 ||
-        readAt<quint32>(data, MagicOffset) != BurstEmissionListConverter::FrameMagic ||
-        readAt<quint32>(data, TypeOffset) != BurstEmissionListConverter::BurstListFrameType ||
-        size < FixedFieldsEnd) {
+    if (size < FrameTypeOffset + 4 || readAt<quint32>(data, FrameMagicOffset) != FRAME_MAGIC ||
+        readAt<quint32>(data, FrameTypeOffset) != FrameType::BurstList || size < FixedFieldsEnd) {
         return false;
     }
     fields.count = readAt<quint32>(data, CountOffset);
     quint32 const strideWords = readAt<quint32>(data, StrideOffset);
     unsigned long long const firstRecord =
-        HeaderBytes + 4ull * readAt<quint32>(data, ExtensionOffset);
+        FrameHeaderSize + 4ull * readAt<quint32>(data, ExtensionOffset);
     if (fields.count == 0 || strideWords < BurstEmissionListConverter::MinimumRecordStrideWords ||
         firstRecord > size) {
         return false;

@@ -25,7 +25,8 @@ enum eThresholdMode : unsigned char
     eAbsolute = 1  ///< hertz, used as it stands
 };
 
-/// Frame-by-frame processor of burst-list frames (type 336) for frequency-hopping radios.
+/// Frame-by-frame processor of burst-list frames (FrameType::BurstList) for frequency-hopping
+/// radios.
 ///
 /// The host hands it one frame at a time (processFrame). The bursts of a frame become a new
 /// segment of that frame's radio; each radio keeps at most getMaxSegmentsPerRadioID()
@@ -38,7 +39,7 @@ enum eThresholdMode : unsigned char
 /// Payload of a burst-list frame (32-bit words in host order, as FrameReader delivers them;
 /// word k at byte 4k):
 ///
-///   0      magic 0xFB746572          3   frame type 336
+///   0      magic FRAME_MAGIC         3   frame type FrameType::BurstList (frameformat.h)
 ///   4      header extension length in words: the records begin at byte 24 + 4 × this
 ///   6-7    centre frequency (u64, Hz)  8  frame bandwidth (u32, Hz)
 ///   9-10   frame start time (u64)     11  duration (u32); stop time = start + 1000 × duration
@@ -70,8 +71,6 @@ public:
     /// (time span, sample count, lower level quantile, upper level quantile).
     using SamplingParameters = std::tuple<unsigned long long, unsigned int, float, float>;
 
-    static constexpr unsigned int FrameMagic = 0xFB746572u;
-    static constexpr unsigned int BurstListFrameType = 336;
     static constexpr unsigned int MinimumRecordStrideWords = 6;
 
     BurstEmissionListConverter();

@@ -138,13 +138,22 @@ TEST_F(DecodedTextConverterTest, ForeignFrameEndsTheConversionOnce)
     };
     std::vector<Row> const rows = {
         {"PDU frame",
-         {first, second, RecordingWriter::frameBytes(368, QByteArray(16, 'x')), after},
+         {first, second,
+          RecordingWriter::frameBytes(zelkodatastreamconverter::FrameType::TransmissionSystem,
+                                      QByteArray(16, 'x')),
+          after},
          "ASE",
          1000},
         {"header-only text frame",
-         {first, RecordingWriter::headerBytes(0xFB746572u, 6, 64), after},
+         {first,
+          RecordingWriter::headerBytes(zelkodatastreamconverter::FRAME_MAGIC, 6, DecodedTextType),
+          after},
          "AS"},
-        {"foreign frame first", {RecordingWriter::frameBytes(368, QByteArray(4, 0)), first}, ""},
+        {"foreign frame first",
+         {RecordingWriter::frameBytes(zelkodatastreamconverter::FrameType::TransmissionSystem,
+                                      QByteArray(4, 0)),
+          first},
+         ""},
     };
     int index = 0;
     for (Row const& row : rows) {
@@ -214,8 +223,10 @@ TEST_F(DecodedTextConverterTest, DamagedCountsAndExtremeChannels)
     QString const input = recording(
         QStringLiteral("count.zdr"),
         {RecordingWriter::frameBytes(
-             64, textPayload(BaseTime, {{1, A}, {-1, A}, {INT_MIN, S}, {INT_MAX, E}}, INT_MAX)),
-         RecordingWriter::frameBytes(64, textPayload(BaseTime + 1000, {{1, S}, {-1, N}}, 3)),
+             DecodedTextType,
+             textPayload(BaseTime, {{1, A}, {-1, A}, {INT_MIN, S}, {INT_MAX, E}}, INT_MAX)),
+         RecordingWriter::frameBytes(DecodedTextType,
+                                     textPayload(BaseTime + 1000, {{1, S}, {-1, N}}, 3)),
          frame(BaseTime + 2000, {{1, E}, {INT_MAX, T}, {256, O}})});
     zelkotest::TraceCapture const capture(0x20);
     Conversion const result =

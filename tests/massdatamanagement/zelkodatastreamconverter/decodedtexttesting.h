@@ -33,7 +33,7 @@ constexpr quint16 E = 1, LF = 2, A = 3, SP = 4, S = 5, I = 6, U = 7, CR = 8, D =
                   Figures = 27, Letters = 31;
 } // namespace ita2
 
-constexpr quint32 DecodedTextType = 64;
+constexpr quint32 DecodedTextType = zelkodatastreamconverter::FrameType::DecodedText;
 
 /// 2024-03-15 10:00:00 UTC in microseconds.
 constexpr quint64 BaseTime = 1710496800ull * 1000000ull;

@@ -10,6 +10,8 @@
 #include <support/tracecapture.h>
 
 using zelkodatastreamconverter::FileReader;
+using zelkodatastreamconverter::FRAME_MAGIC;
+namespace FrameType = zelkodatastreamconverter::FrameType;
 using zelkorecording::ByteOrder;
 using zelkorecording::PayloadBuilder;
 using zelkorecording::RecordingWriter;
@@ -48,9 +50,10 @@ TEST_F(FileReaderTest, EmptyFileEndsAtOnceWithEndOfFileMessage)
 
 TEST_F(FileReaderTest, HeaderOnlyFrameThenSixStrayBytes)
 {
-    QString const path = write(QStringLiteral("thirty.zdr"),
-                               RecordingWriter::headerBytes(RecordingWriter::FrameMagic, 6, 64) +
-                                   QByteArray("abcdef"));
+    QString const path =
+        write(QStringLiteral("thirty.zdr"),
+              RecordingWriter::headerBytes(FRAME_MAGIC, 6, FrameType::DecodedText) +
+                  QByteArray("abcdef"));
     zelkotest::TraceCapture capture;
     FileReader reader(path);
     auto const frames = zelkotest::readAllFrames(reader);
@@ -63,7 +66,8 @@ TEST_F(FileReaderTest, HeaderOnlyFrameThenSixStrayBytes)
 
 TEST_F(FileReaderTest, PositionCountsConsumedBytes)
 {
-    QByteArray const first = RecordingWriter::frameBytes(64, QByteArray(40, 'x'));
+    QByteArray const first =
+        RecordingWriter::frameBytes(FrameType::DecodedText, QByteArray(40, 'x'));
     QString const path = write(QStringLiteral("two.zdr"), first + first);
     FileReader reader(path);
     while (!reader.readFrame()) {
@@ -92,8 +96,9 @@ TEST_F(FileReaderTest, DirectoryEndsWithoutFrames)
 TEST_F(FileReaderTest, SeekInsideAFrameResynchronisesSilently)
 {
     QByteArray const payload = PayloadBuilder().word(1).word(2).word(3).data();
-    QByteArray const one = RecordingWriter::frameBytes(64, payload);
-    QByteArray const two = RecordingWriter::frameBytes(368, payload, ByteOrder::Swapped);
+    QByteArray const one = RecordingWriter::frameBytes(FrameType::DecodedText, payload);
+    QByteArray const two =
+        RecordingWriter::frameBytes(FrameType::TransmissionSystem, payload, ByteOrder::Swapped);
     QString const path = write(QStringLiteral("seek.zdr"), one + two);
     zelkotest::TraceCapture capture;
     FileReader reader(path);
@@ -110,7 +115,8 @@ TEST_F(FileReaderTest, SeekInsideAFrameResynchronisesSilently)
 
 TEST_F(FileReaderTest, SeekBackRereadsFromStart)
 {
-    QByteArray const bytes = RecordingWriter::frameBytes(64, QByteArray(8, 'a'));
+    QByteArray const bytes =
+        RecordingWriter::frameBytes(FrameType::DecodedText, QByteArray(8, 'a'));
     QString const path = write(QStringLiteral("again.zdr"), bytes + bytes);
     FileReader reader(path);
     while (!reader.readFrame()) {

@@ -7,7 +7,10 @@
 #include <recordingwriter/recordingwriter.h>
 #include <support/tracecapture.h>
 
+using zelkodatastreamconverter::FRAME_MAGIC;
+using zelkodatastreamconverter::FrameHeaderSize;
 using zelkodatastreamconverter::FrameReader;
+namespace FrameType = zelkodatastreamconverter::FrameType;
 using zelkorecording::ByteOrder;
 using zelkorecording::PayloadBuilder;
 using zelkorecording::RecordingWriter;
@@ -67,84 +70,88 @@ std::vector<StreamCase> streamCases()
     std::memcpy(&fbOnlyWord, fbOnly.constData(), 4);
 
     return {
-        {"host order", frame(64, payload), {"40"}, {payload}, {}, false},
+        {"host order", frame(FrameType::DecodedText, payload), {"40"}, {payload}, {}, false},
         {"swapped order",
-         frame(64, payload, ByteOrder::Swapped),
+         frame(FrameType::DecodedText, payload, ByteOrder::Swapped),
          {"40"},
          {payload},
          {msg("readFrame(%1): setConvertByteOrder(true)")},
          false},
         {"order changes between frames",
-         frame(64, payload) + frame(368, payload, ByteOrder::Swapped) +
-             frame(336, payload, ByteOrder::Swapped) + frame(304, payload),
+         frame(FrameType::DecodedText, payload) +
+             frame(FrameType::TransmissionSystem, payload, ByteOrder::Swapped) +
+             frame(FrameType::BurstList, payload, ByteOrder::Swapped) +
+             frame(FrameType::Symbols, payload),
          {"40", "170", "150", "130"},
          {payload, payload, payload, payload},
          {msg("readFrame(%1): setConvertByteOrder(true)"),
           msg("readFrame(%1): setConvertByteOrder(false)")},
          false},
         {"header-only frame",
-         header(RecordingWriter::FrameMagic, 6, 64),
+         header(FRAME_MAGIC, 6, FrameType::DecodedText),
          {"40"},
          {QByteArray()},
          {},
          false},
         // Handed out as stored: the type word stays swapped.
         {"header-only frame in swapped order",
-         header(RecordingWriter::FrameMagic, 6, 64, ByteOrder::Swapped),
+         header(FRAME_MAGIC, 6, FrameType::DecodedText, ByteOrder::Swapped),
          {"40000000"},
          {QByteArray()},
          {msg("readFrame(%1): setConvertByteOrder(true)")},
          false},
         {"length 5 stops the reader",
-         header(RecordingWriter::FrameMagic, 5, 64) + frame(64, payload),
+         header(FRAME_MAGIC, 5, FrameType::DecodedText) + frame(FrameType::DecodedText, payload),
          {},
          {},
          {msg("readFrame(%1): invalid frame length (20)")},
          true},
         {"length 0 stops the reader",
-         header(RecordingWriter::FrameMagic, 0, 64),
+         header(FRAME_MAGIC, 0, FrameType::DecodedText),
          {},
          {},
          {msg("readFrame(%1): invalid frame length (0)")},
          true},
         {"length one past the maximum is skipped",
-         header(RecordingWriter::FrameMagic, 0x4000001, 64) + frame(64, payload),
+         header(FRAME_MAGIC, 0x4000001, FrameType::DecodedText) +
+             frame(FrameType::DecodedText, payload),
          {"40"},
          {payload},
          {msg("readFrame(%1): max. frame length exceeded (67108865)")},
          false},
         {"three garbage bytes before a frame",
-         QByteArray("\x00\x11\x22", 3) + frame(64, payload),
+         QByteArray("\x00\x11\x22", 3) + frame(FrameType::DecodedText, payload),
          {"40"},
          {payload},
          {},
          false},
         {"garbage without candidates gives one message",
-         garbageNo72 + frame(64, payload) + garbageNo72 + frame(64, payload),
+         garbageNo72 + frame(FrameType::DecodedText, payload) + garbageNo72 +
+             frame(FrameType::DecodedText, payload),
          {"40", "40"},
          {payload, payload},
          {garbageMessage, garbageMessage},
          false},
         {"zero padding is silent",
-         QByteArray(24, '\0') + frame(64, payload) + QByteArray(48, '\0'),
+         QByteArray(24, '\0') + frame(FrameType::DecodedText, payload) + QByteArray(48, '\0'),
          {"40"},
          {payload},
          {},
          false},
         {"a lone 0xFB candidate drops the header",
-         fbOnly + frame(64, payload),
+         fbOnly + frame(FrameType::DecodedText, payload),
          {"40"},
          {payload},
          {msg("readFrame(%1): unknown magic word %2 (expected: 4218709362)").arg(fbOnlyWord)},
          false},
         {"ends inside a body",
-         frame(64, payload) + frame(64, payload).left(30),
+         frame(FrameType::DecodedText, payload) + frame(FrameType::DecodedText, payload).left(30),
          {"40"},
          {payload},
          {},
          false},
         {"ends inside a header",
-         frame(64, payload) + frame(64, payload).left(10),
+         frame(FrameType::DecodedText, payload) + frame(FrameType::DecodedText, payload).left(10),
          {"40"},
          {payload},
          {},
@@ -167,7 +174,7 @@ TEST_P(FrameReaderStream, HandsOutFramesAndMessages)
     ASSERT_EQ(frames.size(), c.types.size());
     for (size_t i = 0; i < frames.size(); ++i) {
         EXPECT_EQ(frames[i].type, c.types[i]) << "frame " << i;
-        EXPECT_EQ(frames[i].data.mid(FrameReader::HeaderSize), c.payloads[i]) << "frame " << i;
+        EXPECT_EQ(frames[i].data.mid(FrameHeaderSize), c.payloads[i]) << "frame " << i;
     }
     EXPECT_EQ(capture.messages(), c.messages);
     EXPECT_EQ(reader.fatalError(), c.fatal);
@@ -195,7 +202,7 @@ INSTANTIATE_TEST_SUITE_P(Streams, FrameReaderStream,
 TEST(FrameReader, SwappedFrameIsConvertedWordByWord)
 {
     // 64-bit values keep the order of their halves; 16-bit pairs within a word change places.
-    QByteArray const stored = frame(64, samplePayload(), ByteOrder::Swapped);
+    QByteArray const stored = frame(FrameType::DecodedText, samplePayload(), ByteOrder::Swapped);
     EXPECT_EQ(stored.left(4), QByteArray("\xFB\x74\x65\x72"));
     MemoryFrameReader reader(stored);
     auto const frames = readAllFrames(reader);
@@ -203,16 +210,39 @@ TEST(FrameReader, SwappedFrameIsConvertedWordByWord)
     QByteArray const& data = frames[0].data;
     quint32 words[6];
     std::memcpy(words, data.constData(), sizeof words);
-    EXPECT_EQ(words[0], RecordingWriter::FrameMagic);
+    EXPECT_EQ(words[0], FRAME_MAGIC);
     EXPECT_EQ(words[1], 10u);
     EXPECT_EQ(words[3], 64u);
     EXPECT_EQ(data.mid(24), samplePayload());
 }
 
+// Reader and writer of the test recordings share frameformat.h, so a wrong constant there
+// would pass every round trip: the values are pinned here as the bytes and numbers of the
+// recordings.
+TEST(FrameFormat, MagicWordReadsInEitherByteOrder)
+{
+    EXPECT_EQ(frame(FrameType::DecodedText, {}).left(4), QByteArray("\x72\x65\x74\xFB"));
+    EXPECT_EQ(qbswap(FRAME_MAGIC), zelkodatastreamconverter::SwappedFrameMagic);
+}
+
+TEST(FrameFormat, NamesKnownFrameTypesOnly)
+{
+    struct Row
+    {
+        quint32 type;
+        char const* name;
+    } const rows[] = {{64, "decoded text"}, {304, "symbols"}, {336, "burst list"},
+                      {352, "image"},       {368, "PDU"},     {0, nullptr},
+                      {63, nullptr},        {65, nullptr},    {369, nullptr}};
+    for (Row const& row : rows) {
+        EXPECT_STREQ(zelkodatastreamconverter::frameTypeName(row.type), row.name) << row.type;
+    }
+}
+
 TEST(FrameReader, MaximumLengthIsAcceptedAndWaitsForTheBody)
 {
     zelkotest::TraceCapture capture;
-    MemoryFrameReader reader(header(RecordingWriter::FrameMagic, 0x4000000, 64) +
+    MemoryFrameReader reader(header(FRAME_MAGIC, 0x4000000, FrameType::DecodedText) +
                              QByteArray(100, '\x01'));
     EXPECT_TRUE(readAllFrames(reader).empty());
     EXPECT_TRUE(capture.messages().isEmpty());
@@ -222,7 +252,8 @@ TEST(FrameReader, MaximumLengthIsAcceptedAndWaitsForTheBody)
 TEST(FrameReader, TakeFrameDataKeepsCallerCapacity)
 {
     QByteArray const payload(4000, '\x05');
-    MemoryFrameReader reader(frame(64, payload) + frame(64, payload.left(40)));
+    MemoryFrameReader reader(frame(FrameType::DecodedText, payload) +
+                             frame(FrameType::DecodedText, payload.left(40)));
     QByteArray type;
     QByteArray data;
     while (!reader.readFrame()) {
@@ -239,7 +270,8 @@ TEST(FrameReader, TakeFrameDataKeepsCallerCapacity)
 TEST(FrameReader, RemoveFrameDataSkipsAFrame)
 {
     QByteArray const payload = samplePayload();
-    MemoryFrameReader reader(frame(64, payload) + frame(368, payload));
+    MemoryFrameReader reader(frame(FrameType::DecodedText, payload) +
+                             frame(FrameType::TransmissionSystem, payload));
     while (!reader.readFrame()) {
     }
     reader.removeFrameData();
@@ -262,7 +294,7 @@ TEST(FrameReader, ReadDirectReadsRawBytes)
 
 TEST(FrameReader, SetErrorStopsAndRestarts)
 {
-    MemoryFrameReader reader(frame(64, samplePayload()));
+    MemoryFrameReader reader(frame(FrameType::DecodedText, samplePayload()));
     reader.setError(true);
     EXPECT_FALSE(reader.isWorking());
     EXPECT_TRUE(readAllFrames(reader).empty());
@@ -290,14 +322,14 @@ TEST(FrameReader, RandomAndTruncatedInputAlwaysEnds)
                                 random() % 2 ? ByteOrder::Host : ByteOrder::Swapped);
                 break;
             case 2:
-                stream += header(RecordingWriter::FrameMagic, random() % 0x5000000, 64,
+                stream += header(FRAME_MAGIC, random() % 0x5000000, FrameType::DecodedText,
                                  random() % 2 ? ByteOrder::Host : ByteOrder::Swapped);
                 break;
             case 3:
                 stream += QByteArray(int(random() % 64), '\0');
                 break;
             default:
-                stream += header(RecordingWriter::FrameMagic, random() % 40, random());
+                stream += header(FRAME_MAGIC, random() % 40, random());
                 break;
             }
         }
@@ -306,7 +338,7 @@ TEST(FrameReader, RandomAndTruncatedInputAlwaysEnds)
         auto const frames = readAllFrames(reader, 1000000);
         EXPECT_FALSE(reader.isWorking()) << "round " << round << " did not end";
         for (auto const& f : frames) {
-            EXPECT_GE(f.data.size(), FrameReader::HeaderSize);
+            EXPECT_GE(f.data.size(), FrameHeaderSize);
             EXPECT_LE(f.data.size(), stream.size());
         }
     }

@@ -10,6 +10,9 @@
 #include <support/allocationcounter.h>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
+using zelkodatastreamconverter::FRAME_MAGIC;
+using zelkodatastreamconverter::SwappedFrameMagic;
+namespace FrameType = zelkodatastreamconverter::FrameType;
 using zelkorecording::BurstListFrame;
 using zelkorecording::BurstRecord;
 
@@ -125,9 +128,9 @@ TEST(BurstConverter, BadFramesAreIgnoredWithoutChange)
         return bytes;
     };
     std::vector<Row> const rows = {
-        {"wrong magic", changed(0, 0x726574FB)},
-        {"another frame type", changed(3, 368)},
-        {"type one past", changed(3, 337)},
+        {"wrong magic", changed(0, SwappedFrameMagic)},
+        {"another frame type", changed(3, FrameType::TransmissionSystem)},
+        {"type one past", changed(3, FrameType::BurstList + 1)},
         {"no records", changed(13, 0)},
         {"one record too many", changed(13, 4)},
         {"record count at maximum", changed(13, 0xFFFFFFFF)},
@@ -160,8 +163,8 @@ TEST(BurstConverter, RandomAndTruncatedFramesNeverReadOutside)
         }
         if (bytes.size() >= 60 && engine() % 2) {
             // Plausible header with random count, stride and extension.
-            setWord(bytes, 0, BurstEmissionListConverter::FrameMagic);
-            setWord(bytes, 3, 336);
+            setWord(bytes, 0, FRAME_MAGIC);
+            setWord(bytes, 3, FrameType::BurstList);
             setWord(bytes, 4, engine() % 16);
             setWord(bytes, 13, engine() % 12);
             setWord(bytes, 14, engine() % 10);
@@ -234,7 +237,7 @@ TEST(BurstConverter, TimeRunningBackwardsForgetsEveryRadio)
     EXPECT_EQ(converter.getDataMap().count(3), 1u);
     // An ignored frame does not move the clock.
     QByteArray wrongType = frame(4, 0, 0, levels(1)).frameBytes();
-    setWord(wrongType, 3, 64);
+    setWord(wrongType, 3, FrameType::DecodedText);
     converter.processFrame(wrongType);
     converter.processFrame(frame(5, 18000, 1, levels(1)).frameBytes()); // stop 19000
     EXPECT_EQ(converter.getDataMap().size(), 2u);
@@ -374,7 +377,7 @@ TEST(BurstDumps, FilesMirrorInputAndResults)
     QByteArray const first =
         frame(9, 1000, 5, {{10, 3, -5000, 1000, -50.f}, {0, 1, 2000, 3000, -60.f}}).frameBytes();
     QByteArray ignored = first;
-    setWord(ignored, 3, 64);
+    setWord(ignored, 3, FrameType::DecodedText);
     QByteArray const second = frame(9, 6000, 5, {{0, 7, 0, 2000, -55.f}}).frameBytes();
     for (QByteArray const& bytes : {first, ignored, second}) {
         converter.processFrame(bytes);

@@ -53,9 +53,9 @@ TEST(BurstListFrame, PayloadLaysOutFieldsThenRecords)
     frame.records = {{3, 4, -5, 6, -7.5f}};
     QByteArray const bytes = frame.frameBytes();
     ASSERT_EQ(bytes.size(), 24 + 4 * 11 + 4 * 8);
-    EXPECT_EQ(word(bytes, 0), 0xFB746572u);
+    EXPECT_EQ(word(bytes, 0), zelkodatastreamconverter::FRAME_MAGIC);
     EXPECT_EQ(word(bytes, 1), quint32(bytes.size() / 4));
-    EXPECT_EQ(word(bytes, 3), 336u);
+    EXPECT_EQ(word(bytes, 3), zelkodatastreamconverter::FrameType::BurstList);
     EXPECT_EQ(word(bytes, 4), 11u);
     EXPECT_EQ(word(bytes, 6), 0x23456789u) << "64-bit values: low word first";
     EXPECT_EQ(word(bytes, 7), 0x1u);
