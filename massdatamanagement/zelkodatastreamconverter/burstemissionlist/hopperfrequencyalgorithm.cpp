@@ -27,7 +27,18 @@ unsigned long long wholeSteps(double span, double resolution)
     if (!(steps > 0.0)) {
         return 0;
     }
-    return static_cast<unsigned long long>(steps);
+    // An infinite span (frequencies of a damaged frame) must not reach the conversion.
+    constexpr double Largest = double(std::numeric_limits<unsigned int>::max());
+    return steps < Largest ? static_cast<unsigned long long>(steps) : (unsigned long long)Largest;
+}
+
+// More candidates than this come only from frequencies no radio uses (a damaged frame's
+// bandwidths or offsets): such a range gets no estimate rather than gigabytes of candidates.
+constexpr unsigned long long MaxCandidates = 1ull << 20;
+
+bool tooManyCandidates(unsigned long long count)
+{
+    return count > MaxCandidates;
 }
 
 template <typename Value, typename MeanOf, typename Merge>
@@ -236,6 +247,9 @@ HopperFrequencyAlgorithm::findStartFrequencyCandidates(double referenceFrequency
     double const lo = std::floor((referenceFrequency - spacing / 2.0) / r) * r;
     double const hi = std::ceil((referenceFrequency + spacing / 2.0) / r) * r;
     unsigned long long const count = std::max(1ull, wholeSteps(hi - lo, r));
+    if (tooManyCandidates(count)) {
+        return candidates;
+    }
     candidates.reserve(count);
     for (unsigned long long k = 0; k < count; ++k) {
         candidates.push_back(lo + double(k) * r);
@@ -406,6 +420,9 @@ std::vector<double> HopperFrequencyAlgorithm::findSpacingCandidates(ConstIterato
     double const start = std::max(r, std::floor(lo / (3.0 * r)) * r);
     double const stop = std::max(r, std::ceil(hi / r) * r);
     unsigned long long const count = wholeSteps(stop - start + r / 2.0, r) + 1;
+    if (tooManyCandidates(count)) {
+        return candidates;
+    }
     candidates.reserve(count);
     for (unsigned long long k = 0; k < count; ++k) {
         candidates.push_back(start + double(k) * r);
