@@ -74,11 +74,11 @@ QString CodeTranslator::translate(QString const& codes)
         case CodeEntry::Same:
             *at++ = unit;
             break;
-        case CodeEntry::Shift:
-        case CodeEntry::Nothing:
-            break;
         case CodeEntry::Unassigned:
             at = std::copy(unknown.begin(), unknown.end(), at);
+            break;
+        case CodeEntry::Shift:
+        case CodeEntry::Nothing:
             break;
         }
         // Shift codes, and characters that also shift (unshift on space), change the table.
@@ -102,11 +102,11 @@ void CodeTranslator::translate(unsigned code, QString& out)
     case CodeEntry::Same:
         out += QChar(ushort(code));
         break;
-    case CodeEntry::Shift:
-    case CodeEntry::Nothing:
-        break;
     case CodeEntry::Unassigned:
         out += m_alphabet->unknownText();
+        break;
+    case CodeEntry::Shift:
+    case CodeEntry::Nothing:
         break;
     }
     if (entry.shift >= 0) {

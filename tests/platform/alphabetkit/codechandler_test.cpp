@@ -265,6 +265,8 @@ TEST(CodecHandler, RandomCodesStayBoundedAndSplitAnywhere)
 {
     QRandomGenerator random(476);
     auto handler = handlerFor(QStringLiteral("All"), QStringLiteral("None"));
+    AlphabetCatalog catalog;
+    catalog.load(dataDir);
     for (QString const& alphabet : handler->AvailableAlphabets()) {
         ASSERT_TRUE(handler->SetAlphabet(alphabet));
         for (int round = 0; round < 50; ++round) {
@@ -282,6 +284,12 @@ TEST(CodecHandler, RandomCodesStayBoundedAndSplitAnywhere)
             QString split = handler->Translate(raw.left(cut)); // two statements: order matters
             split += handler->Translate(raw.mid(cut));
             EXPECT_EQ(split, whole) << alphabet.toStdString() << " cut " << cut;
+            CodeTranslator single(catalog.find(alphabet)); // code by code, as UdaDecoder does
+            QString byCode;
+            for (QChar const unit : raw) {
+                single.translate(unit.unicode(), byCode);
+            }
+            EXPECT_EQ(byCode, whole) << alphabet.toStdString();
         }
     }
 }
@@ -320,6 +328,12 @@ TEST(CodecHandler, BacktranslateRoundTripsFromAnyState)
     auto usos = handlerFor(QStringLiteral("All"), QStringLiteral("International USOS"));
     EXPECT_EQ(usos->Backtranslate(QStringLiteral("NR 117 ISSUED")),
               codes({31, 12, 10, 4, 27, 23, 23, 7, 4, 6, 5, 5, 7, 1, 9}));
+    // From an unknown state MTK-2 reaches Russian with its all-spaces code in one step; the
+    // USOS variant has a figures table per letters table, so it fixes the letters first.
+    auto mtk = handlerFor(QStringLiteral("All"), QStringLiteral("MTK-2"));
+    EXPECT_EQ(mtk->Backtranslate(QStringLiteral("П1")), codes({0, 22, 27, 23}));
+    auto mtkUsos = handlerFor(QStringLiteral("All"), QStringLiteral("MTK-2 USOS"));
+    EXPECT_EQ(mtkUsos->Backtranslate(QStringLiteral("1 П")), codes({0, 27, 23, 4, 22}));
 }
 
 TEST(CodecHandler, SelectionRules)
