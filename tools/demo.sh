@@ -27,5 +27,15 @@ for document in "$out"/teleprinter/*.xml "$out"/navtex/*.xml; do
     sed -n '/<Content>/,/<\/Content>/p' "$document" | sed -e 's/<\/\{0,1\}Content>//g' -e 's/&#13;//g'
 done
 echo
+echo "== RTTY traffic keyed and demodulated by minimodem (tests/data/rtty), read without and with"
+echo "   unshift on space: the sender leaves out LTRS after a space in figures"
+for alphabet in "International" "International USOS"; do
+    "$zelko" convert --trace 0 --quiet --alphabets data/alphabets -o "$out/rtty-${alphabet// /-}" \
+        --alphabet "$alphabet" tests/data/rtty/weather-50.zdr >/dev/null
+    echo "-- $alphabet"
+    sed -n '/<Content>/,/<\/Content>/p' "$out/rtty-${alphabet// /-}"/*.xml |
+        sed -e 's/<\/\{0,1\}Content>//g' -e 's/&#13;//g' -e 's/^ *//' | head -n 3
+done
+echo
 echo "== Frequency hoppers: hop-frequency set and channel grid of radio 7, with a plot"
 "$zelko" bursts data/samples/hoppers.zdr --radio 7 --plot "$out/radio7.png" | sed -n '1,40p'

@@ -244,19 +244,24 @@ private:
                                     .arg(bounds.back().trimmed())
                                     .arg(m_alphabet->m_width));
         }
-        QStringList const tokens = splitTokens(value);
+        QStringList tokens = splitTokens(value);
         CodeEntry entry;
-        if (tokens.isEmpty()) {
-            return fail(number, QStringLiteral("no value for code \"%1\"").arg(key));
-        } else if (tokens.front() == QLatin1String("shift")) {
-            if (tokens.size() != 2) {
+        // "shift" is never a character token, so wherever it stands it starts the switch.
+        int const shiftAt = tokens.indexOf(QStringLiteral("shift"));
+        if (shiftAt >= 0) {
+            if (tokens.size() != shiftAt + 2) {
                 return fail(number, QStringLiteral("\"shift\" needs exactly one table name"));
             }
+            m_shifts.append({m_table, first, last, tokens.takeLast(), number});
+            tokens.removeLast();
+        }
+        if (shiftAt == 0) {
             entry.kind = CodeEntry::Shift;
-            m_shifts.append({m_table, first, last, tokens[1], number});
-        } else if (tokens.size() == 1 && tokens.front() == QLatin1String("none")) {
+        } else if (tokens.isEmpty()) {
+            return fail(number, QStringLiteral("no value for code \"%1\"").arg(key));
+        } else if (shiftAt < 0 && tokens.size() == 1 && tokens.front() == QLatin1String("none")) {
             entry.kind = CodeEntry::Nothing;
-        } else if (tokens.size() == 1 && tokens.front() == QLatin1String("same")) {
+        } else if (shiftAt < 0 && tokens.size() == 1 && tokens.front() == QLatin1String("same")) {
             entry.kind = CodeEntry::Same;
         } else {
             QString bad;

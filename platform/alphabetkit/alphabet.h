@@ -13,13 +13,15 @@ struct CodeEntry
     enum Kind : unsigned char
     {
         Unassigned, ///< not listed: translated to the alphabet's unknown text
-        Text,       ///< produces `text`
+        Text,       ///< produces `text`, then switches to table `shift` if it is not -1
         Same,       ///< produces the code itself as one UTF-16 code unit
         Shift,      ///< produces nothing and switches to table `shift`
         Nothing     ///< produces nothing (blank tape, idle and repetition signals)
     };
 
     Kind kind = Unassigned;
+    /// The table switched to: always for Shift; for Text -1 (stay) or a table entered after
+    /// printing, as the space of unshift-on-space teleprinter codes returns to letters.
     int shift = -1;
     QString text;
 };
@@ -46,12 +48,14 @@ struct CodeEntry
 ///     27 = shift figures        # switches to the table [figures], prints nothing
 ///     [figures]
 ///     2-4 = same                # a range; "same" prints the code itself as a character
+///     4 = SP shift letters      # prints, then switches to [letters] (unshift on space)
 ///     ...
 ///     end                       # the last line: a file without it counts as truncated
 ///
 /// Codes are decimal, hexadecimal (0x41) or binary (0b00001), as numbers: the value that the
 /// decoder delivers, most significant bit written first. A value may chain several
-/// characters ("CR LF"). Comments start with "#" at the start of a line or after a blank;
+/// characters ("CR LF"); characters followed by "shift <table>" print and then switch tables.
+/// Comments start with "#" at the start of a line or after a blank;
 /// write "#" itself as U+0023. Every code of a table appears at most once; a shift must name a
 /// table of the file. Codes wider than `width` and codes no table lists give the unknown text.
 class Alphabet

@@ -21,7 +21,7 @@ void CodeTranslator::buildSingles()
         singles.resize(entries.size());
         for (int code = 0; code < entries.size(); ++code) {
             CodeEntry const& entry = entries[code];
-            if (entry.kind == CodeEntry::Text && entry.text.size() == 1) {
+            if (entry.kind == CodeEntry::Text && entry.text.size() == 1 && entry.shift < 0) {
                 singles[code] = entry.text.at(0).unicode();
             } else if (entry.kind == CodeEntry::Same) {
                 singles[code] = quint32(code);
@@ -74,16 +74,18 @@ QString CodeTranslator::translate(QString const& codes)
         case CodeEntry::Same:
             *at++ = unit;
             break;
-        case CodeEntry::Shift:
-            m_table = entry.shift;
-            entries = &m_alphabet->entries(m_table);
-            singles = m_singles[m_table].constData();
-            break;
-        case CodeEntry::Nothing:
-            break;
         case CodeEntry::Unassigned:
             at = std::copy(unknown.begin(), unknown.end(), at);
             break;
+        case CodeEntry::Shift:
+        case CodeEntry::Nothing:
+            break;
+        }
+        // Shift codes, and characters that also shift (unshift on space), change the table.
+        if (entry.shift >= 0) {
+            m_table = entry.shift;
+            entries = &m_alphabet->entries(m_table);
+            singles = m_singles[m_table].constData();
         }
     }
     out.truncate(int(at - begin));
@@ -100,14 +102,15 @@ void CodeTranslator::translate(unsigned code, QString& out)
     case CodeEntry::Same:
         out += QChar(ushort(code));
         break;
-    case CodeEntry::Shift:
-        m_table = entry.shift;
-        break;
-    case CodeEntry::Nothing:
-        break;
     case CodeEntry::Unassigned:
         out += m_alphabet->unknownText();
         break;
+    case CodeEntry::Shift:
+    case CodeEntry::Nothing:
+        break;
+    }
+    if (entry.shift >= 0) {
+        m_table = entry.shift;
     }
 }
 
@@ -129,84 +132,124 @@ void CodeTranslator::buildReverse() const
     m_reverseBuilt = true;
 }
 
-bool CodeTranslator::sameInEveryTable(unsigned code) const
+bool CodeTranslator::printsAlike(QVector<int> const& tables, Place const& place) const
 {
-    CodeEntry const& first = m_alphabet->entry(0, code);
-    for (int table = 1; table < m_alphabet->tableCount(); ++table) {
-        CodeEntry const& other = m_alphabet->entry(table, code);
-        if (other.kind != first.kind || other.text != first.text) {
+    CodeEntry const& wanted = m_alphabet->entry(place.first, place.second);
+    for (int const table : tables) {
+        CodeEntry const& entry = m_alphabet->entry(table, place.second);
+        if (entry.kind != wanted.kind || entry.text != wanted.text) {
             return false;
         }
     }
     return true;
 }
 
-int CodeTranslator::shiftCode(int from, int to) const
+QVector<int> CodeTranslator::tablesAfter(QVector<int> const& tables, unsigned code) const
+{
+    QVector<int> after;
+    for (int const table : tables) {
+        int const shift = m_alphabet->entry(table, code).shift;
+        int const next = shift >= 0 ? shift : table;
+        if (!after.contains(next)) {
+            after.append(next);
+        }
+    }
+    return after;
+}
+
+int CodeTranslator::shiftCode(QVector<int> const& from, int to) const
 {
     unsigned const size = 1u << m_alphabet->width();
     for (unsigned code = 0; code < size; ++code) {
-        CodeEntry const& entry = m_alphabet->entry(from, code);
-        if (entry.kind == CodeEntry::Shift && entry.shift == to) {
+        bool everywhere = true;
+        for (int const table : from) {
+            CodeEntry const& entry = m_alphabet->entry(table, code);
+            everywhere = everywhere && entry.kind == CodeEntry::Shift && entry.shift == to;
+        }
+        if (everywhere) {
             return int(code);
         }
     }
     return -1;
 }
 
+QVector<CodeTranslator::Place> CodeTranslator::placesOf(QString const& text, int& at) const
+{
+    QVector<Place> places;
+    int length = 1;
+    for (int n = qMin(m_longestText, text.size() - at); n >= 1; --n) {
+        auto const found = m_reverse.constFind(text.mid(at, n));
+        if (found != m_reverse.constEnd()) {
+            places = *found;
+            length = n;
+            break;
+        }
+    }
+    if (places.isEmpty()) {
+        unsigned const unit = text[at].unicode();
+        for (int table = 0; table < m_alphabet->tableCount(); ++table) {
+            if (m_alphabet->entry(table, unit).kind == CodeEntry::Same) {
+                places.append({table, unit});
+            }
+        }
+    }
+    at += length;
+    // Among equal choices the initial table wins: that is where a receiver starts.
+    int const initial = m_alphabet->initialTable();
+    std::stable_partition(places.begin(), places.end(),
+                          [initial](Place const& place) { return place.first == initial; });
+    return places;
+}
+
 QString CodeTranslator::backtranslate(QString const& text) const
 {
     buildReverse();
     QString codes;
-    int const initial = m_alphabet->initialTable();
-    int state = m_alphabet->tableCount() > 1 ? -1 : initial;
+    // The tables the receiver may be in. At first it may be in any; a character that prints
+    // alike in all of them needs no shift, and each code sent narrows or moves the set (a
+    // space of an unshift-on-space code moves figures back to letters).
+    QVector<int> possible;
+    for (int table = 0; table < m_alphabet->tableCount(); ++table) {
+        possible.append(table);
+    }
+    auto send = [&](unsigned code) {
+        codes += QChar(ushort(code));
+        possible = tablesAfter(possible, code);
+    };
     int i = 0;
     while (i < text.size()) {
-        QVector<Place> places;
-        int length = 1;
-        for (int n = qMin(m_longestText, text.size() - i); n >= 1; --n) {
-            auto const found = m_reverse.constFind(text.mid(i, n));
-            if (found != m_reverse.constEnd()) {
-                places = *found;
-                length = n;
+        QVector<Place> const places = placesOf(text, i);
+        bool sent = false;
+        for (Place const& place : places) {
+            if (printsAlike(possible, place)) {
+                send(place.second);
+                sent = true;
                 break;
             }
         }
-        if (places.isEmpty()) {
-            unsigned const unit = text[i].unicode();
-            for (int table = 0; table < m_alphabet->tableCount(); ++table) {
-                if (m_alphabet->entry(table, unit).kind == CodeEntry::Same) {
-                    places.append({table, unit});
+        for (int p = 0; !sent && p < places.size(); ++p) {
+            int const shift = shiftCode(possible, places[p].first);
+            if (shift >= 0) {
+                send(unsigned(shift));
+                send(places[p].second);
+                sent = true;
+            }
+        }
+        // No single code reaches the table from every possible state (MTK-2 with unshift on
+        // space has a figures table per letters table): first fix the state, then shift.
+        for (int p = 0; !sent && p < places.size(); ++p) {
+            for (int via = 0; !sent && via < m_alphabet->tableCount(); ++via) {
+                int const fix = shiftCode(possible, via);
+                int const shift = shiftCode({via}, places[p].first);
+                if (fix >= 0 && shift >= 0) {
+                    send(unsigned(fix));
+                    send(unsigned(shift));
+                    send(places[p].second);
+                    sent = true;
                 }
             }
         }
-        i += length;
-        if (places.isEmpty()) {
-            continue; // nothing prints this character
-        }
-        Place chosen = places.front();
-        bool needsShift = true;
-        for (Place const& place : qAsConst(places)) {
-            if (place.first == state || (state < 0 && sameInEveryTable(place.second))) {
-                chosen = place;
-                needsShift = false;
-                break;
-            }
-            if (place.first == initial) {
-                chosen = place;
-            }
-        }
-        if (needsShift) {
-            int shift = shiftCode(state < 0 ? initial : state, chosen.first);
-            if (shift < 0 && state < 0) {
-                shift = shiftCode(chosen.first, chosen.first);
-            }
-            if (shift < 0) {
-                continue; // the table cannot be reached from here
-            }
-            codes += QChar(ushort(shift));
-            state = chosen.first;
-        }
-        codes += QChar(ushort(chosen.second));
+        // A character that no table prints, or whose table cannot be reached, is left out.
     }
     return codes;
 }

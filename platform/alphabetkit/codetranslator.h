@@ -36,8 +36,14 @@ private:
     using Place = QPair<int, unsigned>; // table, code
 
     void buildReverse() const;
-    bool sameInEveryTable(unsigned code) const;
-    int shiftCode(int from, int to) const;
+    /// True when the place's code prints the same in every one of the tables.
+    bool printsAlike(QVector<int> const& tables, Place const& place) const;
+    /// The tables a receiver can be in after the code, from any of the tables.
+    QVector<int> tablesAfter(QVector<int> const& tables, unsigned code) const;
+    /// The lowest code that switches every one of the tables `from` to `to`; -1 if none does.
+    int shiftCode(QVector<int> const& from, int to) const;
+    /// The places of the longest text starting at `at` that a code prints; moves `at` past it.
+    QVector<Place> placesOf(QString const& text, int& at) const;
 
     void buildSingles();
 

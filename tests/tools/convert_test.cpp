@@ -200,6 +200,74 @@ INSTANTIATE_TEST_SUITE_P(
                 "no frame found"}),
     [](testing::TestParamInfo<BadCall> const& info) { return std::string(info.param.name); });
 
+// An alphabet is never dropped unseen: without a decoder the first that offers it is used,
+// and where the decoder cannot use it a note says so.
+struct AlphabetCall
+{
+    char const* name;
+    QString input;
+    QStringList arguments;
+    char const* note; // on stderr; nullptr: no note
+    char const* document;
+};
+
+class ZelkoConvertAlphabet : public ZelkoConvert, public testing::WithParamInterface<AlphabetCall>
+{
+};
+
+TEST_P(ZelkoConvertAlphabet, IsUsedOrNamed)
+{
+    ToolRun const result = run(QStringList{QStringLiteral("-o"), output()} + GetParam().arguments +
+                               QStringList{GetParam().input});
+    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+    if (GetParam().note) {
+        EXPECT_TRUE(result.err.contains(QStringLiteral("zelko convert: ") +
+                                        QString::fromUtf8(GetParam().note) + QLatin1Char('\n')))
+            << result.err.toStdString();
+    } else {
+        EXPECT_FALSE(result.err.contains(QStringLiteral("not offered")))
+            << result.err.toStdString();
+    }
+    ASSERT_EQ(resultFiles().size(), 1);
+    EXPECT_TRUE(readResult(resultFiles().front()).contains(QString::fromUtf8(GetParam().document)));
+}
+
+QString const rttyWeather = QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/rtty/weather-50.zdr");
+
+INSTANTIATE_TEST_SUITE_P(
+    Calls, ZelkoConvertAlphabet,
+    testing::Values(
+        AlphabetCall{"usos_without_decoder",
+                     rttyWeather,
+                     {QStringLiteral("--alphabet"), QStringLiteral("International USOS")},
+                     nullptr,
+                     "NR 117 ISSUED 1200 UTC 15 MARCH"},
+        AlphabetCall{"ccir476_without_decoder",
+                     sample("navtex-ccir476.zdr"),
+                     {QStringLiteral("--alphabet"), QStringLiteral("CCIR 476")},
+                     nullptr,
+                     "NAV WARN NR 112"},
+        AlphabetCall{"not_offered_by_the_decoder",
+                     rttyWeather,
+                     {QStringLiteral("--decoder"), QStringLiteral("NAVTEX"),
+                      QStringLiteral("--alphabet"), QStringLiteral("International")},
+                     "alphabet International is not offered by decoder NAVTEX; writing the codes",
+                     "contentCode=\"None\""},
+        AlphabetCall{"offered_by_no_decoder",
+                     rttyWeather,
+                     {QStringLiteral("--alphabet"), QStringLiteral("Klingon")},
+                     "alphabet Klingon is not offered by decoder NONE; writing the codes",
+                     "contentCode=\"None\""},
+        AlphabetCall{"several_decoders",
+                     rttyWeather,
+                     {QStringLiteral("--decoder"), QStringLiteral("RTTY"),
+                      QStringLiteral("--decoder"), QStringLiteral("BAUDOT"),
+                      QStringLiteral("--alphabet"), QStringLiteral("International")},
+                     "alphabet International is not offered by decoder NONE; writing the codes (of "
+                     "several decoders the converter uses none)",
+                     "contentCode=\"None\""}),
+    [](testing::TestParamInfo<AlphabetCall> const& info) { return std::string(info.param.name); });
+
 TEST_F(ZelkoConvert, GoodInputsAreConvertedBesideAMissingOne)
 {
     ToolRun const result = run({QStringLiteral("-o"), output(), QStringLiteral("missing.zdr"),

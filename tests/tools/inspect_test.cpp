@@ -95,6 +95,39 @@ TEST(SampleGenerator, ReproducesTheBundledSamples)
     }
 }
 
+// The RTTY recordings of tests/data/rtty are made from minimodem's codes the same way.
+TEST(SampleGenerator, ReproducesTheRttyRecordingsFromTheirCodes)
+{
+    QTemporaryDir dir;
+    QString const rtty = QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/rtty/");
+    for (auto const& [name, baud] : {std::pair<char const*, char const*>{"weather-50", "50"},
+                                     {"navwarn-50", "50"},
+                                     {"qso-45", "45.45"}}) {
+        QString const fresh = QDir(dir.path()).filePath(QString::fromLatin1(name));
+        ASSERT_EQ(run(QStringLiteral(ZELKO_SAMPLEGEN),
+                      {QStringLiteral("--from-codes"), rtty + name + QStringLiteral(".bits"),
+                       QString::fromLatin1(baud), fresh})
+                      .exitCode,
+                  0);
+        QFile original(rtty + name + QStringLiteral(".zdr"));
+        QFile made(fresh);
+        ASSERT_TRUE(original.open(QIODevice::ReadOnly) && made.open(QIODevice::ReadOnly));
+        EXPECT_EQ(original.readAll(), made.readAll()) << name;
+    }
+    QString const bad = QDir(dir.path()).filePath(QStringLiteral("bad.bits"));
+    QFile file(bad);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("11111\n\n0012\n");
+    file.close();
+    ToolRun const refused = run(QStringLiteral(ZELKO_SAMPLEGEN),
+                                {QStringLiteral("--from-codes"), bad, QStringLiteral("50"),
+                                 QDir(dir.path()).filePath(QStringLiteral("bad.zdr"))});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_TRUE(QString::fromUtf8(refused.output)
+                    .contains(bad + QStringLiteral(":3: not a code of '0' and '1': 0012")))
+        << refused.output.toStdString();
+}
+
 } // namespace
 
 namespace {

@@ -188,6 +188,59 @@ void writeHoppers(RecordingWriter& out)
     generator.writeFrames(out, 12);
 }
 
+// Decoded text from the 5-bit codes that a demodulator printed, one code a line as '0'/'1'
+// characters, first received bit (least significant) first: "minimodem --rx rtty
+// --binary-output" writes them so. The codes go out on channel 1 in frames of 16, stamped
+// with the time their first character took on air (7.5 bit times a character).
+bool writeFromCodes(QString const& codesPath, double baud, QString const& outputPath)
+{
+    QFile in(codesPath);
+    if (!in.open(QIODevice::ReadOnly)) {
+        QTextStream(stderr) << "zelko-samplegen: cannot read " << codesPath << ": "
+                            << in.errorString() << '\n';
+        return false;
+    }
+    std::vector<TextEntry> entries;
+    int lineNumber = 0;
+    while (!in.atEnd()) {
+        QByteArray const line = in.readLine().trimmed();
+        ++lineNumber;
+        quint16 code = 0;
+        bool valid = !line.isEmpty() && line.size() <= 16;
+        for (int bit = 0; valid && bit < line.size(); ++bit) {
+            valid = line[bit] == '0' || line[bit] == '1';
+            code |= quint16(line[bit] == '1' ? 1u << bit : 0u);
+        }
+        if (!valid && !line.isEmpty()) {
+            QTextStream(stderr) << "zelko-samplegen: " << codesPath << ':' << lineNumber
+                                << ": not a code of '0' and '1': " << line << '\n';
+            return false;
+        }
+        if (valid) {
+            entries.push_back({1, code});
+        }
+    }
+    QFile out(outputPath);
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        QTextStream(stderr) << "zelko-samplegen: cannot write " << outputPath << ": "
+                            << out.errorString() << '\n';
+        return false;
+    }
+    RecordingWriter writer(&out);
+    constexpr size_t perFrame = 16;
+    double const microsecondsPerCode = 7.5 * 1e6 / baud;
+    for (size_t first = 0; first < entries.size(); first += perFrame) {
+        std::vector<TextEntry> const frame(entries.begin() + long(first),
+                                           entries.begin() +
+                                               long(std::min(entries.size(), first + perFrame)));
+        quint64 const time = TextStart + quint64(double(first) * microsecondsPerCode);
+        writer.writeFrame(FrameType::DecodedText, decodedTextPayload(time, frame));
+    }
+    QTextStream(stdout) << outputPath << ": " << entries.size() << " codes, "
+                        << writer.bytesWritten() << " bytes\n";
+    return out.error() == QFileDevice::NoError;
+}
+
 bool writeSample(QDir const& directory, QString const& name,
                  std::function<void(RecordingWriter&)> const& content)
 {
@@ -209,11 +262,25 @@ int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
     QStringList const arguments = QCoreApplication::arguments();
+    if (arguments.size() == 5 && arguments[1] == QLatin1String("--from-codes")) {
+        bool ok = false;
+        double const baud = arguments[3].toDouble(&ok);
+        if (!ok || baud <= 0) {
+            QTextStream(stderr) << "zelko-samplegen: BAUD must be a positive number, not "
+                                << arguments[3] << '\n';
+            return 2;
+        }
+        return writeFromCodes(arguments[2], baud, arguments[4]) ? 0 : 1;
+    }
     if (arguments.size() < 2 || arguments.size() > 3 || arguments[1].startsWith(QLatin1Char('-'))) {
         QTextStream(stdout) << "Usage: zelko-samplegen DIRECTORY [ALPHABETS]\n"
                             << "Writes the bundled sample recordings into DIRECTORY (normally\n"
                             << "data/samples), encoding text with the alphabet files in ALPHABETS\n"
-                            << "(default: data/alphabets of the source tree).\n";
+                            << "(default: data/alphabets of the source tree).\n\n"
+                            << "Usage: zelko-samplegen --from-codes CODES BAUD OUTPUT\n"
+                            << "Writes a decoded-text recording (channel 1) of the 5-bit codes\n"
+                            << "in CODES, one a line as '0'/'1', first bit least significant\n"
+                            << "(minimodem --binary-output), timed for BAUD.\n";
         return arguments.contains(QStringLiteral("--help")) ? 0 : 2;
     }
     QDir const directory(arguments[1]);

@@ -1,5 +1,6 @@
 #include "conversionjob.h"
 
+#include "decoderchoice.h"
 #include "frametypenames.h"
 
 #include <QCoreApplication>
@@ -8,6 +9,8 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
+#include <algorithm>
+#include <alphabetkit/alphabetcatalog.h>
 #include <appstartup/cfgcenter.h>
 #include <atomic>
 #include <diagnostics/errorhandler.h>
@@ -128,6 +131,24 @@ private:
     QTemporaryDir m_directory;
 };
 
+// The alphabets the converters will read: the configured directory, as they read it. The
+// converters report unreadable alphabet files themselves, so this look stays quiet.
+AlphabetKit::AlphabetCatalog configuredAlphabets()
+{
+    std::unique_ptr<Cfg> const configured =
+        CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
+    QString const directory =
+        configured ? configured->GetValue(QStringLiteral("MorseAlphabets"), QStringLiteral("."))
+                   : QStringLiteral(".");
+    ErrorHandler& diagnostics = ErrorHandler::Instance();
+    unsigned const mask = diagnostics.traceLevelMask();
+    diagnostics.setTraceLevelMask(0);
+    AlphabetKit::AlphabetCatalog catalog;
+    catalog.load(directory);
+    diagnostics.setTraceLevelMask(mask);
+    return catalog;
+}
+
 struct InputResult
 {
     QString input;
@@ -231,6 +252,17 @@ int runConversionJob(ConversionJob const& job)
         }
     }
 
+    JobSpec::Settings settings = job.settings;
+    bool const convertsText = std::any_of(outcomes.begin(), outcomes.end(), [](auto const& o) {
+        return o.error.isEmpty() && o.kind == QLatin1String("text");
+    });
+    if (convertsText) {
+        QString const note = chooseDecoderForAlphabet(settings, configuredAlphabets());
+        if (!note.isEmpty()) {
+            QTextStream(stderr) << "zelko convert: " << note << '\n';
+        }
+    }
+
     std::atomic<int> next{0};
     std::atomic<int> filesDone{0};
     std::atomic<qint64> bytesDone{0};
@@ -245,7 +277,7 @@ int runConversionJob(ConversionJob const& job)
                         reported = done;
                     });
                 outcome.results =
-                    converter->convertFile(outcome.input, job.outputDirectory, job.settings, 0);
+                    converter->convertFile(outcome.input, job.outputDirectory, settings, 0);
             }
             ++filesDone;
         }

@@ -87,6 +87,8 @@ int runConvert(QStringList const& arguments)
         "Job settings come from --settings FILE (see data/jobsettings-example.xml), and the\n"
         "single options below override what the file says. Several inputs are converted\n"
         "in parallel with -j N, one converter per thread.\n"
+        "An alphabet that the decoder does not offer is not used: the codes are written as\n"
+        "they are, and a note on stderr says so.\n"
         "The exit status is 1 when an input could not be read, 2 for wrong options."));
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("INPUT"), QStringLiteral("recordings"),
@@ -106,7 +108,9 @@ int runConvert(QStringList const& arguments)
         {QStringLiteral("decoder"),
          QStringLiteral("decoder name (RTTY, NAVTEX, ...); repeat for several"),
          QStringLiteral("NAME")},
-        {QStringLiteral("alphabet"), QStringLiteral("alphabet name (International, CCIR 476, ...)"),
+        {QStringLiteral("alphabet"),
+         QStringLiteral("alphabet name (International, International USOS, CCIR 476, ...); "
+                        "without a decoder, the first decoder that offers it is used"),
          QStringLiteral("NAME")},
         {QStringLiteral("channels"), QStringLiteral("channels to keep, e.g. 1,3 (default: all)"),
          QStringLiteral("LIST")},

@@ -336,6 +336,7 @@ TEST_F(DecodedTextModelTest, EachChannelKeepsItsOwnShiftState)
         char const* name;
         std::vector<std::vector<Entry>> frames;
         QString one, two;
+        QString alphabet = QString(); // the preferred one when empty
     };
     std::vector<Row> rows = {
         {"within one frame", {{{1, Figures}, {2, T}, {1, T}, {2, T}}}, "5", "TT"},
@@ -344,6 +345,11 @@ TEST_F(DecodedTextModelTest, EachChannelKeepsItsOwnShiftState)
          "5T",
          "TT5"},
         {"one channel silent for a frame", {{{1, Figures}, {2, Q}}, {{2, Q}}, {{1, Q}}}, "1", "QQ"},
+        {"space unshifts only its own channel",
+         {{{1, Figures}, {2, Figures}, {1, SP}}, {{2, T}, {1, T}}},
+         " T",
+         "5",
+         QStringLiteral("International USOS")},
     };
     // The same codes cut into two frames at every place.
     std::vector<quint16> const sequence = {Figures, T, Q, Letters, T, Figures, W, A};
@@ -357,7 +363,7 @@ TEST_F(DecodedTextModelTest, EachChannelKeepsItsOwnShiftState)
     for (size_t r = 0; r < rows.size(); ++r) {
         Row const& row = rows[r];
         SCOPED_TRACE(testing::Message() << row.name << " " << r);
-        auto const fresh = makeModel(QStringLiteral("RTTY"), QString());
+        auto const fresh = makeModel(QStringLiteral("RTTY"), row.alphabet);
         for (size_t i = 0; i < row.frames.size(); ++i) {
             ASSERT_TRUE(fresh->processData(textFrame(BaseTime + i * 1000, row.frames[i]), nullptr));
         }

@@ -93,6 +93,16 @@ TEST(AlphabetParse, MalformedFilesGiveExactMessages)
          "t.alphabet:6: unknown value \"U+D800\""},
         {"shift without table", edited("27 = shift figures\n31", "27 = shift\n31"),
          "t.alphabet:7: \"shift\" needs exactly one table name"},
+        {"shift after text without table", edited("1 = 3", "1 = 3 shift"),
+         "t.alphabet:10: \"shift\" needs exactly one table name"},
+        {"shift after text with two tables", edited("1 = 3", "1 = 3 shift a b"),
+         "t.alphabet:10: \"shift\" needs exactly one table name"},
+        {"shift after text to unknown table", edited("1 = 3", "1 = 3 shift russian"),
+         "t.alphabet:10: shift to unknown table \"russian\""},
+        {"shift after none", edited("1 = 3", "1 = none shift letters"),
+         "t.alphabet:10: unknown value \"none\""},
+        {"shift after same", edited("1 = 3", "1 = same shift letters"),
+         "t.alphabet:10: unknown value \"same\""},
         {"unknown key", edited("width = 5", "width = 5\ncolour = red"),
          "t.alphabet:4: unknown key \"colour\""},
         {"duplicate key", edited("width = 5", "width = 5\nwidth = 5"),
@@ -147,7 +157,7 @@ TEST(AlphabetParse, EveryTruncationOfAShippedFileIsRefused)
         << error.toStdString();
 }
 
-TEST(AlphabetParse, WidthBoundaries)
+TEST(AlphabetParse, FormBoundaries)
 {
     struct
     {
@@ -160,6 +170,12 @@ TEST(AlphabetParse, WidthBoundaries)
         {"width 16, code 0xFFFF", "name=A\nwidth=16\n[t]\n0xFFFF = X\nend\n", true},
         {"width 16, code 0x10000", "name=A\nwidth=16\n[t]\n0x10000 = X\nend\n", false},
         {"width 16, full range", "name=A\nwidth=16\n[t]\n0-0xFFFF = same\nend\n", true},
+        {"three-digit decimal code", "name=A\nwidth=8\n[t]\n255 = X\nend\n", true},
+        {"short hex code", "name=A\nwidth=4\n[t]\n0x8 = X\nend\n", true},
+        {"binary code one past width", "name=A\nwidth=3\n[t]\n0b1000 = X\nend\n", false},
+        {"largest code point", "name=A\nwidth=1\n[t]\n1 = U+10FFFF\nend\n", true},
+        {"one past the largest code point", "name=A\nwidth=1\n[t]\n1 = U+110000\nend\n", false},
+        {"byte order mark", "\xEF\xBB\xBFname=A\nwidth=1\n[t]\n1 = X\nend\n", true},
     };
     for (auto const& c : cases) {
         QString error;
@@ -173,7 +189,7 @@ TEST(AlphabetParse, ValueForms)
     AlphabetPtr const a = Alphabet::parse(
         "name = Forms  # trailing comment\r\ndecoders = X, y ,,\nwidth = 4\nunknown = _\n"
         "direction = rtl\n[t]\n0 = CR LF\n1 = U+1F600\n2 = U+0023 # hash\n3 = =\n"
-        "4-5 = same\n6 = TAB SP\nend\n",
+        "4-5 = same\n6 = TAB SP\n0B111 = Z\nend\n",
         origin, error);
     ASSERT_NE(a, nullptr) << error.toStdString();
     EXPECT_EQ(a->name(), QStringLiteral("Forms"));
@@ -185,7 +201,7 @@ TEST(AlphabetParse, ValueForms)
     QString const codes = QString(QChar(0)) + QChar(1) + QChar(2) + QChar(3) + QChar(4) + QChar(5) +
                           QChar(6) + QChar(7) + QChar(16);
     EXPECT_EQ(translator.translate(codes),
-              QStringLiteral("\r\n\U0001F600#=") + QChar(4) + QChar(5) + QStringLiteral("\t __"));
+              QStringLiteral("\r\n\U0001F600#=") + QChar(4) + QChar(5) + QStringLiteral("\t Z_"));
 }
 
 TEST(AlphabetParse, UnknownTextDefaultsToReplacementCharacter)

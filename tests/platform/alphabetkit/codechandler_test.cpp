@@ -55,10 +55,12 @@ TEST(AlphabetCatalog, LoadsEveryShippedAlphabet)
     AlphabetCatalog catalog;
     ASSERT_TRUE(catalog.load(dataDir));
     EXPECT_EQ(catalog.errors(), QStringList());
-    EXPECT_EQ(catalog.allNames(), (QStringList{"None", "ASCII", "CCIR 476", "Hebrew SI 960",
-                                               "International", "MTK-2", "US-TTY"}));
+    EXPECT_EQ(catalog.allNames(),
+              (QStringList{"None", "ASCII", "CCIR 476", "Hebrew SI 960", "International",
+                           "International USOS", "MTK-2", "MTK-2 USOS", "US-TTY", "US-TTY USOS"}));
     EXPECT_EQ(catalog.names(QStringLiteral("baudot")),
-              (QStringList{"None", "International", "MTK-2", "US-TTY"}));
+              (QStringList{"None", "International", "International USOS", "MTK-2", "MTK-2 USOS",
+                           "US-TTY", "US-TTY USOS"}));
     EXPECT_EQ(catalog.names(QStringLiteral("NAVTEX")), (QStringList{"None", "CCIR 476"}));
     EXPECT_EQ(catalog.names(QStringLiteral("NONE")), QStringList{"None"});
     EXPECT_TRUE(catalog.find(QStringLiteral("Hebrew SI 960"))->rightToLeft());
@@ -206,6 +208,19 @@ TEST(CodecHandler, TranslatesKnownCodeValues)
         {"MTK-2 starts in Russian", "BAUDOT", "MTK-2", codes({3, 25, 19, 26, 9}), "АБВГД"},
         {"MTK-2 Latin and back", "BAUDOT", "MTK-2", codes({31, 3, 25, 0, 3}), "ABА"},
         {"MTK-2 figures letters", "BAUDOT", "MTK-2", codes({27, 11, 13, 26, 20, 10}), "ЮЭШЩ4"},
+        // "NR 117 ISSUED" as RTTY senders key it, without LTRS after the space.
+        {"ITA2 keeps figures after a space", "RTTY", "International",
+         codes({12, 10, 4, 27, 23, 23, 7, 4, 6, 5, 5, 7, 1, 9}), "NR 117 8''73␅"},
+        {"ITA2 USOS space in figures returns to letters", "RTTY", "International USOS",
+         codes({12, 10, 4, 27, 23, 23, 7, 4, 6, 5, 5, 7, 1, 9}), "NR 117 ISSUED"},
+        {"US-TTY USOS space in figures returns to letters", "RTTY", "US-TTY USOS",
+         codes({27, 9, 4, 9, 31, 9}), "$ DD"},
+        {"USOS only the space unshifts", "RTTY", "International USOS",
+         codes({27, 23, 2, 8, 0, 23, 4, 4, 23}), "1\n\r1  Q"},
+        {"MTK-2 USOS space returns to Russian", "BAUDOT", "MTK-2 USOS", codes({27, 23, 4, 3}),
+         "1 А"},
+        {"MTK-2 USOS space returns to Latin", "BAUDOT", "MTK-2 USOS",
+         codes({31, 27, 23, 11, 4, 3, 27, 4, 0, 3}), "1Ю A А"},
         {"ASCII controls", "ASCII", "ASCII", "Hi\x07\x1B\t\n" + codes({0, 0x7F, 0x80}),
          "Hi\u2407\u241B\t\n\uFFFD"},
         {"Hebrew letters", "ASCII", "Hebrew SI 960", codes({0x60, 0x6A, 0x7A, 0x41, 0x20}),
@@ -231,6 +246,13 @@ TEST(CodecHandler, ShiftStateSpansCallsUntilReset)
     ASSERT_TRUE(handler->SetAlphabet(QStringLiteral("US-TTY"))); // selecting resets too
     EXPECT_EQ(handler->Translate(codes({23})), QStringLiteral("Q"));
 
+    auto usos = handlerFor(QStringLiteral("RTTY"), QStringLiteral("International USOS"));
+    EXPECT_EQ(usos->Translate(codes({27, 23, 4})), QStringLiteral("1 "));
+    EXPECT_EQ(usos->Translate(codes({23})), QStringLiteral("Q"));
+    usos->Translate(codes({27}));
+    usos->ResetInternalState();
+    EXPECT_EQ(usos->Translate(codes({23})), QStringLiteral("Q"));
+
     auto mtk = handlerFor(QStringLiteral("BAUDOT"), QStringLiteral("MTK-2"));
     mtk->Translate(codes({31}));
     mtk->ResetInternalState();
@@ -243,6 +265,8 @@ TEST(CodecHandler, RandomCodesStayBoundedAndSplitAnywhere)
 {
     QRandomGenerator random(476);
     auto handler = handlerFor(QStringLiteral("All"), QStringLiteral("None"));
+    AlphabetCatalog catalog;
+    catalog.load(dataDir);
     for (QString const& alphabet : handler->AvailableAlphabets()) {
         ASSERT_TRUE(handler->SetAlphabet(alphabet));
         for (int round = 0; round < 50; ++round) {
@@ -260,6 +284,12 @@ TEST(CodecHandler, RandomCodesStayBoundedAndSplitAnywhere)
             QString split = handler->Translate(raw.left(cut)); // two statements: order matters
             split += handler->Translate(raw.mid(cut));
             EXPECT_EQ(split, whole) << alphabet.toStdString() << " cut " << cut;
+            CodeTranslator single(catalog.find(alphabet)); // code by code, as UdaDecoder does
+            QString byCode;
+            for (QChar const unit : raw) {
+                single.translate(unit.unicode(), byCode);
+            }
+            EXPECT_EQ(byCode, whole) << alphabet.toStdString();
         }
     }
 }
@@ -276,6 +306,9 @@ TEST(CodecHandler, BacktranslateRoundTripsFromAnyState)
         {"US-TTY", "PRICE $5 #2 & \"OK\"; !", codes({27})},
         {"CCIR 476", "ZCZC FA01\r\nNAVAREA 1 (123)", codes({0x36})},
         {"MTK-2", "ПРИВЕТ MIR 123 ЮЭШЩ", codes({27})},
+        {"International USOS", "NR 117 ISSUED 1200 UTC\r\nWIND 25 KT, 3 M", codes({27})},
+        {"US-TTY USOS", "PRICE $5 #2 & \"OK\"; !", codes({27})},
+        {"MTK-2 USOS", "1 ПРИВЕТ MIR 123 ЮЭШЩ 4 Д 5 X 6 Д", codes({31, 27})},
         {"ASCII", "Hello, World ~ {x}", QString()},
         {"Hebrew SI 960", "\u05E9\u05DC\u05D5\u05DD 1", QString()},
         {"None", "\u00E4\U0001F600", QString()},
@@ -291,6 +324,16 @@ TEST(CodecHandler, BacktranslateRoundTripsFromAnyState)
     EXPECT_EQ(ita2->Translate(ita2->Backtranslate(QStringLiteral("a@B"))), QStringLiteral("B"));
     EXPECT_EQ(ita2->Backtranslate(QStringLiteral("RY")), codes({31, 10, 21}));
     EXPECT_EQ(ita2->Backtranslate(QStringLiteral(" ")), codes({4})); // same in both shifts
+    // With unshift on space no LTRS follows a space, exactly as RTTY senders key it.
+    auto usos = handlerFor(QStringLiteral("All"), QStringLiteral("International USOS"));
+    EXPECT_EQ(usos->Backtranslate(QStringLiteral("NR 117 ISSUED")),
+              codes({31, 12, 10, 4, 27, 23, 23, 7, 4, 6, 5, 5, 7, 1, 9}));
+    // From an unknown state MTK-2 reaches Russian with its all-spaces code in one step; the
+    // USOS variant has a figures table per letters table, so it fixes the letters first.
+    auto mtk = handlerFor(QStringLiteral("All"), QStringLiteral("MTK-2"));
+    EXPECT_EQ(mtk->Backtranslate(QStringLiteral("П1")), codes({0, 22, 27, 23}));
+    auto mtkUsos = handlerFor(QStringLiteral("All"), QStringLiteral("MTK-2 USOS"));
+    EXPECT_EQ(mtkUsos->Backtranslate(QStringLiteral("1 П")), codes({0, 27, 23, 4, 22}));
 }
 
 TEST(CodecHandler, SelectionRules)
@@ -306,7 +349,7 @@ TEST(CodecHandler, SelectionRules)
     handler.SetDecoder(QStringLiteral("BAUDOT")); // keeps the alphabet; the caller decides
     EXPECT_EQ(handler.Alphabet(), QStringLiteral("CCIR 476"));
     handler.SetDecoder(QStringLiteral("All"));
-    EXPECT_EQ(handler.AvailableAlphabets().size(), 7);
+    EXPECT_EQ(handler.AvailableAlphabets().size(), 10);
     EXPECT_TRUE(handler.SetAlphabet(QStringLiteral("Hebrew SI 960")));
     EXPECT_TRUE(handler.TextDirectionRTL());
 

@@ -150,7 +150,7 @@ TEST(UdaDecoder, AlphabetListsAndSelection)
 {
     UdaDecoder decoder;
     decoder.LoadAlphabets(dataDir);
-    EXPECT_EQ(decoder.GetAlphabets().size(), 7);
+    EXPECT_EQ(decoder.GetAlphabets().size(), 10);
     EXPECT_EQ(decoder.GetAlphabets(QStringLiteral("SITOR-B")), (QStringList{"None", "CCIR 476"}));
     EXPECT_EQ(decoder.GetAlphabets(QStringLiteral("FSK")), QStringList{"None"});
     // Any loaded alphabet can be selected; offering is the caller's check.
