@@ -487,6 +487,47 @@ TEST(XmlFilePendingChanges, FirstChangeFixesTheDueTime)
 
 // ---- File-system faults -------------------------------------------------------------------
 
+// A document whose writing fails (a full disk, a writer error) leaves the previous document
+// as it was, and a first document that fails makes no file at all; no staged file stays.
+TEST(XmlFileDocument, FailedWriteKeepsThePreviousDocument)
+{
+    QTemporaryDir dir;
+    Clock::Override const clock(LastSecondOfJanuary);
+    RecordLog log;
+    XmlFile file(&log);
+    file.setDirectory(dir.path());
+    auto writer = [](QByteArray const& text, bool result) {
+        return [text, result](QFile& staged) { return staged.write(text) > 0 && result; };
+    };
+    EXPECT_FALSE(file.writeDocument(writer("cut", false)));
+    EXPECT_FALSE(file.isOpen());
+    EXPECT_TRUE(log.entries.empty());
+    ASSERT_TRUE(file.writeDocument(writer("first", true)));
+    QString const path = file.getOpenFile()->fileName();
+    EXPECT_TRUE(file.writeDocument(writer("second", true)));
+    EXPECT_FALSE(file.writeDocument(writer("cut", false)));
+    EXPECT_EQ(readAll(path), "second");
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
+              QStringList{QFileInfo(path).fileName()});
+    EXPECT_EQ(log.entries.size(), 1u); // reported once, when the name appeared
+}
+
+// The name of a new document is taken by a link that never replaces a file: a name that looks
+// free but is taken (here by a dangling symbolic link) passes to the next suffix.
+TEST(XmlFileDocument, NameTakenUnseenGoesToTheNextSuffix)
+{
+    QTemporaryDir dir;
+    Clock::Override const clock(LastSecondOfJanuary);
+    QString const plain = dir.filePath(QStringLiteral("NerikResultData_20240131_235959.xml"));
+    ASSERT_TRUE(QFile::link(dir.filePath(QStringLiteral("nowhere")), plain));
+    XmlFile file(nullptr);
+    file.setDirectory(dir.path());
+    ASSERT_TRUE(file.writeDocument([](QFile& staged) { return staged.write("doc") == 3; }));
+    EXPECT_EQ(QFileInfo(file.getOpenFile()->fileName()).fileName(),
+              QStringLiteral("NerikResultData_20240131_235959_0.xml"));
+    EXPECT_TRUE(QFileInfo(plain).isSymLink());
+}
+
 TEST(OutputFileFaults, UnwritableDirectoryDropsWritesUntilAUsableOneIsSet)
 {
     QTemporaryDir dir;
