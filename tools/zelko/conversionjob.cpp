@@ -1,5 +1,6 @@
 #include "conversionjob.h"
 
+#include "datadirectory.h"
 #include "frametypenames.h"
 
 #include <QCoreApplication>
@@ -92,11 +93,15 @@ public:
         if (directory.isEmpty()) {
             std::unique_ptr<Cfg> const configured =
                 CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
-            if (configured &&
-                !configured->GetValue(QStringLiteral("MorseAlphabets"), QString()).isEmpty()) {
+            QString const value =
+                configured ? configured->GetValue(QStringLiteral("MorseAlphabets"), QString())
+                           : QString();
+            if (QDir::isAbsolutePath(value)) {
                 return;
             }
-            directory = shippedAlphabets();
+            // A relative configured directory counts from the user's directory, not from the
+            // data directory the conversions run in.
+            directory = value.isEmpty() ? shippedAlphabets() : value;
         }
         if (directory.isEmpty() || !m_directory.isValid()) {
             return;
@@ -131,6 +136,7 @@ private:
 struct InputResult
 {
     QString input;
+    QString absolutePath; ///< taken before the conversions change the working directory
     QString kind;
     QString error;
     REPORTKIT::Results results;
@@ -216,6 +222,7 @@ int runConversionJob(ConversionJob const& job)
         InputResult& outcome = outcomes[size_t(i)];
         outcome.input = job.inputs[i];
         QFileInfo const info(outcome.input);
+        outcome.absolutePath = info.absoluteFilePath();
         totalBytes += info.size();
         outcome.kind = job.kind;
         if (!info.isFile() || !info.isReadable()) {
@@ -244,13 +251,14 @@ int runConversionJob(ConversionJob const& job)
                         bytesDone += done - reported;
                         reported = done;
                     });
-                outcome.results =
-                    converter->convertFile(outcome.input, job.outputDirectory, job.settings, 0);
+                outcome.results = converter->convertFile(outcome.absolutePath,
+                                                         job.outputDirectory, job.settings, 0);
             }
             ++filesDone;
         }
     };
 
+    WorkingDirectory const inDataDirectory(job.dataDirectory);
     ProgressLine progress(job.showProgress, job.inputs.size(), totalBytes);
     std::vector<std::thread> threads;
     int const threadCount = std::min(job.jobs, int(job.inputs.size()));
