@@ -12,6 +12,8 @@ trap 'rm -rf "$work"' EXIT
 cmake --install "$build_dir" --prefix "$work/prefix" >/dev/null
 test -f "$work/prefix/include/massdatamanagement/zelkodatastreamconverter/framereader.h"
 test -f "$work/prefix/include/massdatamanagement/zelkodatastreamconverter/frameformat.h"
+# The installed zelko runs its conversions in share/zelko, where this table must be.
+test -f "$work/prefix/share/zelko/MaritimListofCountries.csv"
 cmake -S "$source_dir/tests/install/consumer" -B "$work/consumer" -G Ninja \
     -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_FLAGS="$flags" \
     -DCMAKE_EXE_LINKER_FLAGS="$flags" >/dev/null

@@ -1,5 +1,6 @@
 #include "conversionjob.h"
 
+#include "datadirectory.h"
 #include "decoderchoice.h"
 #include "frametypenames.h"
 
@@ -95,11 +96,15 @@ public:
         if (directory.isEmpty()) {
             std::unique_ptr<Cfg> const configured =
                 CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
-            if (configured &&
-                !configured->GetValue(QStringLiteral("MorseAlphabets"), QString()).isEmpty()) {
+            QString const value =
+                configured ? configured->GetValue(QStringLiteral("MorseAlphabets"), QString())
+                           : QString();
+            if (QDir::isAbsolutePath(value)) {
                 return;
             }
-            directory = shippedAlphabets();
+            // A relative configured directory counts from the user's directory, not from the
+            // data directory the conversions run in.
+            directory = value.isEmpty() ? shippedAlphabets() : value;
         }
         if (directory.isEmpty() || !m_directory.isValid()) {
             return;
@@ -152,6 +157,7 @@ AlphabetKit::AlphabetCatalog configuredAlphabets()
 struct InputResult
 {
     QString input;
+    QString absolutePath; ///< taken before the conversions change the working directory
     QString kind;
     QString error;
     REPORTKIT::Results results;
@@ -237,6 +243,7 @@ int runConversionJob(ConversionJob const& job)
         InputResult& outcome = outcomes[size_t(i)];
         outcome.input = job.inputs[i];
         QFileInfo const info(outcome.input);
+        outcome.absolutePath = info.absoluteFilePath();
         totalBytes += info.size();
         outcome.kind = job.kind;
         if (!info.isFile() || !info.isReadable()) {
@@ -276,13 +283,14 @@ int runConversionJob(ConversionJob const& job)
                         bytesDone += done - reported;
                         reported = done;
                     });
-                outcome.results =
-                    converter->convertFile(outcome.input, job.outputDirectory, settings, 0);
+                outcome.results = converter->convertFile(outcome.absolutePath,
+                                                         job.outputDirectory, settings, 0);
             }
             ++filesDone;
         }
     };
 
+    WorkingDirectory const inDataDirectory(job.dataDirectory);
     ProgressLine progress(job.showProgress, job.inputs.size(), totalBytes);
     std::vector<std::thread> threads;
     int const threadCount = std::min(job.jobs, int(job.inputs.size()));

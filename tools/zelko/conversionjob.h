@@ -14,6 +14,7 @@ struct ConversionJob
     QString kind; ///< empty: detected from each input's first frame
     JobSpec::Settings settings;
     QString alphabetsDirectory; ///< empty: the configured or the shipped alphabets
+    QString dataDirectory;      ///< working directory of the conversions; empty: unchanged
     int jobs = 1;
     bool showProgress = false;
     bool printXml = false;

@@ -1,5 +1,6 @@
 #include "command.h"
 #include "conversionjob.h"
+#include "datadirectory.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -118,6 +119,11 @@ int runConvert(QStringList const& arguments)
          QStringLiteral("directory of the alphabet files (default: the configured one, else the "
                         "shipped alphabets)"),
          QStringLiteral("DIR")},
+        {QStringLiteral("data-dir"),
+         QStringLiteral("directory of the tables the conversions read from their working "
+                        "directory, such as MaritimListofCountries.csv; the conversions run "
+                        "there (default: the installed data, else the source tree's data/)"),
+         QStringLiteral("DIR")},
         {{QStringLiteral("j"), QStringLiteral("jobs")},
          QStringLiteral("convert up to N inputs at once (default 1)"),
          QStringLiteral("N")},
@@ -161,6 +167,10 @@ int runConvert(QStringList const& arguments)
         if (!ok || job.jobs < 1) {
             return usageError(QStringLiteral("-j needs a number of 1 or more"));
         }
+    }
+    job.dataDirectory = dataDirectory(parser.value(QStringLiteral("data-dir")));
+    if (parser.isSet(QStringLiteral("data-dir")) && !checkDataDirectory(job.dataDirectory)) {
+        return 2;
     }
     QString error;
     if (!buildSettings(parser, job.settings, error)) {
