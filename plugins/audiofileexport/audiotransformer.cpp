@@ -51,7 +51,8 @@ SndfileHandle openRaw(QString const& path, RawPcmParameters const& parameters, S
     return openFile(path, SFM_READ, info);
 }
 
-SndfileHandle openInput(QString const& path, SF_INFO& info)
+// The input as libsndfile or the raw-PCM rules read it; null with the message to trace.
+SndfileHandle openInput(QString const& path, SF_INFO& info, QString& message)
 {
     QFile sidecar(RawPcmParameters::sidecarPath(path));
     if (sidecar.exists()) {
@@ -63,17 +64,20 @@ SndfileHandle openInput(QString const& path, SF_INFO& info)
                                     error)) {
             return openRaw(path, parameters, info);
         }
-        warn(QStringLiteral("ConvertToWav(%1): invalid sidecar %2: %3")
-                 .arg(path, sidecar.fileName(), error),
-             __LINE__);
+        message = QStringLiteral("ConvertToWav(%1): invalid sidecar %2: %3")
+                      .arg(path, sidecar.fileName(), error);
         return nullptr;
     }
     info = SF_INFO();
     SndfileHandle recognised = openFile(path, SFM_READ, info);
-    if (recognised || !QFileInfo(path).isFile()) {
-        return recognised;
+    if (!recognised && QFileInfo(path).isFile()) {
+        recognised = openRaw(path, RawPcmParameters(), info);
     }
-    return openRaw(path, RawPcmParameters(), info);
+    if (!recognised) {
+        message = QStringLiteral("ConvertToWav(%1): cannot read it: %2")
+                      .arg(path, QString::fromUtf8(sf_strerror(nullptr)));
+    }
+    return recognised;
 }
 
 enum class SampleType
@@ -204,11 +208,10 @@ bool AudioTransformer::ConvertToWav(QString const& inputPath, QString const& wav
                                     QDateTime const& startTime)
 {
     SF_INFO inputInfo;
-    SndfileHandle const input = openInput(inputPath, inputInfo);
+    QString message;
+    SndfileHandle const input = openInput(inputPath, inputInfo, message);
     if (!input) {
-        warn(QStringLiteral("ConvertToWav(%1): cannot read it: %2")
-                 .arg(inputPath, QString::fromUtf8(sf_strerror(nullptr))),
-             __LINE__);
+        warn(message, __LINE__);
         return false;
     }
     OutputFormat const format = outputFormatFor(inputInfo.format);
