@@ -37,6 +37,7 @@ QByteArray AudioSessionFile::toXml() const
     }
     writer.writeEndElement();
     writer.writeEndDocument();
+    text.append('\n');
     return text;
 }
 
