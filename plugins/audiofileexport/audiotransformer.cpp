@@ -170,6 +170,66 @@ bool copyFrames(SNDFILE* input, SNDFILE* output, SF_INFO const& info,
     }
 }
 
+// Bytes per sample of the formats that WAV stores as they are, little-endian; 0 otherwise.
+int storedBytesPerSample(int subtype)
+{
+    switch (subtype) {
+    case SF_FORMAT_PCM_U8:
+    case SF_FORMAT_ULAW:
+    case SF_FORMAT_ALAW:
+        return 1;
+    case SF_FORMAT_PCM_16:
+        return 2;
+    case SF_FORMAT_PCM_24:
+        return 3;
+    case SF_FORMAT_PCM_32:
+    case SF_FORMAT_FLOAT:
+        return 4;
+    case SF_FORMAT_DOUBLE:
+        return 8;
+    default:
+        return 0;
+    }
+}
+
+// Whether the input's sample bytes are already the output's: a little-endian container with
+// the very sample format the WAV gets. Then the samples are copied as bytes, unconverted.
+bool samplesStoredAlike(int inputFormat, int outputSubtype)
+{
+    int const container = inputFormat & SF_FORMAT_TYPEMASK;
+    bool const littleEndianContainer =
+        container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX || container == SF_FORMAT_W64 ||
+        container == SF_FORMAT_RF64 ||
+        (container == SF_FORMAT_RAW && (inputFormat & SF_FORMAT_ENDMASK) == SF_ENDIAN_LITTLE);
+    return littleEndianContainer && (inputFormat & SF_FORMAT_SUBMASK) == outputSubtype &&
+           storedBytesPerSample(outputSubtype) > 0;
+}
+
+bool copyBytes(SNDFILE* input, SNDFILE* output, SF_INFO const& info, int subtype,
+               Progress const& progress)
+{
+    sf_count_t const frameBytes = sf_count_t(info.channels) * storedBytesPerSample(subtype);
+    sf_count_t const framesPerChunk = std::max<sf_count_t>(1, 4 * ChunkSamples / info.channels);
+    std::vector<char> buffer(size_t(framesPerChunk * frameBytes));
+    qint64 const total = info.frames == SF_COUNT_MAX ? 0 : qint64(info.frames);
+    qint64 done = 0;
+    for (;;) {
+        // A cut-off last frame is dropped, as the sample-wise reads drop it.
+        sf_count_t const bytes = sf_read_raw(input, buffer.data(), sf_count_t(buffer.size()));
+        sf_count_t const whole = bytes - bytes % frameBytes;
+        if (whole <= 0) {
+            return true;
+        }
+        if (sf_write_raw(output, buffer.data(), whole) != whole) {
+            return false;
+        }
+        done += whole / frameBytes;
+        if (progress) {
+            progress(done, total);
+        }
+    }
+}
+
 bool copyAll(SampleType type, SNDFILE* input, SNDFILE* output, SF_INFO const& info,
              Progress const& progress)
 {
@@ -240,7 +300,11 @@ bool AudioTransformer::ConvertToWav(QString const& inputPath, QString const& wav
     if (sf_command(output.get(), SFC_SET_BROADCAST_INFO, &info, sizeof info) != SF_TRUE) {
         return fail(QStringLiteral("no room for the broadcast chunk"));
     }
-    if (!copyAll(format.sampleType, input.get(), output.get(), inputInfo, m_progress)) {
+    bool const copied =
+        samplesStoredAlike(inputInfo.format, format.subtype)
+            ? copyBytes(input.get(), output.get(), inputInfo, format.subtype, m_progress)
+            : copyAll(format.sampleType, input.get(), output.get(), inputInfo, m_progress);
+    if (!copied) {
         return fail(QString::fromUtf8(sf_strerror(output.get())));
     }
     int const closed = sf_close(output.release());

@@ -279,7 +279,7 @@ int runConversionJob(ConversionJob const& job)
     QElapsedTimer timer;
     timer.start();
     while (filesDone.load() < job.inputs.size()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
         // The audio converter releases its library on this thread when a worker is done.
         QCoreApplication::processEvents();
         if (timer.elapsed() >= 500) {
