@@ -32,8 +32,9 @@ QByteArray AudioSessionFile::toXml() const
         writer.writeAttribute(QStringLiteral("sampleRate"), QString::number(entry.sampleRate));
         writer.writeAttribute(QStringLiteral("channels"), QString::number(entry.channels));
         writer.writeAttribute(QStringLiteral("frames"), QString::number(entry.frames));
-        double const seconds = entry.sampleRate > 0 ? double(entry.frames) / entry.sampleRate : 0;
-        writer.writeAttribute(QStringLiteral("duration"), QString::number(seconds, 'f', 6));
+        // libsndfile opens no file with a sample rate of 0.
+        writer.writeAttribute(QStringLiteral("duration"),
+                              QString::number(double(entry.frames) / entry.sampleRate, 'f', 6));
     }
     writer.writeEndElement();
     writer.writeEndDocument();

@@ -92,6 +92,7 @@ struct OutputFormat
 {
     int subtype;
     SampleType sampleType;
+    int bytesPerSample; ///< as the WAV stores it
 };
 
 // Keeps the input's sample format where WAV has it, so a copy loses nothing.
@@ -100,22 +101,22 @@ OutputFormat outputFormatFor(int inputFormat)
     switch (inputFormat & SF_FORMAT_SUBMASK) {
     case SF_FORMAT_PCM_S8:
     case SF_FORMAT_PCM_U8:
-        return {SF_FORMAT_PCM_U8, SampleType::Short};
+        return {SF_FORMAT_PCM_U8, SampleType::Short, 1};
     case SF_FORMAT_PCM_16:
-        return {SF_FORMAT_PCM_16, SampleType::Short};
+        return {SF_FORMAT_PCM_16, SampleType::Short, 2};
     case SF_FORMAT_PCM_24:
-        return {SF_FORMAT_PCM_24, SampleType::Int};
+        return {SF_FORMAT_PCM_24, SampleType::Int, 3};
     case SF_FORMAT_PCM_32:
-        return {SF_FORMAT_PCM_32, SampleType::Int};
+        return {SF_FORMAT_PCM_32, SampleType::Int, 4};
     case SF_FORMAT_FLOAT:
-        return {SF_FORMAT_FLOAT, SampleType::Float};
+        return {SF_FORMAT_FLOAT, SampleType::Float, 4};
     case SF_FORMAT_DOUBLE:
-        return {SF_FORMAT_DOUBLE, SampleType::Double};
+        return {SF_FORMAT_DOUBLE, SampleType::Double, 8};
     case SF_FORMAT_ULAW:
     case SF_FORMAT_ALAW:
-        return {inputFormat & SF_FORMAT_SUBMASK, SampleType::Short};
+        return {inputFormat & SF_FORMAT_SUBMASK, SampleType::Short, 1};
     default: // compressed formats: decoded as float, stored as 16-bit PCM
-        return {SF_FORMAT_PCM_16, SampleType::Float};
+        return {SF_FORMAT_PCM_16, SampleType::Float, 2};
     }
 }
 
@@ -153,7 +154,7 @@ bool copyFrames(SNDFILE* input, SNDFILE* output, SF_INFO const& info,
 {
     sf_count_t const framesPerChunk = std::max<sf_count_t>(1, ChunkSamples / info.channels);
     std::vector<Sample> buffer(size_t(framesPerChunk * info.channels));
-    qint64 const total = info.frames == SF_COUNT_MAX ? 0 : qint64(info.frames);
+    qint64 const total = info.frames;
     qint64 done = 0;
     for (;;) {
         sf_count_t const frames = SampleIo<Sample>::read(input, buffer.data(), framesPerChunk);
@@ -170,48 +171,25 @@ bool copyFrames(SNDFILE* input, SNDFILE* output, SF_INFO const& info,
     }
 }
 
-// Bytes per sample of the formats that WAV stores as they are, little-endian; 0 otherwise.
-int storedBytesPerSample(int subtype)
-{
-    switch (subtype) {
-    case SF_FORMAT_PCM_U8:
-    case SF_FORMAT_ULAW:
-    case SF_FORMAT_ALAW:
-        return 1;
-    case SF_FORMAT_PCM_16:
-        return 2;
-    case SF_FORMAT_PCM_24:
-        return 3;
-    case SF_FORMAT_PCM_32:
-    case SF_FORMAT_FLOAT:
-        return 4;
-    case SF_FORMAT_DOUBLE:
-        return 8;
-    default:
-        return 0;
-    }
-}
-
 // Whether the input's sample bytes are already the output's: a little-endian container with
 // the very sample format the WAV gets. Then the samples are copied as bytes, unconverted.
-bool samplesStoredAlike(int inputFormat, int outputSubtype)
+bool samplesStoredAlike(int inputFormat, OutputFormat const& output)
 {
     int const container = inputFormat & SF_FORMAT_TYPEMASK;
     bool const littleEndianContainer =
         container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX || container == SF_FORMAT_W64 ||
         container == SF_FORMAT_RF64 ||
         (container == SF_FORMAT_RAW && (inputFormat & SF_FORMAT_ENDMASK) == SF_ENDIAN_LITTLE);
-    return littleEndianContainer && (inputFormat & SF_FORMAT_SUBMASK) == outputSubtype &&
-           storedBytesPerSample(outputSubtype) > 0;
+    return littleEndianContainer && (inputFormat & SF_FORMAT_SUBMASK) == output.subtype;
 }
 
-bool copyBytes(SNDFILE* input, SNDFILE* output, SF_INFO const& info, int subtype,
+bool copyBytes(SNDFILE* input, SNDFILE* output, SF_INFO const& info, OutputFormat const& format,
                Progress const& progress)
 {
-    sf_count_t const frameBytes = sf_count_t(info.channels) * storedBytesPerSample(subtype);
+    sf_count_t const frameBytes = sf_count_t(info.channels) * format.bytesPerSample;
     sf_count_t const framesPerChunk = std::max<sf_count_t>(1, 4 * ChunkSamples / info.channels);
     std::vector<char> buffer(size_t(framesPerChunk * frameBytes));
-    qint64 const total = info.frames == SF_COUNT_MAX ? 0 : qint64(info.frames);
+    qint64 const total = info.frames;
     qint64 done = 0;
     for (;;) {
         // A cut-off last frame is dropped, as the sample-wise reads drop it.
@@ -241,25 +219,9 @@ bool copyAll(SampleType type, SNDFILE* input, SNDFILE* output, SF_INFO const& in
     case SampleType::Float:
         return copyFrames<float>(input, output, info, progress);
     case SampleType::Double:
+    default:
         return copyFrames<double>(input, output, info, progress);
     }
-    return false;
-}
-
-QString codingHistory(SF_INFO const& info, int subtype)
-{
-    int const bits = subtype == SF_FORMAT_PCM_U8 ? 8
-                     : subtype == SF_FORMAT_PCM_24 ? 24
-                     : subtype == SF_FORMAT_PCM_32 || subtype == SF_FORMAT_FLOAT ? 32
-                     : subtype == SF_FORMAT_DOUBLE ? 64
-                                                  : 16;
-    QString const mode = info.channels == 1   ? QStringLiteral(",M=mono")
-                         : info.channels == 2 ? QStringLiteral(",M=stereo")
-                                              : QString();
-    return QStringLiteral("A=PCM,F=%1,W=%2%3,T=ZelkoDataStreamConverter AudioFileExport\r\n")
-        .arg(info.samplerate)
-        .arg(bits)
-        .arg(mode);
 }
 
 } // namespace
@@ -295,14 +257,13 @@ bool AudioTransformer::ConvertToWav(QString const& inputPath, QString const& wav
     sf_command(output.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
     SF_BROADCAST_INFO info = BroadcastWave::makeInfo(
         startTime, inputInfo.samplerate,
-        QStringLiteral("Converted from %1").arg(QFileInfo(inputPath).fileName()),
-        codingHistory(inputInfo, format.subtype));
+        QStringLiteral("Converted from %1").arg(QFileInfo(inputPath).fileName()));
     if (sf_command(output.get(), SFC_SET_BROADCAST_INFO, &info, sizeof info) != SF_TRUE) {
         return fail(QStringLiteral("no room for the broadcast chunk"));
     }
     bool const copied =
-        samplesStoredAlike(inputInfo.format, format.subtype)
-            ? copyBytes(input.get(), output.get(), inputInfo, format.subtype, m_progress)
+        samplesStoredAlike(inputInfo.format, format)
+            ? copyBytes(input.get(), output.get(), inputInfo, format, m_progress)
             : copyAll(format.sampleType, input.get(), output.get(), inputInfo, m_progress);
     if (!copied) {
         return fail(QString::fromUtf8(sf_strerror(output.get())));

@@ -24,8 +24,7 @@ QString textOf(char const (&field)[Size])
 } // namespace
 
 SF_BROADCAST_INFO BroadcastWave::makeInfo(QDateTime const& startTime, int sampleRate,
-                                          QString const& description,
-                                          QString const& codingHistory)
+                                          QString const& description)
 {
     SF_BROADCAST_INFO info;
     std::memset(&info, 0, sizeof info);
@@ -39,10 +38,6 @@ SF_BROADCAST_INFO BroadcastWave::makeInfo(QDateTime const& startTime, int sample
     quint64 const samples = quint64(utc.time().msecsSinceStartOfDay()) * quint64(sampleRate) / 1000u;
     info.time_reference_low = quint32(samples & 0xffffffffu);
     info.time_reference_high = quint32(samples >> 32);
-    info.version = 1;
-    QByteArray const history = codingHistory.toLatin1().left(int(sizeof info.coding_history));
-    std::memcpy(info.coding_history, history.constData(), size_t(history.size()));
-    info.coding_history_size = quint32(history.size());
     return info;
 }
 

@@ -112,6 +112,9 @@ TEST_F(AudioConversion, WavBecomesBroadcastWaveWithBothRecordsAndValidSession)
     REPORTKIT::Results const results = convert(converter, input("rec.wav"));
 
     ASSERT_EQ(results.GetBinary().size(), 2u);
+    EXPECT_FALSE(results.GetValidate());
+    EXPECT_FALSE(results.GetBinary()[0].GetValidate());
+    EXPECT_FALSE(results.GetBinary()[1].GetValidate());
     auto const& audio = results.GetBinary()[0];
     EXPECT_EQ(audio.GetType(), QStringLiteral("AudioData"));
     EXPECT_EQ(audio.GetURL(), output("rec.wav"));
@@ -139,6 +142,7 @@ TEST_F(AudioConversion, WavBecomesBroadcastWaveWithBothRecordsAndValidSession)
     // (2 h 40 min 0.123 s) at 8000 Hz
     EXPECT_EQ(wav.bext.time_reference_low, 9600123u * 8u);
     EXPECT_EQ(wav.bext.time_reference_high, 0u);
+    EXPECT_EQ(QByteArray(wav.bext.originator), QByteArray("ZelkoDataStreamConverter"));
 
     EXPECT_EQ(zelkotest::validateXmlFile(session.GetURL(), QStringLiteral("audiosession.xsd")),
               QString());
@@ -172,7 +176,10 @@ TEST_P(InputFormats, SamplesSurviveInTheWidestWavFormat)
     std::vector<int> const samples = ramp(3000);
     ASSERT_TRUE(writeAudio(input(row.fileName), row.inputFormat, 48000, 1, samples));
     AudioDataConverter converter;
+    qint64 lastDone = 0;
+    converter.setProgressCallback([&lastDone](qint64 done, qint64) { lastDone = done; });
     ASSERT_EQ(convert(converter, input(row.fileName)).GetBinary().size(), 2u);
+    EXPECT_EQ(lastDone, QFileInfo(input(row.fileName)).size());
     Audio const wav = readAudio(output("in.wav"));
     EXPECT_EQ(wav.format, SF_FORMAT_WAV | row.expectedWavSubtype);
     EXPECT_EQ(wav.samples, samples);
@@ -180,11 +187,13 @@ TEST_P(InputFormats, SamplesSurviveInTheWidestWavFormat)
 
 INSTANTIATE_TEST_SUITE_P(
     Audio, InputFormats,
-    ::testing::Values(FormatRow{"Flac16", "in.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, SF_FORMAT_PCM_16},
-                      FormatRow{"Flac24", "in.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, SF_FORMAT_PCM_24},
-                      FormatRow{"Aiff32", "in.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_32, SF_FORMAT_PCM_32},
-                      FormatRow{"WavFloat", "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, SF_FORMAT_FLOAT},
-                      FormatRow{"Au8", "in.au", SF_FORMAT_AU | SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8}),
+    ::testing::Values(
+        FormatRow{"Flac16", "in.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, SF_FORMAT_PCM_16},
+        FormatRow{"Flac24", "in.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, SF_FORMAT_PCM_24},
+        FormatRow{"Aiff32", "in.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_32, SF_FORMAT_PCM_32},
+        FormatRow{"WavFloat", "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, SF_FORMAT_FLOAT},
+        FormatRow{"AuDouble", "in.au", SF_FORMAT_AU | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
+        FormatRow{"Au8", "in.au", SF_FORMAT_AU | SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8}),
     [](auto const& info) { return std::string(info.param.name); });
 
 TEST_F(AudioConversion, OggVorbisIsDecodedTo16BitPcm)
@@ -262,11 +271,11 @@ TEST_F(AudioConversion, RawPcmFollowsItsSidecarAndDefaults)
 
 TEST_F(AudioConversion, UnusableInputOrOutputReportsNothingAndLeavesNoFile)
 {
+    QFile(input("bad.raw")).open(QIODevice::WriteOnly);
     QFile sidecar(input("bad.raw.params"));
     ASSERT_TRUE(sidecar.open(QIODevice::WriteOnly));
     sidecar.write("channels=65\n");
     sidecar.close();
-    QFile(input("bad.raw")).open(QIODevice::WriteOnly);
     std::vector<int> const samples = ramp(10);
     ASSERT_TRUE(writeAudio(input("ok.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, samples));
 
@@ -284,6 +293,20 @@ TEST_F(AudioConversion, UnusableInputOrOutputReportsNothingAndLeavesNoFile)
     EXPECT_TRUE(trace.messages()[1].startsWith(
         QStringLiteral("ConvertToWav(%1): invalid sidecar %1.params: line 1:").arg(input("bad.raw"))))
         << trace.messages()[1].toStdString();
+}
+
+TEST_F(AudioConversion, AnUnwritableSessionFileLeavesOnlyTheAudioRecord)
+{
+    ASSERT_TRUE(writeAudio(input("rec.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, ramp(8)));
+    ASSERT_TRUE(QDir(m_out.path()).mkdir(QStringLiteral("rec.session.xml")));
+    AudioDataConverter converter;
+    zelkotest::TraceCapture trace;
+    REPORTKIT::Results const results = convert(converter, input("rec.wav"));
+    ASSERT_EQ(results.GetBinary().size(), 1u);
+    EXPECT_EQ(results.GetBinary()[0].GetType(), QStringLiteral("AudioData"));
+    ASSERT_EQ(trace.lines().size(), 1u);
+    EXPECT_TRUE(trace.messages()[0].startsWith(
+        QStringLiteral("WriteSession: cannot write %1: ").arg(output("rec.session.xml"))));
 }
 
 struct FailureRow
@@ -335,7 +358,12 @@ TEST_P(LoadFailures, AreToldOnceAndEveryConversionIsEmpty)
         AudioDataConverter converter(GetParam().library);
         EXPECT_FALSE(converter.isLoaded());
         EXPECT_EQ(CfgCenter::LiveInstanceCount(), liveBefore);
-        trace.clear(); // the loader's own reason
+        ASSERT_FALSE(trace.lines().empty());
+        EXPECT_EQ(trace.lines().back().message,
+                  QStringLiteral("AudioDataConverter: Cannot load AudioFileExport.DLL"));
+        EXPECT_EQ(trace.lines().back().sourceFile,
+                  QStringLiteral("massdatamanagement/zelkodatastreamconverter/audiodataconverter"));
+        trace.clear();
         QFile(input("rec.raw")).open(QIODevice::WriteOnly);
         EXPECT_TRUE(convert(converter, input("rec.raw")).GetBinary().empty());
         EXPECT_TRUE(trace.lines().empty());
@@ -351,25 +379,13 @@ INSTANTIATE_TEST_SUITE_P(
                                      QStringLiteral(ZELKO_COUNTER_PLUGIN)}),
     [](auto const& info) { return std::string(info.param.name); });
 
-TEST(AudioLoadTrace, MissingLibraryIsTracedAtTheWarningBit)
-{
-    zelkotest::TraceCapture trace(0x20);
-    testing::internal::CaptureStdout();
-    AudioDataConverter const converter(QStringLiteral("NoSuchAudioExport.DLL"));
-    testing::internal::GetCapturedStdout();
-    ASSERT_FALSE(trace.lines().empty());
-    auto const& line = trace.lines().back();
-    EXPECT_EQ(line.message, QStringLiteral("AudioDataConverter: Cannot load AudioFileExport.DLL"));
-    EXPECT_EQ(line.sourceFile,
-              QStringLiteral("massdatamanagement/zelkodatastreamconverter/audiodataconverter"));
-}
-
 TEST(AudioRelease, TheLibraryIsReleasedWithTheConverter)
 {
     int const liveBefore = CfgCenter::LiveInstanceCount();
     {
-        AudioDataConverter const converter;
-        EXPECT_EQ(CfgCenter::LiveInstanceCount(), liveBefore + 1);
+        AudioDataConverter const first;
+        AudioDataConverter const second; // each converter has its own object
+        EXPECT_EQ(CfgCenter::LiveInstanceCount(), liveBefore + 2);
     }
     EXPECT_EQ(CfgCenter::LiveInstanceCount(), liveBefore);
 }
