@@ -44,7 +44,7 @@ SF_BROADCAST_INFO BroadcastWave::makeInfo(QDateTime const& startTime, int sample
 QDateTime BroadcastWave::startTime(SF_BROADCAST_INFO const& info, int sampleRate)
 {
     QDate const date = QDate::fromString(textOf(info.origination_date), QStringLiteral("yyyy-MM-dd"));
-    if (!date.isValid() || sampleRate <= 0) {
+    if (!date.isValid()) {
         return QDateTime();
     }
     quint64 const samples = (quint64(info.time_reference_high) << 32) | info.time_reference_low;

@@ -18,8 +18,8 @@ public:
     static SF_BROADCAST_INFO makeInfo(QDateTime const& startTime, int sampleRate,
                                       QString const& description);
 
-    /// The start time the chunk carries; invalid when its date or time does not parse or the
-    /// sample rate is not positive.
+    /// The start time the chunk carries; invalid when its date does not parse. sampleRate is
+    /// positive (libsndfile opens no file without one).
     static QDateTime startTime(SF_BROADCAST_INFO const& info, int sampleRate);
 };
 

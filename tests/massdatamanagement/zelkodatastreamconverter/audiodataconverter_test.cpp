@@ -192,6 +192,8 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"Flac24", "in.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, SF_FORMAT_PCM_24},
         FormatRow{"Aiff32", "in.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_32, SF_FORMAT_PCM_32},
         FormatRow{"WavFloat", "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, SF_FORMAT_FLOAT},
+        FormatRow{"Wav32", "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_32, SF_FORMAT_PCM_32},
+        FormatRow{"WavDouble", "in.wav", SF_FORMAT_WAV | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"AuDouble", "in.au", SF_FORMAT_AU | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"Au8", "in.au", SF_FORMAT_AU | SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8}),
     [](auto const& info) { return std::string(info.param.name); });
@@ -271,11 +273,17 @@ TEST_F(AudioConversion, RawPcmFollowsItsSidecarAndDefaults)
 
 TEST_F(AudioConversion, UnusableInputOrOutputReportsNothingAndLeavesNoFile)
 {
-    QFile(input("bad.raw")).open(QIODevice::WriteOnly);
+    for (char const* name : {"bad.raw", "big.raw"}) {
+        QFile(input(name)).open(QIODevice::WriteOnly);
+    }
     QFile sidecar(input("bad.raw.params"));
     ASSERT_TRUE(sidecar.open(QIODevice::WriteOnly));
     sidecar.write("channels=65\n");
     sidecar.close();
+    QFile bigSidecar(input("big.raw.params"));
+    ASSERT_TRUE(bigSidecar.open(QIODevice::WriteOnly));
+    bigSidecar.write("#" + QByteArray(64 * 1024, ' '));
+    bigSidecar.close();
     std::vector<int> const samples = ramp(10);
     ASSERT_TRUE(writeAudio(input("ok.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, samples));
 
@@ -283,13 +291,14 @@ TEST_F(AudioConversion, UnusableInputOrOutputReportsNothingAndLeavesNoFile)
     zelkotest::TraceCapture trace;
     EXPECT_TRUE(convert(converter, input("missing.wav")).GetBinary().empty());
     EXPECT_TRUE(convert(converter, input("bad.raw")).GetBinary().empty());
+    EXPECT_TRUE(convert(converter, input("big.raw")).GetBinary().empty());
     EXPECT_TRUE(converter
                     .convertFile(input("ok.wav"), m_out.filePath("no/such/dir"),
                                  settingsAt(0), StartMicroseconds)
                     .GetBinary()
                     .empty());
     EXPECT_EQ(QDir(m_out.path()).entryList(QDir::Files), QStringList());
-    ASSERT_EQ(trace.lines().size(), 3u) << trace.messages().join(QLatin1Char('\n')).toStdString();
+    ASSERT_EQ(trace.lines().size(), 4u) << trace.messages().join(QLatin1Char('\n')).toStdString();
     EXPECT_TRUE(trace.messages()[1].startsWith(
         QStringLiteral("ConvertToWav(%1): invalid sidecar %1.params: line 1:").arg(input("bad.raw"))))
         << trace.messages()[1].toStdString();
@@ -309,6 +318,26 @@ TEST_F(AudioConversion, AnUnwritableSessionFileLeavesOnlyTheAudioRecord)
         QStringLiteral("WriteSession: cannot write %1: ").arg(output("rec.session.xml"))));
 }
 
+// Both copy paths: WAV samples copied as bytes, FLAC samples decoded and encoded.
+TEST_F(AudioConversion, AFullDiskLeavesNoWav)
+{
+    if (!QFileInfo::exists(QStringLiteral("/dev/full"))) {
+        GTEST_SKIP() << "no /dev/full";
+    }
+    AudioDataConverter converter;
+    zelkotest::TraceCapture trace;
+    for (char const* name : {"rec.wav", "rec.flac"}) {
+        ASSERT_TRUE(writeAudio(input(name),
+                               (QByteArray(name).endsWith("wav") ? SF_FORMAT_WAV : SF_FORMAT_FLAC) |
+                                   SF_FORMAT_PCM_16,
+                               8000, 1, ramp(40000)));
+        ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), output("rec.wav.part")));
+        EXPECT_TRUE(convert(converter, input(name)).GetBinary().empty()) << name;
+        EXPECT_EQ(QDir(m_out.path()).entryList(QDir::Files | QDir::System), QStringList()) << name;
+    }
+    EXPECT_EQ(trace.lines().size(), 2u);
+}
+
 struct FailureRow
 {
     char const* name;
@@ -322,13 +351,21 @@ class FailingLibrary_ : public AudioConversion, public ::testing::WithParamInter
 
 TEST_P(FailingLibrary_, FailedStepsLeaveOutTheirRecords)
 {
+    QFile file(input(GetParam().input));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("0123456789");
+    file.close();
     AudioDataConverter converter(FailingLibrary);
     ASSERT_TRUE(converter.isLoaded());
+    std::vector<qint64> progress;
+    converter.setProgressCallback([&progress](qint64 done, qint64) { progress.push_back(done); });
     QStringList types;
-    for (auto const& record : convert(converter, input(GetParam().input)).GetBinary()) {
+    for (auto const& record : convert(converter, file.fileName()).GetBinary()) {
         types << record.GetType();
     }
     EXPECT_EQ(types, GetParam().expectedTypes);
+    // An unknown length tells nothing; one frame of one is the whole input.
+    EXPECT_EQ(progress, std::vector<qint64>{10});
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,6 +1,7 @@
 // An audio export library for the converter's failure rules: the conversion fails for an
 // input whose path contains "fail-convert", the session for a WAV whose path contains
-// "fail-session"; otherwise both succeed, writing empty files.
+// "fail-session"; otherwise both succeed, writing empty files. The conversion reports the
+// progress of an input of unknown length, then of one frame out of one.
 
 #include <QFile>
 #include <massdatamanagement/zelkodatastreamconverter/iaudiotransformer.h>
@@ -13,6 +14,10 @@ public:
     QString GetInstanceName() const override { return QStringLiteral("FailingTransformer"); }
     bool ConvertToWav(QString const& inputPath, QString const& wavPath, QDateTime const&) override
     {
+        if (m_progress) {
+            m_progress(0, 0);
+            m_progress(1, 1);
+        }
         return !inputPath.contains(QLatin1String("fail-convert")) && touch(wavPath);
     }
     bool WriteSession(QStringList const& wavPaths, QString& sessionPath) override
@@ -23,9 +28,11 @@ public:
         sessionPath = wavPaths.first() + QStringLiteral(".session");
         return touch(sessionPath);
     }
-    void SetProgress(Progress) override {}
+    void SetProgress(Progress progress) override { m_progress = std::move(progress); }
 
 private:
+    Progress m_progress;
+
     static bool touch(QString const& path)
     {
         QFile file(path);
