@@ -67,6 +67,12 @@ Audio readAudio(QString const& path)
     return audio;
 }
 
+bool writeFile(QString const& path, QByteArray const& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
 // A ramp in 8-bit steps, so that every format from 8-bit PCM up keeps it exactly.
 std::vector<int> ramp(int count)
 {
@@ -149,13 +155,11 @@ TEST_F(AudioConversion, WavBecomesBroadcastWaveWithBothRecordsAndValidSession)
     QFile sessionFile(session.GetURL());
     ASSERT_TRUE(sessionFile.open(QIODevice::ReadOnly));
     QByteArray const text = sessionFile.readAll();
-    for (QByteArray const& attribute :
-         {QByteArray("path=\"") + output("rec.wav").toUtf8() + '"',
-          QByteArray("startTime=\"") + StartText.toUtf8() + '"', QByteArray("sampleRate=\"8000\""),
-          QByteArray("channels=\"2\""), QByteArray("frames=\"800\""),
-          QByteArray("duration=\"0.100000\"")}) {
-        EXPECT_TRUE(text.contains(attribute)) << attribute.constData() << "\n" << text.constData();
-    }
+    EXPECT_TRUE(text.contains(QStringLiteral("<WavFile path=\"%1\" startTime=\"%2\" sampleRate=\"8000\" "
+                                             "channels=\"2\" frames=\"800\" duration=\"0.100000\"/>")
+                                  .arg(output("rec.wav"), StartText)
+                                  .toUtf8()))
+        << text.constData();
 }
 
 struct FormatRow
@@ -227,10 +231,7 @@ TEST_P(OutputPaths, OnlyTheLastExtensionIsCut)
 {
     QString const path = input(QString::fromUtf8(GetParam().input));
     QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(400, '\1'));
-    file.close();
+    ASSERT_TRUE(writeFile(path, QByteArray(400, '\1')));
     AudioDataConverter converter;
     REPORTKIT::Results const results = convert(converter, path);
     ASSERT_FALSE(results.GetBinary().empty());
@@ -250,15 +251,8 @@ TEST_F(AudioConversion, RawPcmFollowsItsSidecarAndDefaults)
 {
     // Two big-endian frames of two channels: (1, -2), (256, 32767).
     QByteArray const pcm = QByteArray::fromHex("0001fffe01007fff");
-    for (QString const& name : {QStringLiteral("side.raw"), QStringLiteral("plain.raw")}) {
-        QFile file(input(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(pcm);
-    }
-    QFile sidecar(input("side.raw.params"));
-    ASSERT_TRUE(sidecar.open(QIODevice::WriteOnly));
-    sidecar.write("# test\nsamplerate = 16000\nchannels=2\nbyteorder=BIG\n");
-    sidecar.close();
+    ASSERT_TRUE(writeFile(input("side.raw"), pcm) && writeFile(input("plain.raw"), pcm));
+    ASSERT_TRUE(writeFile(input("side.raw.params"), "samplerate=16000\nchannels=2\nbyteorder=big"));
     AudioDataConverter converter;
     convert(converter, input("side.raw"));
     convert(converter, input("plain.raw"));
@@ -276,17 +270,9 @@ TEST_F(AudioConversion, RawPcmFollowsItsSidecarAndDefaults)
 
 TEST_F(AudioConversion, UnusableInputOrOutputReportsNothingAndLeavesNoFile)
 {
-    for (char const* name : {"bad.raw", "big.raw"}) {
-        QFile(input(name)).open(QIODevice::WriteOnly);
-    }
-    QFile sidecar(input("bad.raw.params"));
-    ASSERT_TRUE(sidecar.open(QIODevice::WriteOnly));
-    sidecar.write("channels=65\n");
-    sidecar.close();
-    QFile bigSidecar(input("big.raw.params"));
-    ASSERT_TRUE(bigSidecar.open(QIODevice::WriteOnly));
-    bigSidecar.write("#" + QByteArray(64 * 1024, ' '));
-    bigSidecar.close();
+    ASSERT_TRUE(writeFile(input("bad.raw"), {}) && writeFile(input("bad.raw.params"), "channels=65"));
+    ASSERT_TRUE(writeFile(input("big.raw"), {}) &&
+                writeFile(input("big.raw.params"), "#" + QByteArray(64 * 1024, ' ')));
     std::vector<int> const samples = ramp(10);
     ASSERT_TRUE(writeAudio(input("ok.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, samples));
 
@@ -354,15 +340,12 @@ class FailingLibrary_ : public AudioConversion, public ::testing::WithParamInter
 
 TEST_P(FailingLibrary_, FailedStepsLeaveOutTheirRecords)
 {
-    QFile file(input(GetParam().input));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("0123456789");
-    file.close();
+    ASSERT_TRUE(writeFile(input(GetParam().input), "0123456789"));
     AudioDataConverter converter(FailingLibrary);
     ASSERT_TRUE(converter.isLoaded());
     std::vector<qint64> progress;
     converter.setProgressCallback([&progress](qint64 done, qint64) { progress.push_back(done); });
-    REPORTKIT::Results const results = convert(converter, file.fileName());
+    REPORTKIT::Results const results = convert(converter, input(GetParam().input));
     QStringList types;
     for (auto const& record : results.GetBinary()) {
         types << record.GetType();
@@ -405,7 +388,7 @@ TEST_P(LoadFailures, AreToldOnceAndEveryConversionIsEmpty)
         EXPECT_EQ(trace.lines().back().sourceFile,
                   QStringLiteral("massdatamanagement/zelkodatastreamconverter/audiodataconverter"));
         trace.clear();
-        QFile(input("rec.raw")).open(QIODevice::WriteOnly);
+        ASSERT_TRUE(writeFile(input("rec.raw"), {}));
         EXPECT_TRUE(convert(converter, input("rec.raw")).GetBinary().empty());
         EXPECT_TRUE(trace.lines().empty());
     }
