@@ -39,3 +39,13 @@ done
 echo
 echo "== Frequency hoppers: hop-frequency set and channel grid of radio 7, with a plot"
 "$zelko" bursts data/samples/hoppers.zdr --radio 7 --plot "$out/radio7.png" | sed -n '1,40p'
+echo
+echo "== Audio: the FLAC sample becomes a Broadcast Wave file and a session file"
+"$zelko" convert --trace 0 --quiet -o "$out/audio" --start 2024-01-31T23:59:58.001Z \
+    data/samples/audio-tone-bursts.flac
+echo "-- $out/audio/audio-tone-bursts.session.xml"
+cat "$out/audio/audio-tone-bursts.session.xml"
+echo
+if command -v xmllint >/dev/null; then
+    xmllint --noout --schema schemas/audiosession.xsd "$out/audio/audio-tone-bursts.session.xml"
+fi

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
@@ -131,6 +132,36 @@ TEST_F(ZelkoConvert, ParallelInputsGetDistinctFilesAndOneRowEach)
     EXPECT_EQ(resultFiles().size(), 6);
 }
 
+TEST_F(ZelkoConvert, AudioByExtensionOrContentBecomesBroadcastWaveAndSession)
+{
+    // The same FLAC under a name that tells nothing: its signature picks the audio kind.
+    QString const unnamed = m_dir.filePath(QStringLiteral("unnamed.bin"));
+    ASSERT_TRUE(QFile::copy(sample("audio-tone-bursts.flac"), unnamed));
+    ToolRun const result = run({QStringLiteral("-o"), output(), QStringLiteral("--xml"),
+                                QStringLiteral("-j"), QStringLiteral("2"),
+                                QStringLiteral("--frequency"), QStringLiteral("7000000"),
+                                QStringLiteral("--start"), QStringLiteral("2024-01-31T23:59:58.001"),
+                                sample("audio-tone-bursts.flac"), unnamed});
+    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+    REPORTKIT::Results results;
+    ASSERT_TRUE(results.SetXmlString(result.out, 0)) << result.out.toStdString();
+    QStringList rows;
+    for (auto const& record : results.GetBinary()) {
+        rows << QStringLiteral("%1 %2 %3 %4")
+                    .arg(record.GetType(), QFileInfo(record.GetURL()).fileName(),
+                         record.GetMetadata().GetStartTime().toString(Qt::ISODateWithMs))
+                    .arg(record.GetMetadata().GetDetail().GetFrequency().GetValue(), 0, 'f', 0);
+    }
+    EXPECT_EQ(rows.join(QLatin1Char('\n')).toStdString(),
+              "AudioData audio-tone-bursts.wav 2024-01-31T23:59:58.001Z 7000000\n"
+              "AudioSession audio-tone-bursts.session.xml 2024-01-31T23:59:58.001Z 0\n"
+              "AudioData unnamed.wav 2024-01-31T23:59:58.001Z 7000000\n"
+              "AudioSession unnamed.session.xml 2024-01-31T23:59:58.001Z 0");
+    EXPECT_EQ(zelkotest::validateXmlFile(QDir(output()).filePath(QStringLiteral("unnamed.session.xml")),
+                                         QStringLiteral("audiosession.xsd")),
+              QString());
+}
+
 struct BadCall
 {
     char const* name;
@@ -170,6 +201,11 @@ INSTANTIATE_TEST_SUITE_P(
                  QStringLiteral("0"), sample("navtex-ccir476.zdr")},
                 2,
                 "-j needs a number of 1 or more"},
+        BadCall{"bad_start",
+                {QStringLiteral("-o"), QStringLiteral("OUT"), QStringLiteral("--start"),
+                 QStringLiteral("yesterday"), sample("audio-tone-bursts.flac")},
+                2,
+                "--start needs a time such as 2024-01-31T23:59:58Z"},
         BadCall{"bad_mode",
                 {QStringLiteral("-o"), QStringLiteral("OUT"), QStringLiteral("--mode"),
                  QStringLiteral("SSB"), sample("navtex-ccir476.zdr")},

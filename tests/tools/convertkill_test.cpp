@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -42,6 +43,9 @@ QProcess* startConversion(QString const& recording, QString const& output, QObje
     auto* process = new QProcess(parent);
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("ZELKO_TRACE_MASK"), QStringLiteral("0"));
+    // A lock file of their own: hundreds of killed conversions must not keep the tests that
+    // run beside them waiting for the system-wide one.
+    env.insert(QStringLiteral("TMPDIR"), QFileInfo(output).absolutePath());
     process->setProcessEnvironment(env);
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process->start(QStringLiteral(ZELKO_TOOL),

@@ -1,5 +1,6 @@
 #include "conversionjob.h"
 
+#include "audiodetection.h"
 #include "datadirectory.h"
 #include "decoderchoice.h"
 #include "frametypenames.h"
@@ -17,6 +18,7 @@
 #include <diagnostics/errorhandler.h>
 #include <functional>
 #include <map>
+#include <massdatamanagement/zelkodatastreamconverter/audiodataconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <memory>
@@ -47,6 +49,12 @@ std::map<QString, ConverterFactory> const& converterFactories()
         {QStringLiteral("text"),
          [](std::function<void(qint64, qint64)> progress) {
              auto converter = std::make_unique<zelkodatastreamconverter::DecodedTextConverter>();
+             converter->setProgressCallback(std::move(progress));
+             return std::unique_ptr<IDataStreamConverter>(std::move(converter));
+         }},
+        {QStringLiteral("audio"),
+         [](std::function<void(qint64, qint64)> progress) {
+             auto converter = std::make_unique<zelkodatastreamconverter::AudioDataConverter>();
              converter->setProgressCallback(std::move(progress));
              return std::unique_ptr<IDataStreamConverter>(std::move(converter));
          }},
@@ -230,6 +238,15 @@ void printTable(QTextStream& out, REPORTKIT::Results const& results)
     printRows(out, results.GetPicture(), QStringLiteral("Picture"));
 }
 
+// The recording's start: --start, else the file's modification time.
+unsigned long long startTimeOf(ConversionJob const& job, QString const& input)
+{
+    QDateTime const start =
+        job.startTime.isValid() ? job.startTime : QFileInfo(input).lastModified();
+    return start.isValid() ? (unsigned long long)(qMax<qint64>(0, start.toMSecsSinceEpoch())) * 1000ULL
+                           : 0ULL;
+}
+
 } // namespace
 
 int runConversionJob(ConversionJob const& job)
@@ -249,6 +266,8 @@ int runConversionJob(ConversionJob const& job)
         if (!info.isFile() || !info.isReadable()) {
             outcome.error =
                 info.exists() ? QStringLiteral("cannot read it") : QStringLiteral("no such file");
+        } else if (outcome.kind.isEmpty() && looksLikeAudio(outcome.input)) {
+            outcome.kind = QStringLiteral("audio");
         } else if (outcome.kind.isEmpty()) {
             outcome.kind = detectKind(outcome.input, outcome.error);
         }
@@ -283,8 +302,9 @@ int runConversionJob(ConversionJob const& job)
                         bytesDone += done - reported;
                         reported = done;
                     });
-                outcome.results = converter->convertFile(outcome.absolutePath,
-                                                         job.outputDirectory, settings, 0);
+                outcome.results =
+                    converter->convertFile(outcome.absolutePath, job.outputDirectory, settings,
+                                           startTimeOf(job, outcome.absolutePath));
             }
             ++filesDone;
         }
@@ -300,7 +320,9 @@ int runConversionJob(ConversionJob const& job)
     QElapsedTimer timer;
     timer.start();
     while (filesDone.load() < job.inputs.size()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        // The audio converter releases its library on this thread when a worker is done.
+        QCoreApplication::processEvents();
         if (timer.elapsed() >= 500) {
             progress.print(filesDone.load(), bytesDone.load(), false);
             timer.restart();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <jobspec/settings.h>
@@ -13,6 +14,7 @@ struct ConversionJob
     QString outputDirectory;
     QString kind; ///< empty: detected from each input's first frame
     JobSpec::Settings settings;
+    QDateTime startTime; ///< invalid: each input's modification time (used by audio only)
     QString alphabetsDirectory; ///< empty: the configured or the shipped alphabets
     QString dataDirectory;      ///< working directory of the conversions; empty: unchanged
     int jobs = 1;

@@ -84,7 +84,9 @@ int runConvert(QStringList const& arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Converts recordings into result documents in DIR and lists the files produced.\n"
-        "The kind of recording is taken from the first frame's type unless --kind is given.\n"
+        "The kind of recording is taken from the first frame's type unless --kind is given;\n"
+        "audio files (WAV, FLAC, AIFF, Ogg, raw 16-bit PCM, ...) become Broadcast Wave files\n"
+        "with a session file.\n"
         "Job settings come from --settings FILE (see data/jobsettings-example.xml), and the\n"
         "single options below override what the file says. Several inputs are converted\n"
         "in parallel with -j N, one converter per thread.\n"
@@ -100,6 +102,10 @@ int runConvert(QStringList const& arguments)
          QStringLiteral("DIR")},
         {QStringLiteral("kind"), QStringLiteral("text, ts, audio, symbol or image"),
          QStringLiteral("KIND")},
+        {QStringLiteral("start"),
+         QStringLiteral("audio: the recording's start, UTC, e.g. 2024-01-31T23:59:58.001Z "
+                        "(default: the file's modification time)"),
+         QStringLiteral("TIME")},
         {QStringLiteral("settings"), QStringLiteral("job settings XML file"),
          QStringLiteral("FILE")},
         {QStringLiteral("frequency"), QStringLiteral("receive frequency in Hz"),
@@ -152,6 +158,16 @@ int runConvert(QStringList const& arguments)
         if (!kinds.contains(job.kind)) {
             return usageError(QStringLiteral("unknown kind '%1'").arg(job.kind));
         }
+    }
+    if (parser.isSet(QStringLiteral("start"))) {
+        job.startTime = QDateTime::fromString(parser.value(QStringLiteral("start")), Qt::ISODateWithMs);
+        if (!job.startTime.isValid()) {
+            return usageError(QStringLiteral("--start needs a time such as 2024-01-31T23:59:58Z"));
+        }
+        if (job.startTime.timeSpec() == Qt::LocalTime) {
+            job.startTime.setTimeSpec(Qt::UTC); // a time without an offset is UTC
+        }
+        job.startTime = job.startTime.toUTC();
     }
     if (parser.isSet(QStringLiteral("trace"))) {
         unsigned mask = 0;
