@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
@@ -12,15 +11,11 @@
 #include <recordingwriter/recordingwriter.h>
 #include <reportkit/results.h>
 #include <support/schemavalidator.h>
+#include <support/toolrun.h>
 
 namespace {
 
-struct ToolRun
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using zelkotest::ToolRun;
 
 QString sample(char const* name)
 {
@@ -32,23 +27,13 @@ class ZelkoConvert : public testing::Test
 protected:
     ToolRun run(QStringList const& arguments)
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.remove(QStringLiteral("ZELKO_TRACE_MASK"));
-        env.insert(QStringLiteral("ZELKO_CONFIG"), m_dir.filePath(QStringLiteral("none.ini")));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(ZELKO_TOOL),
-                      QStringList{QStringLiteral("convert"), QStringLiteral("--quiet")} +
-                          arguments);
-        ToolRun result;
-        if (!process.waitForFinished(120000)) {
-            process.kill();
-            return result;
-        }
-        result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-        result.out = QString::fromUtf8(process.readAllStandardOutput());
-        result.err = QString::fromUtf8(process.readAllStandardError());
-        return result;
+        zelkotest::ToolSetup setup;
+        setup.environment = {
+            {QStringLiteral("ZELKO_TRACE_MASK"), QString()},
+            {QStringLiteral("ZELKO_CONFIG"), m_dir.filePath(QStringLiteral("none.ini"))}};
+        return zelkotest::runTool(
+            QStringLiteral(ZELKO_TOOL),
+            QStringList{QStringLiteral("convert"), QStringLiteral("--quiet")} + arguments, setup);
     }
 
     QString output() const { return m_dir.filePath(QStringLiteral("out")); }
@@ -137,11 +122,11 @@ TEST_F(ZelkoConvert, AudioByExtensionOrContentBecomesBroadcastWaveAndSession)
     // The same FLAC under a name that tells nothing: its signature picks the audio kind.
     QString const unnamed = m_dir.filePath(QStringLiteral("unnamed.bin"));
     ASSERT_TRUE(QFile::copy(sample("audio-tone-bursts.flac"), unnamed));
-    ToolRun const result = run({QStringLiteral("-o"), output(), QStringLiteral("--xml"),
-                                QStringLiteral("-j"), QStringLiteral("2"),
-                                QStringLiteral("--frequency"), QStringLiteral("7000000"),
-                                QStringLiteral("--start"), QStringLiteral("2024-01-31T23:59:58.001"),
-                                sample("audio-tone-bursts.flac"), unnamed});
+    ToolRun const result =
+        run({QStringLiteral("-o"), output(), QStringLiteral("--xml"), QStringLiteral("-j"),
+             QStringLiteral("2"), QStringLiteral("--frequency"), QStringLiteral("7000000"),
+             QStringLiteral("--start"), QStringLiteral("2024-01-31T23:59:58.001"),
+             sample("audio-tone-bursts.flac"), unnamed});
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     REPORTKIT::Results results;
     ASSERT_TRUE(results.SetXmlString(result.out, 0)) << result.out.toStdString();
@@ -157,9 +142,10 @@ TEST_F(ZelkoConvert, AudioByExtensionOrContentBecomesBroadcastWaveAndSession)
               "AudioSession audio-tone-bursts.session.xml 2024-01-31T23:59:58.001Z 0\n"
               "AudioData unnamed.wav 2024-01-31T23:59:58.001Z 7000000\n"
               "AudioSession unnamed.session.xml 2024-01-31T23:59:58.001Z 0");
-    EXPECT_EQ(zelkotest::validateXmlFile(QDir(output()).filePath(QStringLiteral("unnamed.session.xml")),
-                                         QStringLiteral("audiosession.xsd")),
-              QString());
+    EXPECT_EQ(
+        zelkotest::validateXmlFile(QDir(output()).filePath(QStringLiteral("unnamed.session.xml")),
+                                   QStringLiteral("audiosession.xsd")),
+        QString());
 }
 
 struct BadCall
