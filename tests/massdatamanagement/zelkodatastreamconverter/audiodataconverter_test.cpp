@@ -177,7 +177,8 @@ class InputFormats : public AudioConversion, public ::testing::WithParamInterfac
 TEST_P(InputFormats, SamplesSurviveInTheWidestWavFormat)
 {
     FormatRow const& row = GetParam();
-    std::vector<int> const samples = ramp(3000);
+    // One frame more than a read chunk: the last read brings a single frame.
+    std::vector<int> const samples = ramp((1 << 16) + 1);
     ASSERT_TRUE(writeAudio(input(row.fileName), row.inputFormat, 48000, 1, samples));
     AudioDataConverter converter;
     qint64 lastDone = 0;
@@ -198,6 +199,7 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"WavFloat", "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, SF_FORMAT_FLOAT},
         FormatRow{"WavU8", "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, SF_FORMAT_PCM_U8},
         FormatRow{"Wav24", "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, SF_FORMAT_PCM_24},
+        FormatRow{"WavDouble", "in.wav", SF_FORMAT_WAV | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"AuDouble", "in.au", SF_FORMAT_AU | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"Au8", "in.au", SF_FORMAT_AU | SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8}),
     [](auto const& info) { return std::string(info.param.name); });
@@ -278,6 +280,20 @@ TEST_F(AudioConversion, UnusableInputOrOutputReportsNothingAndLeavesNoFile)
     EXPECT_TRUE(trace.messages()[1].startsWith(
         QStringLiteral("ConvertToWav(%1): invalid sidecar %1.params: line 1:").arg(input("bad.raw"))))
         << trace.messages()[1].toStdString();
+}
+
+TEST_F(AudioConversion, AnUnwritableSessionFileLeavesOnlyTheAudioRecord)
+{
+    ASSERT_TRUE(writeAudio(input("rec.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, ramp(8)));
+    ASSERT_TRUE(QDir(m_out.path()).mkdir(QStringLiteral("rec.session.xml")));
+    AudioDataConverter converter;
+    zelkotest::TraceCapture trace;
+    REPORTKIT::Results const results = convert(converter, input("rec.wav"));
+    ASSERT_EQ(results.GetBinary().size(), 1u);
+    EXPECT_EQ(results.GetBinary()[0].GetType(), QStringLiteral("AudioData"));
+    ASSERT_EQ(trace.messages().size(), 1);
+    EXPECT_TRUE(trace.messages()[0].startsWith(
+        QStringLiteral("WriteSession: cannot write %1: ").arg(output("rec.session.xml"))));
 }
 
 // Both copy paths: WAV samples copied as bytes, FLAC samples decoded and encoded.
