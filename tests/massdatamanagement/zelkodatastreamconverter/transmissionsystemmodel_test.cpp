@@ -52,11 +52,13 @@ struct TransmissionSystemModelTestAccess
         model.SetASCIIPayload(block, QStringLiteral("Message"), unsigned(bytes.size()),
                               bytes.constData());
     }
-    void packed(Block* block, std::vector<int> words, bool unicode)
+    // The first count words (all by default) of words.
+    void packed(Block* block, std::vector<int> words, bool unicode, size_t count = 99)
     {
         auto const set = unicode ? &TransmissionSystemModel::SetPackedUnicodePayload
                                  : &TransmissionSystemModel::SetPackedASCIIPayload;
-        (model.*set)(block, QStringLiteral("P"), unsigned(words.size()), words.data());
+        (model.*set)(block, QStringLiteral("P"), unsigned(std::min(count, words.size())),
+                     words.data());
     }
     void binaryPayload(Block* block, std::vector<unsigned> data, unsigned count, unsigned bits)
     {
@@ -191,6 +193,7 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"Signed16", 4, 2, 16, {0x8000FFFEu}, "-2 -32768", "int"},
         FormatRow{"Unsigned72Bit", 3, 1, 72, {0, 0, 1}, "0", "int"},
         FormatRow{"Unsigned32", 3, 1, 32, {0xFFFFFFFFu}, "4294967295", "int"},
+        FormatRow{"Signed32", 4, 1, 32, {0xFFFFFFFFu}, "-1", "int"},
         FormatRow{"Unsigned64", 3, 1, 64, {0, 1}, "4294967296", "int"},
         FormatRow{"Signed64", 4, 1, 64, {0xFFFFFFFEu, 0xFFFFFFFFu}, "-2", "int"},
         FormatRow{"Float", 5, 2, 32, {0x3FC00000u, 0x40490FDBu}, "1.5 3.14159", "float"},
@@ -391,10 +394,13 @@ TEST_F(TransmissionSystemModelTest, PayloadsWithoutAlphabetAreCleanedBytes)
     EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
     m_access.packed(&block, {0x41414100}, false);
     EXPECT_TRUE(block.GetPayload().GetData().isEmpty());
+    m_access.packed(&block, {0x44434241, 0x45}, false, 1);
+    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("ABCD"));
 
     m_access.packed(&block, {0x00E90048, 0x000000A0, 0x41}, true);
     EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("Hé\n"));
     EXPECT_EQ(block.GetPayload().GetData(), QByteArray("H\0\xE9\0\xA0\0", 6));
+    EXPECT_FALSE(block.GetPayload().GetContentDirectionRTL());
     EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
     m_access.packed(&block, {0x41410000}, true);
     EXPECT_TRUE(block.GetPayload().GetData().isEmpty());
