@@ -34,9 +34,9 @@ class TransmissionSystemHelper;
 ///   52  ...     the system's record, 32-bit words
 ///
 /// Each system's record is read by one processor (Process_<SYSTEM>) behind a table from code
-/// to processor. Code 13 frames are accepted and ignored; unknown codes leave an empty block
-/// that is dropped; PDU frames (code 16) go through the PDU decoding library when the model
-/// has one (setPduDecoding()).
+/// to processor. Code 13 frames are accepted and ignored; an unknown code gives a block with
+/// the frame's name only (dropped when the name is empty); PDU frames (code 16) go through the
+/// PDU decoding library when the model has one (setPduDecoding()).
 ///
 /// Message texts (payloads) are decoded through the selected user alphabet; without one the
 /// bytes are shown as Latin-1 with unprintable characters replaced. Changing the alphabet
