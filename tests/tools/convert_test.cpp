@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <recordingwriter/recordingwriter.h>
 #include <reportkit/results.h>
@@ -221,6 +222,31 @@ INSTANTIATE_TEST_SUITE_P(
                 1,
                 "no frame found"}),
     [](testing::TestParamInfo<BadCall> const& info) { return std::string(info.param.name); });
+
+// A transmission-system recording is chosen by its first frame and written as PDU blocks.
+TEST_F(ZelkoConvert, TransmissionSystemRecording)
+{
+    QFile input(m_dir.filePath(QStringLiteral("pager.zdr")));
+    ASSERT_TRUE(input.open(QIODevice::WriteOnly));
+    zelkorecording::RecordingWriter writer(&input);
+    QByteArray payload(32, '\0'); // time, the name "Pager", code 14 (a system without fields)
+    payload.replace(8, 5, "Pager");
+    payload[24] = 14;
+    quint64 const time = 1700000000000000; // 2023-11-14 22:13:20 UTC
+    std::memcpy(payload.data(), &time, sizeof time);
+    ASSERT_TRUE(writer.writeFrame(368, payload));
+    input.close();
+
+    ToolRun const result = run({QStringLiteral("-o"), output(), input.fileName()});
+    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.out.contains(QStringLiteral("TransmissionSystem")));
+    QStringList const files = resultFiles();
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_TRUE(readResult(files.front()).contains(QStringLiteral("name=\"Pager\"")));
+    EXPECT_EQ(zelkotest::validateXmlFile(QDir(output()).filePath(files.front()),
+                                         QStringLiteral("nerikresultdata.xsd")),
+              QString());
+}
 
 // An alphabet is never dropped unseen: without a decoder the first that offers it is used,
 // and where the decoder cannot use it a note says so.
