@@ -125,6 +125,9 @@ public:
     static QString FloatToString(float value);
 
 private:
+    // The tests drive blocks, fields and payloads directly.
+    friend struct TransmissionSystemModelTestAccess;
+
     /// The block and the parent it goes to while a frame is processed.
     struct FrameBlocks
     {
