@@ -44,7 +44,8 @@ REPORTKIT::Results FrameConversionDriver::run(NerikResultModel& model, Steps con
         reader.takeFrameData(frameType, frameData);
         if (!steps.processFrame(frameData)) {
             ModuleTrace(module).warning(
-                QStringLiteral("convertFile(%1): invalid frame header").arg(inputPath), __LINE__);
+                QStringLiteral("convertFile(%1): invalid frame header").arg(inputPath),
+                steps.rejectLine != 0 ? steps.rejectLine : __LINE__);
             break;
         }
         if (progress && reader.getPosition() >= nextReport) {

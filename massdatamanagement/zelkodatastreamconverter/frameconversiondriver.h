@@ -37,6 +37,9 @@ public:
         std::function<void(RecorderModel&)> prepareRecorder;
         /// One frame to the model; false rejects it and ends the conversion.
         std::function<bool(QByteArray const& frame)> processFrame;
+        /// Optional: the source line that the trace of a rejected frame cites (the
+        /// converter's own, for hosts that filter by it); 0 cites the driver's.
+        int rejectLine = 0;
     };
 
     /// module names the reporting converter in the trace ("decodedtextconverter").

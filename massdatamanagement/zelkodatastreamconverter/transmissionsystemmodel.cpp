@@ -188,7 +188,8 @@ bool TransmissionSystemModel::processData(QByteArray& frame)
     FrameBlocks blocks;
     blocks.block = BeginBlock(code << 16, time, name);
     if (code < Processors.size()) {
-        Processors[code](*this, blocks, frame.data() + RecordOffset);
+        // Processors only read the record; constData() spares a detaching copy of a shared frame.
+        Processors[code](*this, blocks, const_cast<char*>(frame.constData()) + RecordOffset);
     }
     EndBlock(blocks.block, blocks.parent, time);
     m_frameBegin = m_frameEnd = nullptr;
@@ -312,16 +313,245 @@ void TransmissionSystemModel::AddField(PDUDataBlock* block, QString const& label
 
 // --- Formatting ------------------------------------------------------------------------------
 
-void TransmissionSystemModel::FormatData(ePDU_DATAREPRESENTATION, unsigned, unsigned, unsigned*,
-                                         QString&, QString&)
+namespace {
+
+// Element i of an array of T, read without alignment assumptions.
+template <typename T>
+T element(unsigned const* data, unsigned i)
 {
+    T value;
+    std::memcpy(&value, reinterpret_cast<char const*>(data) + sizeof(T) * i, sizeof value);
+    return value;
 }
 
-void TransmissionSystemModel::FormatBitString(unsigned const*, unsigned, unsigned, QString&) {}
+template <typename T>
+QString joinNumbers(unsigned const* data, unsigned count)
+{
+    QStringList parts;
+    parts.reserve(int(count));
+    for (unsigned i = 0; i < count; ++i) {
+        parts << QString::number(element<T>(data, i));
+    }
+    return parts.join(QLatin1Char(' '));
+}
 
-void TransmissionSystemModel::FormatExtNumber(unsigned const*, unsigned, unsigned, QString&) {}
+template <typename T>
+QString joinHex(unsigned const* data, unsigned count)
+{
+    QStringList parts;
+    parts.reserve(int(count));
+    for (unsigned i = 0; i < count; ++i) {
+        parts << QStringLiteral("%1")
+                     .arg(quint64(element<T>(data, i)), 2, 16, QLatin1Char('0'))
+                     .toUpper();
+    }
+    return parts.join(QLatin1Char(' '));
+}
 
-void TransmissionSystemModel::FormatFrequency(QString&) {}
+template <typename T>
+QString joinFloats(unsigned const* data, unsigned count)
+{
+    QStringList parts;
+    parts.reserve(int(count));
+    for (unsigned i = 0; i < count; ++i) {
+        parts << QString::number(double(element<T>(data, i)), 'g', 6);
+    }
+    return parts.join(QLatin1Char(' '));
+}
+
+template <typename T>
+QString cleanText(unsigned const* data, unsigned count)
+{
+    QString text;
+    text.reserve(int(count));
+    for (unsigned i = 0; i < count; ++i) {
+        text += TransmissionSystemModel::CleanCharacter(uint(element<T>(data, i)));
+    }
+    return text;
+}
+
+QString displayObjects(unsigned const* data, unsigned count)
+{
+    QStringList parts;
+    for (unsigned i = 0; i < count; ++i) {
+        auto const* object = element<CPDU_DisplayObject const*>(data, i);
+        parts << (object != nullptr ? QString::fromStdWString(object->toWString()) : QString());
+    }
+    return parts.join(QLatin1Char(' '));
+}
+
+// Gathers bits from the least significant bit of data[0] on; the cursor runs on over word
+// boundaries.
+class BitCursor
+{
+public:
+    explicit BitCursor(unsigned const* data) : m_data(data) {}
+    bool next()
+    {
+        bool const bit = (m_data[m_position / 32] >> (m_position % 32)) & 1u;
+        ++m_position;
+        return bit;
+    }
+
+private:
+    unsigned const* m_data;
+    quint64 m_position = 0;
+};
+
+QString const TypeNames[] = {
+    QStringLiteral("binary"), QStringLiteral("bool"),     QStringLiteral("bitlist"),
+    QStringLiteral("int"),    QStringLiteral("int"),      QStringLiteral("float"),
+    QStringLiteral("string"), QStringLiteral("position"), QStringLiteral("datetime"),
+};
+
+} // namespace
+
+void TransmissionSystemModel::FormatData(ePDU_DATAREPRESENTATION representation, unsigned count,
+                                         unsigned bits, unsigned* data, QString& value,
+                                         QString& type)
+{
+    if (data == nullptr || count == 0 || representation > PDU_REPRESENTATION_DATETIME) {
+        return;
+    }
+    // Element width in bytes; 0 for widths that are no whole number of bytes.
+    unsigned const width = bits % 8 == 0 ? bits / 8 : 0;
+    QString text;
+    bool produced = true;
+    switch (representation) {
+    case PDU_REPRESENTATION_BINARY:
+        text = width == 4   ? joinHex<quint32>(data, count)
+               : width == 2 ? joinHex<quint16>(data, count)
+                            : joinHex<quint8>(data, count);
+        break;
+    case PDU_REPRESENTATION_BOOL: {
+        // Every element is judged by the first byte: receivers deliver repeated flags so.
+        QString const one = (element<quint8>(data, 0) & 1u) ? tr("true") : tr("false");
+        text = QStringList(QVector<QString>(int(count), one).toList()).join(QLatin1Char(' '));
+        break;
+    }
+    case PDU_REPRESENTATION_BITLIST:
+        FormatBitString(data, bits, count, text);
+        break;
+    case PDU_REPRESENTATION_UNSIGNED:
+    case PDU_REPRESENTATION_SIGNED: {
+        bool const isSigned = representation == PDU_REPRESENTATION_SIGNED;
+        switch (width) {
+        case 1:
+            text = isSigned ? joinNumbers<qint8>(data, count) : joinNumbers<quint8>(data, count);
+            break;
+        case 2:
+            text = isSigned ? joinNumbers<qint16>(data, count) : joinNumbers<quint16>(data, count);
+            break;
+        case 4:
+            text = isSigned ? joinNumbers<qint32>(data, count) : joinNumbers<quint32>(data, count);
+            break;
+        case 8:
+            text = isSigned ? joinNumbers<qint64>(data, count) : joinNumbers<quint64>(data, count);
+            break;
+        default:
+            FormatExtNumber(data, bits, count, text);
+        }
+        break;
+    }
+    case PDU_REPRESENTATION_FLOAT:
+        produced = width == 4 || width == 8;
+        if (produced) {
+            text = width == 4 ? joinFloats<float>(data, count) : joinFloats<double>(data, count);
+        }
+        break;
+    case PDU_REPRESENTATION_STRING:
+        produced = width == 1 || width == 2 || width == 4;
+        if (produced) {
+            text = width == 1   ? cleanText<quint8>(data, count)
+                   : width == 2 ? cleanText<quint16>(data, count)
+                                : cleanText<quint32>(data, count);
+        }
+        break;
+    case PDU_REPRESENTATION_POSITION:
+    case PDU_REPRESENTATION_DATETIME:
+        text = displayObjects(data, count);
+        break;
+    }
+    if (produced) {
+        value = text;
+        type = TypeNames[representation];
+    }
+}
+
+void TransmissionSystemModel::FormatBitString(unsigned const* data, unsigned bits, unsigned count,
+                                              QString& value)
+{
+    value.clear();
+    if (data == nullptr) {
+        return;
+    }
+    BitCursor cursor(data);
+    for (unsigned i = 0; i < count; ++i) {
+        if (i > 0) {
+            value += QLatin1Char(' ');
+        }
+        for (unsigned bit = 0; bit < bits; ++bit) {
+            value += cursor.next() ? QLatin1Char('1') : QLatin1Char('0');
+        }
+    }
+}
+
+void TransmissionSystemModel::FormatExtNumber(unsigned const* data, unsigned bits, unsigned count,
+                                              QString& value)
+{
+    value.clear();
+    if (data == nullptr) {
+        return;
+    }
+    BitCursor cursor(data);
+    QStringList parts;
+    for (unsigned i = 0; i < count; ++i) {
+        quint64 number = 0;
+        for (unsigned bit = 0; bit < bits; ++bit) {
+            // Bits above the 64th are read past but cannot be shown.
+            if (cursor.next() && bit < 64) {
+                number |= quint64(1) << bit;
+            }
+        }
+        parts << QString::number(number);
+    }
+    value = parts.join(QLatin1Char(' '));
+}
+
+void TransmissionSystemModel::FormatFrequency(QString& frequency)
+{
+    int const length = frequency.size();
+    QString unit;
+    int point = 0;
+    if (length > 9) {
+        point = length - 9;
+        unit = QStringLiteral(" GHz");
+    } else if (length >= 7) {
+        point = length - 6;
+        unit = QStringLiteral(" MHz");
+    } else if (length >= 4) {
+        // Receivers have always put the point here; a negative position counts from the end.
+        point = length - 6;
+        if (point < 0) {
+            point += length;
+        }
+        unit = QStringLiteral(" kHz");
+    } else {
+        frequency += QStringLiteral(" Hz");
+        return;
+    }
+    frequency.insert(point, QLatin1Char('.'));
+    // Trailing zeros go, up to the point at most; the check starts one before the last
+    // character, as it always has.
+    int last = length - 1;
+    if (frequency.at(last) == QLatin1Char('0')) {
+        while (last > 0 && frequency.at(last) == QLatin1Char('0')) {
+            --last;
+        }
+        frequency.truncate(last + 1);
+    }
+    frequency += unit;
+}
 
 QString TransmissionSystemModel::FrequencyToString(unsigned hertz)
 {
@@ -380,27 +610,104 @@ QString TransmissionSystemModel::FloatToString(float value)
 
 // --- Payloads --------------------------------------------------------------------------------
 
-void TransmissionSystemModel::SetPayload(PDUDataBlock*, QString const&, QString&, QByteArray&,
-                                         QString const&, bool)
+namespace {
+
+QString cleanBytes(QByteArray const& bytes)
 {
+    QString text;
+    text.reserve(bytes.size());
+    for (char const byte : bytes) {
+        text += TransmissionSystemModel::CleanCharacter(uchar(byte));
+    }
+    return text;
 }
 
-void TransmissionSystemModel::SetASCIIPayload(PDUDataBlock*, QString const&, unsigned, char const*)
+} // namespace
+
+void TransmissionSystemModel::SetPayload(PDUDataBlock* block, QString const& label, QString& text,
+                                         QByteArray& data, QString const& contentCode, bool rtl)
 {
+    NerikResultDataXml::Payload payload;
+    payload.SetName(label);
+    payload.SetContent(text);
+    payload.SetContentCode(contentCode);
+    payload.SetContentDirectionRTL(rtl);
+    payload.SetData(data, unsigned(data.size()), 8);
+    block->SetPayload(payload);
 }
 
-void TransmissionSystemModel::SetPackedASCIIPayload(PDUDataBlock*, QString const&, unsigned, int*)
+void TransmissionSystemModel::SetASCIIPayload(PDUDataBlock* block, QString const& label,
+                                              unsigned byteCount, char const* bytes)
 {
+    QByteArray data = bytes != nullptr ? QByteArray(bytes, int(byteCount)) : QByteArray();
+    QString text;
+    if (m_decoder->DecodeASCII(text, data)) {
+        SetPayload(block, label, text, data, m_decoder->GetCurrentSettings(),
+                   m_decoder->TextDirectionRTL());
+    } else {
+        text = cleanBytes(data);
+        SetPayload(block, label, text, data, QString(), false);
+    }
 }
 
-void TransmissionSystemModel::SetPackedUnicodePayload(PDUDataBlock*, QString const&, unsigned, int*)
+void TransmissionSystemModel::SetPackedASCIIPayload(PDUDataBlock* block, QString const& label,
+                                                    unsigned wordCount, int* words)
 {
+    auto const* bytes = reinterpret_cast<char const*>(words);
+    unsigned length = 0;
+    if (words != nullptr) {
+        while (length < 4u * wordCount && bytes[length] != 0) {
+            ++length;
+        }
+    }
+    SetASCIIPayload(block, label, length, bytes);
 }
 
-void TransmissionSystemModel::SetBinaryPayload(PDUDataBlock*, QString const&,
-                                               ePDU_DATAREPRESENTATION, unsigned, unsigned,
-                                               unsigned*)
+void TransmissionSystemModel::SetPackedUnicodePayload(PDUDataBlock* block, QString const& label,
+                                                      unsigned wordCount, int* words)
 {
+    QByteArray data;
+    QString fallback;
+    if (words != nullptr) {
+        auto const* bytes = reinterpret_cast<char const*>(words);
+        for (unsigned i = 0; i < 2u * wordCount; ++i) {
+            quint16 unit;
+            std::memcpy(&unit, bytes + 2u * quint64(i), sizeof unit);
+            if (unit == 0) {
+                break;
+            }
+            data.append(bytes + 2u * quint64(i), 2);
+            fallback += CleanCharacter(unit);
+        }
+    }
+    QString text;
+    if (m_decoder->DecodeUnicode(text, data)) {
+        SetPayload(block, label, text, data, m_decoder->GetCurrentSettings(),
+                   m_decoder->TextDirectionRTL());
+    } else {
+        SetPayload(block, label, fallback, data, QString(), false);
+    }
+}
+
+void TransmissionSystemModel::SetBinaryPayload(PDUDataBlock* block, QString const& label,
+                                               ePDU_DATAREPRESENTATION, unsigned count,
+                                               unsigned bits, unsigned* data)
+{
+    quint64 const byteCount = data != nullptr ? (quint64(count) * bits + 7) / 8 : 0;
+    QByteArray bytes(reinterpret_cast<char const*>(data), int(byteCount));
+    NerikResultDataXml::Payload payload;
+    payload.SetName(label);
+    QString text;
+    if (m_decoder->DecodeBinary(text, data, count, bits)) {
+        payload.SetContent(text);
+        payload.SetContentCode(m_decoder->GetCurrentSettings());
+        payload.SetContentDirectionRTL(m_decoder->TextDirectionRTL());
+    } else {
+        m_decoder->ConvertToString(text, bytes);
+        payload.SetContent(text);
+    }
+    payload.SetData(bytes, count, bits);
+    block->SetPayload(payload);
 }
 
 void TransmissionSystemModel::SetCRC(PDUDataBlock* block, ePDU_CHECKSUM_STATE state)
@@ -431,9 +738,43 @@ void TransmissionSystemModel::ProcessPDUFields(PDUDataBlock*,
 
 // --- Re-translation --------------------------------------------------------------------------
 
-void TransmissionSystemModel::translateCurrentTransmission() {}
+void TransmissionSystemModel::translateCurrentTransmission()
+{
+    QString const settings = m_decoder->GetCurrentSettings();
+    bool const rtl = m_decoder->TextDirectionRTL();
+    // Codes left in the buffer belong to the old alphabet.
+    m_decoder->ClearBuffer();
+    if (Transmission* transmission = getCurrentTransmission()) {
+        Translate(settings, rtl, transmission->GetPDUDataBlocks());
+    }
+}
 
-void TransmissionSystemModel::Translate(QString const&, bool, QList<PDUDataBlock*>&) {}
+void TransmissionSystemModel::Translate(QString const& contentCode, bool rtl,
+                                        QList<PDUDataBlock*>& blocks)
+{
+    for (PDUDataBlock* block : qAsConst(blocks)) {
+        NerikResultDataXml::Payload& payload = block->GetPayload();
+        if (!payload.GetData().isEmpty()) {
+            QByteArray data = payload.GetData();
+            QString text;
+            if (!m_decoder->DecodeBinary(text, data, payload.GetDataElements(),
+                                         payload.GetDataBits())) {
+                m_decoder->ConvertToString(text, data);
+            }
+            if (text.isEmpty()) {
+                text = QStringLiteral("-");
+            }
+            if (text != payload.GetContent()) {
+                payload.SetContent(text);
+                // Annotations were made on the old text.
+                block->DeleteUserData();
+            }
+            payload.SetContentCode(contentCode);
+            payload.SetContentDirectionRTL(rtl);
+        }
+        Translate(contentCode, rtl, block->GetPDUDataBlocks());
+    }
+}
 
 // --- Records ---------------------------------------------------------------------------------
 

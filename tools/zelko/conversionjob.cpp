@@ -21,6 +21,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/audiodataconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
 #include <memory>
 #include <mutex>
 #include <reportkit/xmltime.h>
@@ -49,6 +50,13 @@ std::map<QString, ConverterFactory> const& converterFactories()
         {QStringLiteral("text"),
          [](std::function<void(qint64, qint64)> progress) {
              auto converter = std::make_unique<zelkodatastreamconverter::DecodedTextConverter>();
+             converter->setProgressCallback(std::move(progress));
+             return std::unique_ptr<IDataStreamConverter>(std::move(converter));
+         }},
+        {QStringLiteral("ts"),
+         [](std::function<void(qint64, qint64)> progress) {
+             auto converter =
+                 std::make_unique<zelkodatastreamconverter::TransmissionSystemConverter>();
              converter->setProgressCallback(std::move(progress));
              return std::unique_ptr<IDataStreamConverter>(std::move(converter));
          }},
@@ -243,8 +251,9 @@ unsigned long long startTimeOf(ConversionJob const& job, QString const& input)
 {
     QDateTime const start =
         job.startTime.isValid() ? job.startTime : QFileInfo(input).lastModified();
-    return start.isValid() ? (unsigned long long)(qMax<qint64>(0, start.toMSecsSinceEpoch())) * 1000ULL
-                           : 0ULL;
+    return start.isValid()
+               ? (unsigned long long)(qMax<qint64>(0, start.toMSecsSinceEpoch())) * 1000ULL
+               : 0ULL;
 }
 
 } // namespace
