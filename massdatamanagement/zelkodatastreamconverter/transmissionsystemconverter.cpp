@@ -3,9 +3,13 @@
 #include "recordermodel.h"
 #include "transmissionsystemmodel.h"
 
+#include <memory>
+#include <nerikresultdataxml/transmission.h>
+
 namespace zelkodatastreamconverter {
 
 namespace {
+using NerikResultDataXml::Transmission;
 // The line that hosts know the rejected-frame trace of this converter by.
 constexpr int RejectedFrameLine = 50;
 } // namespace
@@ -20,7 +24,16 @@ REPORTKIT::Results TransmissionSystemConverter::convertFile(QString const& input
     steps.prepareRecorder = [](RecorderModel& recorder) {
         recorder.setFileCode(QStringLiteral("TransmissionSystem"));
     };
-    steps.processFrame = [&model](QByteArray const& frame) {
+    bool firstFrame = true;
+    steps.processFrame = [&model, &firstFrame](QByteArray const& frame) {
+        if (firstFrame) {
+            // Taking the settings of the job is no change during the recording: left pending,
+            // it would let every frame stamped before the conversion's wall-clock time close
+            // the transmission of the frame before it, and only the last would be written.
+            // Taking the (still absent) transmission drops the pending change.
+            std::unique_ptr<Transmission>(model.takeCurrentTransmission());
+            firstFrame = false;
+        }
         // A shallow copy: the model reads the frame in place.
         QByteArray shared = frame;
         return model.processData(shared);

@@ -1,0 +1,496 @@
+// Transmission-system model: value formatting, frame refusal and dispatch, blocks and their
+// nesting, payloads with and without an alphabet; the converter on damaged recordings.
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <clocale>
+#include <gtest/gtest.h>
+#include <jobspec/settings.h>
+#include <massdatamanagement/zelkodatastreamconverter/clock.h>
+#include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
+#include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
+#include <nerikresultdataxml/nerikresultdata.h>
+#include <nerikresultdataxml/transmission.h>
+#include <recordingwriter/payloadbuilder.h>
+#include <recordingwriter/recordingwriter.h>
+#include <support/qstringprinter.h>
+#include <support/tracecapture.h>
+
+namespace zelkodatastreamconverter {
+
+// The model's private steps, as the per-system processors use them.
+struct TransmissionSystemModelTestAccess
+{
+    using Block = NerikResultDataXml::PDUDataBlock;
+    TransmissionSystemModel& model;
+
+    Block* begin(QDateTime const& time, QString const& name = QStringLiteral("ACARS"))
+    {
+        return model.BeginBlock(9u << 16, time, name);
+    }
+    void end(Block* block, Block* parent, QDateTime const& time)
+    {
+        model.EndBlock(block, parent, time);
+    }
+    bool& continuationPending() { return model.m_continuationPending; }
+    int& pduOffset() { return model.m_pduOffset; }
+    template <typename... Args>
+    void addField(Block* block, Args... args)
+    {
+        model.AddField(block, QStringLiteral("L"), args...);
+    }
+    void asciiPayload(Block* block, QByteArray const& bytes)
+    {
+        model.SetASCIIPayload(block, QStringLiteral("Message"), unsigned(bytes.size()),
+                              bytes.constData());
+    }
+    void packedAscii(Block* block, std::vector<int> words)
+    {
+        model.SetPackedASCIIPayload(block, QStringLiteral("ASCII"), unsigned(words.size()),
+                                    words.data());
+    }
+    void packedUnicode(Block* block, std::vector<int> words)
+    {
+        model.SetPackedUnicodePayload(block, QStringLiteral("UNICODE"), unsigned(words.size()),
+                                      words.data());
+    }
+    void binaryPayload(Block* block, std::vector<unsigned> data, unsigned count, unsigned bits)
+    {
+        model.SetBinaryPayload(block, QStringLiteral("Message"), PDU_REPRESENTATION_STRING, count,
+                               bits, data.data());
+    }
+    void crc(Block* block, unsigned state) { model.SetCRC(block, ePDU_CHECKSUM_STATE(state)); }
+};
+
+} // namespace zelkodatastreamconverter
+
+namespace {
+
+using namespace zelkodatastreamconverter;
+using Access = TransmissionSystemModelTestAccess;
+using NerikResultDataXml::PDUDataBlock;
+
+constexpr quint64 BaseTime = 1700000000123456ull; // 2023-11-14 22:13:20.123456 UTC
+QString const AlphabetsDirectory = QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets");
+
+QDateTime utc(quint64 microseconds)
+{
+    return QDateTime::fromMSecsSinceEpoch(qint64(microseconds / 1000), Qt::UTC);
+}
+
+// The payload of a transmission-system frame: time, block name, code, record words.
+QByteArray payload(quint64 time, QByteArray const& name, quint32 code,
+                   std::vector<quint32> const& record = {})
+{
+    zelkorecording::PayloadBuilder builder;
+    builder.uint64(time).bytes(name.leftJustified(16, '\0', true)).word(code);
+    for (quint32 const word : record) {
+        builder.word(word);
+    }
+    return builder.data();
+}
+
+QByteArray frame(quint64 time, QByteArray const& name, quint32 code)
+{
+    return zelkorecording::RecordingWriter::frameBytes(FrameType::TransmissionSystem,
+                                                       payload(time, name, code));
+}
+
+// --- Formatting ------------------------------------------------------------------------------
+
+struct FrequencyRow
+{
+    char const* name;
+    quint64 hertz;
+    char const* text;
+};
+
+class FrequencyText : public ::testing::TestWithParam<FrequencyRow>
+{
+};
+
+TEST_P(FrequencyText, PointUnitAndZeroRemoval)
+{
+    FrequencyRow const& row = GetParam();
+    EXPECT_EQ(TransmissionSystemModel::FrequencyToString(row.hertz), QLatin1String(row.text));
+    if (row.hertz <= 0xFFFFFFFFu) {
+        EXPECT_EQ(TransmissionSystemModel::FrequencyToString(unsigned(row.hertz)),
+                  QLatin1String(row.text));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, FrequencyText,
+    ::testing::Values(FrequencyRow{"GHz", 14250000000ull, "14.25 GHz"},
+                      FrequencyRow{"GHzPointKept", 14000000000ull, "14. GHz"},
+                      FrequencyRow{"MHzPointKept", 145000000, "145. MHz"},
+                      FrequencyRow{"MHz", 145012500, "145.0125 MHz"},
+                      FrequencyRow{"LastDigitNeverLookedAt", 145000001, "145. MHz"},
+                      FrequencyRow{"MHzSevenDigits", 7040000, "7.04 MHz"},
+                      FrequencyRow{"MHzNoZero", 145012345, "145.012345 MHz"},
+                      FrequencyRow{"TenDigits", 4294967295u, "4.294967295 GHz"},
+                      FrequencyRow{"FourDigits", 1234, "12.34 kHz"},
+                      FrequencyRow{"FiveDigits", 12340, "1234.0 kHz"},
+                      FrequencyRow{"SixDigits", 123456, ".123456 kHz"},
+                      FrequencyRow{"SixDigitsZeros", 100000, ".1 kHz"},
+                      FrequencyRow{"Hz", 100, "100 Hz"}, FrequencyRow{"Zero", 0, "0 Hz"}),
+    [](auto const& info) { return std::string(info.param.name); });
+
+// Position and date-time elements render themselves.
+class Position : public CPDU_DisplayObject
+{
+public:
+    std::wstring toWString() const override { return L"N 53°32'"; }
+};
+Position const AnyPosition;
+CPDU_DisplayObject const* const Positions[] = {&AnyPosition, &AnyPosition};
+
+struct FormatRow
+{
+    char const* name;
+    unsigned representation;
+    unsigned count;
+    unsigned bits;
+    std::vector<unsigned> data;
+    char const* value; // "<untouched>" when nothing is produced
+    char const* type;
+};
+
+class FormatData : public ::testing::TestWithParam<FormatRow>
+{
+};
+
+TEST_P(FormatData, ValueAndType)
+{
+    FormatRow row = GetParam();
+    QString value = QStringLiteral("<untouched>");
+    QString type = QStringLiteral("<untouched>");
+    unsigned* data = row.data.empty() ? nullptr : row.data.data();
+    if (std::string(row.name) == "Position") {
+        data = reinterpret_cast<unsigned*>(const_cast<CPDU_DisplayObject**>(Positions));
+    }
+    TransmissionSystemModel::FormatData(ePDU_DATAREPRESENTATION(row.representation), row.count,
+                                        row.bits, data, value, type);
+    EXPECT_EQ(value, QString::fromUtf8(row.value));
+    EXPECT_EQ(type, QLatin1String(row.type));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, FormatData,
+    ::testing::Values(
+        FormatRow{"BinaryBytes", 0, 3, 8, {0x0A02FFu}, "FF 02 0A", "binary"},
+        FormatRow{"BinaryHalfWords", 0, 2, 16, {0x00AB1234u}, "1234 AB", "binary"},
+        FormatRow{"BinaryWords", 0, 2, 32, {0xDEADBEEFu, 1}, "DEADBEEF 01", "binary"},
+        FormatRow{"BinaryOddWidthAsBytes", 0, 2, 12, {0x0201u}, "01 02", "binary"},
+        FormatRow{"BoolRepeatsTheFirst", 1, 3, 8, {0x000001u}, "true true true", "bool"},
+        FormatRow{"BoolLowestBitOnly", 1, 2, 8, {0x0102u}, "false false", "bool"},
+        FormatRow{"BitListAcrossWords",
+                  2,
+                  2,
+                  20,
+                  {0xF0000005u, 0x3Au},
+                  "10100000000000000000 00000000111101011100",
+                  "bitlist"},
+        FormatRow{"Unsigned12Bit", 3, 3, 12, {0xFFF7FFu, 0x8u}, "2047 4095 2048", "int"},
+        FormatRow{"Signed12BitNeverNegative", 4, 1, 12, {0xFFFu}, "4095", "int"},
+        FormatRow{"Unsigned8", 3, 2, 8, {0xFF01u}, "1 255", "int"},
+        FormatRow{"Signed8", 4, 2, 8, {0xFF01u}, "1 -1", "int"},
+        FormatRow{"Unsigned16", 3, 1, 16, {0xFFFEu}, "65534", "int"},
+        FormatRow{"Signed16", 4, 2, 16, {0x8000FFFEu}, "-2 -32768", "int"},
+        FormatRow{"Signed32", 4, 1, 32, {0xFFFFFFFFu}, "-1", "int"},
+        FormatRow{"Unsigned32", 3, 1, 32, {0xFFFFFFFFu}, "4294967295", "int"},
+        FormatRow{"Unsigned64", 3, 1, 64, {0, 1}, "4294967296", "int"},
+        FormatRow{"Signed64", 4, 1, 64, {0xFFFFFFFEu, 0xFFFFFFFFu}, "-2", "int"},
+        FormatRow{"Float", 5, 2, 32, {0x3FC00000u, 0x40490FDBu}, "1.5 3.14159", "float"},
+        FormatRow{"Double", 5, 1, 64, {0, 0x40590000u}, "100", "float"},
+        FormatRow{"FloatOddWidth", 5, 1, 16, {1}, "<untouched>", "<untouched>"},
+        FormatRow{"String8Cleaned", 6, 4, 8, {0x0D07A041u}, "A\n_\r", "string"},
+        FormatRow{"String16", 6, 2, 16, {0x00E90048u}, "Hé", "string"},
+        FormatRow{"String32", 6, 2, 32, {0x4F, 0x4B}, "OK", "string"},
+        FormatRow{"StringOddWidth", 6, 1, 12, {0x41}, "<untouched>", "<untouched>"},
+        FormatRow{"Position", 7, 2, 64, {}, "N 53°32' N 53°32'", "position"},
+        FormatRow{"NullData", 3, 1, 8, {}, "<untouched>", "<untouched>"},
+        FormatRow{"NoElements", 3, 0, 8, {1}, "<untouched>", "<untouched>"},
+        FormatRow{"UnknownRepresentation", 9, 1, 8, {1}, "<untouched>", "<untouched>"}),
+    [](auto const& info) { return std::string(info.param.name); });
+
+TEST(TransmissionSystemText, ToASCIIStopsAtZeroOrTheWordCountAndCleans)
+{
+    int const words[] = {0x44434241, 0x0D07A045, 0x00004847};
+    EXPECT_EQ(TransmissionSystemModel::ToASCII(words, 1), QStringLiteral("ABCD"));
+    EXPECT_EQ(TransmissionSystemModel::ToASCII(words, 3), QStringLiteral("ABCDE\n_\rGH"));
+    EXPECT_EQ(TransmissionSystemModel::ToASCII(words, 0), QString());
+    EXPECT_EQ(TransmissionSystemModel::ToASCII(nullptr, 3), QString());
+    QString out;
+    TransmissionSystemModel::DecodeString(QByteArray("\x01\x12\x03", 3), out, "-abcd", 0x0F);
+    EXPECT_EQ(out, QStringLiteral("abc"));
+    EXPECT_EQ(TransmissionSystemModel::FloatToString(0.1f), QStringLiteral("0.1"));
+}
+
+// --- The model -------------------------------------------------------------------------------
+
+class TransmissionSystemModelTest : public ::testing::Test
+{
+protected:
+    QByteArray tsFrame(quint64 time, QByteArray const& name, quint32 code)
+    {
+        return frame(time, name, code);
+    }
+    int blockCount() const
+    {
+        Transmission const* transmission = m_model.getCurrentTransmission();
+        return transmission ? transmission->GetPDUDataBlocks().size() : -1;
+    }
+    using Transmission = NerikResultDataXml::Transmission;
+
+    TransmissionSystemModel m_model;
+    Access m_access{m_model};
+};
+
+TEST_F(TransmissionSystemModelTest, RefusesForeignFramesAndIgnoresCode13)
+{
+    QByteArray good = tsFrame(BaseTime, "Test", 14);
+    QByteArray badMagic = good;
+    badMagic[0] = 0;
+    QByteArray badLength = good;
+    badLength[12] = char(0x71);
+    QByteArray cut = good.left(51);
+    for (QByteArray* refused : {&badMagic, &badLength, &cut}) {
+        EXPECT_FALSE(m_model.processData(*refused));
+    }
+    EXPECT_EQ(m_model.getCurrentTransmission(), nullptr);
+    EXPECT_EQ(m_model.getTransmissionType(), 0u);
+
+    QByteArray ignored = tsFrame(BaseTime, "Test", 0x100 | TransmissionSystemModel::IgnoredCode);
+    EXPECT_TRUE(m_model.processData(ignored));
+    EXPECT_EQ(m_model.getCurrentTransmission(), nullptr);
+    EXPECT_EQ(m_model.getTransmissionType(), 13u);
+    EXPECT_EQ(m_model.getTransmissionTime(), 0u);
+
+    // An unknown code with no name leaves nothing, but the frame counts.
+    QByteArray unknown = tsFrame(BaseTime, "", 0xFF);
+    EXPECT_TRUE(m_model.processData(unknown));
+    EXPECT_EQ(blockCount(), 0);
+    EXPECT_EQ(m_model.getTransmissionType(), 255u);
+    EXPECT_EQ(m_model.getTransmissionTime(), BaseTime);
+    EXPECT_EQ(m_model.getPDUOffset(), -1);
+}
+
+TEST_F(TransmissionSystemModelTest, BlocksNameTimeTypeAndOffset)
+{
+    QByteArray first = tsFrame(BaseTime, "FULL16CHARACTERS", 0x200 | 14);
+    QByteArray second = tsFrame(BaseTime + 2000000, "Second", 15);
+    ASSERT_TRUE(m_model.processData(first));
+    EXPECT_EQ(m_model.getPDUOffset(), 0);
+    ASSERT_TRUE(m_model.processData(second));
+    EXPECT_EQ(m_model.getPDUOffset(), 1);
+
+    Transmission const* transmission = m_model.getCurrentTransmission();
+    ASSERT_EQ(blockCount(), 2);
+    PDUDataBlock const* block = transmission->GetPDUDataBlocks().front();
+    EXPECT_EQ(block->GetName(), QStringLiteral("FULL16CHARACTERS"));
+    EXPECT_EQ(block->GetType(), 14u << 16);
+    EXPECT_EQ(block->GetTimeStamp(), utc(BaseTime));
+    EXPECT_NE(block->GetID(), transmission->GetPDUDataBlocks().back()->GetID());
+    EXPECT_EQ(transmission->GetStartTime(), utc(BaseTime));
+    EXPECT_EQ(transmission->GetStopTime(), utc(BaseTime + 2000000));
+
+    // An older frame moves no stop time.
+    QByteArray older = tsFrame(BaseTime + 1000000, "Older", 14);
+    ASSERT_TRUE(m_model.processData(older));
+    EXPECT_EQ(transmission->GetStopTime(), utc(BaseTime + 2000000));
+}
+
+TEST_F(TransmissionSystemModelTest, StartTimeOfATimeWithoutDate)
+{
+    Clock::Override const clock(QDateTime(QDate(2026, 3, 4), QTime(1, 2, 3), Qt::UTC));
+    m_model.createTransmission(utc(BaseTime));
+    QDateTime timeOnly;
+    timeOnly.setTime(QTime(17, 30, 15, 250));
+    // The block itself has no valid time stamp and is dropped.
+    m_access.end(m_access.begin(timeOnly), nullptr, timeOnly);
+    EXPECT_EQ(m_model.getCurrentTransmission()->GetStartTime(),
+              QDateTime(QDate(2026, 3, 4), QTime(17, 30, 15, 250), Qt::UTC));
+    // Only the first block that stays sets it.
+    m_access.end(m_access.begin(utc(BaseTime)), nullptr, utc(BaseTime));
+    EXPECT_EQ(m_model.getCurrentTransmission()->GetStartTime(), utc(BaseTime));
+    m_access.end(m_access.begin(utc(BaseTime + 5000000)), nullptr, utc(BaseTime));
+    EXPECT_EQ(m_model.getCurrentTransmission()->GetStartTime(), utc(BaseTime));
+}
+
+// A multi-block message: the parent stands in the transmission, its parts become children while
+// continuation is pending, and the offset is lowered to cover the parent.
+TEST_F(TransmissionSystemModelTest, ContinuedMessageNestsUnderItsParent)
+{
+    QByteArray start = tsFrame(BaseTime, "", 14);
+    ASSERT_TRUE(m_model.processData(start));
+    QDateTime const time = utc(BaseTime);
+    PDUDataBlock* parent = m_access.begin(time);
+    m_access.end(parent, nullptr, time);
+    m_access.continuationPending() = true;
+    for (int part = 0; part < 3; ++part) {
+        m_access.end(m_access.begin(time), parent, time.addSecs(part));
+        EXPECT_TRUE(m_access.continuationPending());
+    }
+    m_access.pduOffset() = 0;
+    EXPECT_EQ(m_model.getPDUOffset(), 0);
+    EXPECT_EQ(blockCount(), 1);
+    EXPECT_EQ(parent->GetPDUDataBlocks().size(), 3);
+
+    // Invalid children are dropped; a top-level block ends the continuation.
+    m_access.end(m_access.begin(QDateTime()), parent, time);
+    EXPECT_EQ(parent->GetPDUDataBlocks().size(), 3);
+    m_access.end(m_access.begin(time), nullptr, time);
+    EXPECT_FALSE(m_access.continuationPending());
+    EXPECT_EQ(blockCount(), 2);
+
+    // A new transmission forgets a pending continuation.
+    m_access.continuationPending() = true;
+    m_model.clear();
+    ASSERT_TRUE(m_model.processData(start));
+    EXPECT_FALSE(m_access.continuationPending());
+}
+
+TEST_F(TransmissionSystemModelTest, FieldForms)
+{
+    PDUDataBlock block;
+    m_access.addField(&block, QStringLiteral("v"), QStringLiteral("t"));
+    m_access.addField(&block, QStringLiteral("text"));
+    m_access.addField(&block, 4294967295u);
+    m_access.addField(&block, 31u, 16, 4, QStringLiteral("0x"));
+    m_access.addField(&block, 5u, 2, 8, QStringLiteral("0x"));
+    m_access.addField(&block, 0x1234u, 16, 0, QStringLiteral("0x"));
+    m_access.addField(&block, 2.5f);
+    m_access.addField(&block, 0.1);
+    m_access.addField(&block, quint64(1) << 40);
+    m_access.addField(&block, true);
+    m_access.addField(&block, false);
+    QStringList got;
+    for (NerikResultDataXml::Field const& field : block.GetFields()) {
+        EXPECT_EQ(field.GetName(), QStringLiteral("L"));
+        got << field.GetValue() + QLatin1Char('|') + field.GetType();
+    }
+    EXPECT_EQ(got, QStringList({"v|t", "text|string", "4294967295|int", "0x001f|int",
+                                "0x00000101|int", "0x1234|int", "2.5|float", "0.1|float",
+                                "1099511627776|int", "true|bool", "false|bool"}));
+    m_access.crc(&block, 1);
+    EXPECT_EQ(block.GetCRC(), QStringLiteral("ok"));
+    m_access.crc(&block, 2);
+    EXPECT_EQ(block.GetCRC(), QStringLiteral("not ok"));
+    m_access.crc(&block, 3);
+    EXPECT_EQ(block.GetCRC(), QStringLiteral("not ok"));
+}
+
+TEST_F(TransmissionSystemModelTest, PayloadsWithoutAlphabetAreCleanedBytes)
+{
+    PDUDataBlock block;
+    m_access.asciiPayload(&block, QByteArray("\x41\xA0\x07\x0D", 4));
+    NerikResultDataXml::Payload const& payload = block.GetPayload();
+    EXPECT_EQ(payload.GetName(), QStringLiteral("Message"));
+    EXPECT_EQ(payload.GetContent(), QStringLiteral("A\n_\r"));
+    EXPECT_TRUE(payload.GetContentCode().isNull());
+    EXPECT_EQ(payload.GetData(), QByteArray("\x41\xA0\x07\x0D", 4));
+    EXPECT_EQ(payload.GetDataElements(), 4u);
+    EXPECT_EQ(payload.GetDataBits(), 8u);
+
+    m_access.packedAscii(&block, {0x44434241, 0x00004645, 0x47});
+    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("ABCDEF"));
+    EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
+    m_access.packedAscii(&block, {0x44434241});
+    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("ABCD"));
+
+    m_access.packedUnicode(&block, {0x00E90048, 0x000000A0, 0x41});
+    EXPECT_EQ(block.GetPayload().GetName(), QStringLiteral("UNICODE"));
+    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("Hé\n"));
+    EXPECT_EQ(block.GetPayload().GetData(), QByteArray("H\0\xE9\0\xA0\0", 6));
+    EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
+
+    m_access.binaryPayload(&block, {0x0D074241u}, 3, 8);
+    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("AB_"));
+    EXPECT_EQ(block.GetPayload().GetData(), QByteArray("AB\x07", 3));
+    m_access.binaryPayload(&block, {0x0FFFu}, 1, 12);
+    EXPECT_EQ(block.GetPayload().GetData().size(), 2);
+    EXPECT_EQ(block.GetPayload().GetDataBits(), 12u);
+}
+
+TEST_F(TransmissionSystemModelTest, AlphabetDecodesAndRetranslates)
+{
+    ASSERT_TRUE(m_model.setAlphabetsDirectory(AlphabetsDirectory));
+    EXPECT_TRUE(m_model.getAllAlphabets().contains(QStringLiteral("ASCII")));
+    bool changed = false;
+    EXPECT_FALSE(m_model.setAlphabet(QString(), changed));
+    EXPECT_FALSE(m_model.setAlphabet(QStringLiteral("None"), changed));
+    EXPECT_FALSE(changed);
+    EXPECT_FALSE(m_model.setAlphabet(QStringLiteral("Klingon"), changed));
+    EXPECT_TRUE(changed);
+    EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("None"));
+
+    QByteArray start = tsFrame(BaseTime, "", 14);
+    ASSERT_TRUE(m_model.processData(start));
+    PDUDataBlock* block = m_access.begin(utc(BaseTime));
+    m_access.asciiPayload(block, QByteArray("HI\x07", 3));
+    block->AddUserData(new NerikResultDataXml::UserData);
+    m_access.end(block, nullptr, utc(BaseTime));
+
+    ASSERT_TRUE(m_model.setAlphabet(QStringLiteral("ASCII"), changed));
+    m_model.translateCurrentTransmission();
+    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("HI") + QChar(0x2407));
+    EXPECT_EQ(block->GetPayload().GetContentCode(), QStringLiteral("ASCII"));
+    EXPECT_TRUE(block->GetUserData().isEmpty());
+
+    // A demodulator that does not offer the alphabet falls back to none.
+    ASSERT_TRUE(m_model.setDemodulator(QStringLiteral("ASCII")));
+    EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("ASCII"));
+    EXPECT_TRUE(m_model.getAvailableAlphabets().contains(QStringLiteral("ASCII")));
+    ASSERT_TRUE(m_model.setDemodulator(QStringLiteral("PSK31")));
+    EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("None"));
+    m_model.translateCurrentTransmission();
+    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("HI_"));
+    EXPECT_EQ(block->GetPayload().GetContentCode(), QStringLiteral("None"));
+}
+
+// --- The converter ---------------------------------------------------------------------------
+
+TEST(TransmissionSystemConverter, RejectedThirdFrameEndsTheConversionAndKeepsTheFirstTwo)
+{
+    QTemporaryDir directory;
+    ASSERT_TRUE(directory.isValid());
+    using zelkorecording::RecordingWriter;
+    QByteArray const bytes =
+        frame(BaseTime, "One", 14) + frame(BaseTime + 1000, "Ignored", 13) +
+        frame(BaseTime + 2000, "Two", 15) +
+        RecordingWriter::frameBytes(FrameType::DecodedText, payload(BaseTime + 3000, "", 14)) +
+        frame(BaseTime + 4000, "After", 14);
+    QString const input = directory.filePath(QStringLiteral("in.zdr"));
+    QFile file(input);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    file.close();
+
+    zelkotest::TraceCapture const capture(0x20);
+    TransmissionSystemConverter converter;
+    converter.convertFile(input, directory.path(), JobSpec::Settings(), 0);
+
+    ASSERT_EQ(capture.lines().size(), 1u);
+    zelkotest::TraceLine const& line = capture.lines().front();
+    EXPECT_EQ(line.message, QStringLiteral("convertFile(%1): invalid frame header").arg(input));
+    EXPECT_EQ(line.sourceFile, QStringLiteral("massdatamanagement/zelkodatastreamconverter/"
+                                              "transmissionsystemconverter"));
+    EXPECT_EQ(line.line, 50);
+
+    QStringList const results =
+        QDir(directory.path()).entryList({QStringLiteral("NerikResultData_*.xml")});
+    ASSERT_EQ(results.size(), 1);
+    QFile result(directory.filePath(results.front()));
+    ASSERT_TRUE(result.open(QIODevice::ReadOnly));
+    NerikResultDataXml::NerikResultData document;
+    ASSERT_TRUE(document.SetXmlString(QString::fromUtf8(result.readAll())));
+    ASSERT_EQ(document.GetTransmission().size(), 1);
+    QStringList names;
+    for (PDUDataBlock const* block : document.GetTransmission().front()->GetPDUDataBlocks()) {
+        names << block->GetName();
+    }
+    EXPECT_EQ(names, QStringList({"One", "Two"}));
+}
+
+} // namespace
