@@ -108,7 +108,7 @@ void writeFmsZveiEvening(RecordingWriter& out)
     };
     status(6, 3, 0x42, "4401", 2, false, false);  // fire engine on the station
     status(13, 3, 0x42, "8312", 3, false, false); // ambulance takes a call
-    status(13, 3, 0x42, "8312", 14, true, false); // automatic acknowledgement
+    status(13, 3, 0x42, "8312", 15, true, false); // automatic acknowledgement
     tone(1, "2154");                              // alerting of a brigade
     tone(1, "2155");
     status(6, 3, 0x42, "4401", 3, false, false);     // fire engine takes the call
