@@ -129,7 +129,7 @@ struct CutRow
     QByteArray record;
     char const* field; // checked field, or the payload when null
     char const* expected;
-    int children = 0;
+    int children = 0; // F7W: the sub-channel blocks; row.field is read from the last one
 };
 
 void PrintTo(CutRow const& row, std::ostream* os)
@@ -172,6 +172,11 @@ std::vector<CutRow> cutRows()
     vdew.callNumber = "12345678";
     AcarsRecord acars;
     acars.message = "H1";
+    AcarsRecord acarsText;
+    acarsText.message = "ABCDEFGH";
+    PacketRadioRecord information;
+    information.frameType = PacketRadioRecord::Information;
+    information.information = "INFORMATION";
     return {
         // The stated count runs past the frame: the text ends with the frame.
         {"AsciiCountPastFrame", TransmissionSystem::ASCII,
@@ -186,6 +191,12 @@ std::vector<CutRow> cutRows()
         // A count shorter than the text ends it.
         {"PocsagCountShorterThanText", TransmissionSystem::POCSAG,
          withWord(page(fourWords).record(), 3, 2), nullptr, "ABCDEFGH"},
+        {"AcarsCountShorterThanText", TransmissionSystem::ACARS, withWord(acarsText.record(), 9, 1),
+         nullptr, "ABCD"},
+        {"Mpt1327ShortDataCountShorterThanText", TransmissionSystem::MPT1327,
+         withWord(Mpt1327Record::shortData("SDMXYZ"), 1, 1), nullptr, "SDMX"},
+        {"Ax25CountShorterThanInformation", TransmissionSystem::PacketRadio,
+         withWord(information.record(), 22, 1), nullptr, "INFO"},
         {"VdewCallNumberPastFrame", TransmissionSystem::ZveiVdew,
          withWord(vdew.record(), 4, 0xFFFFFFFF), "Call Number", "12345678"},
         {"PactorBytesPastFrame", TransmissionSystem::PACTOR,
@@ -210,18 +221,34 @@ std::vector<CutRow> cutRows()
          Mpt1327Record::call(0, "A", "B", 1, 0x100000000ull + 145000000ull, 2).left(32),
          "Frequency", "145. MHz"},
         // F7W: a sub-channel that does not fit ends the list; the ones before it stay.
-        {"F7WWhole", TransmissionSystem::F7W, twoSubChannels, nullptr, nullptr, 2},
+        {"F7WWhole", TransmissionSystem::F7W, twoSubChannels, "Baudrate", "100", 2},
         {"F7WSecondPayloadCut", TransmissionSystem::F7W,
          twoSubChannels.left(twoSubChannels.size() - 4), nullptr, nullptr, 1},
         {"F7WSecondHeaderCut", TransmissionSystem::F7W,
          twoSubChannels.left(twoSubChannels.size() - 12), nullptr, nullptr, 1},
         {"F7WZeroBitElements", TransmissionSystem::F7W,
          f7w({F7WSubChannel{1, "Z", 0, 5, 0, QByteArray()}}).record(), nullptr, nullptr, 0},
+        {"F7WThirtyTwoBitElements", TransmissionSystem::F7W,
+         f7w({F7WSubChannel{1, "Z", 0, 1, 32, QByteArray("\x01\x02\x03\x04", 4)}}).record(),
+         "Sub Channel Name", "Z", 1},
         {"F7WThirtyThreeBitElements", TransmissionSystem::F7W,
          f7w({F7WSubChannel{1, "Z", 0, 1, 33, QByteArray(8, 'x')}}).record(), nullptr, nullptr, 0},
         {"F7WChannelCountPastFrame", TransmissionSystem::F7W,
          withWord(f7w({F7WSubChannel::text(1, "A", "X")}).record(), 0, 0xFFFFFFFF), nullptr,
          nullptr, 1},
+        // One channel stated, two in the record: the second is not read.
+        {"F7WChannelCountBelowChannels", TransmissionSystem::F7W,
+         withWord(F7WRecord{{F7WChannel{1, 0, {F7WSubChannel::text(1, "A", "X")}},
+                             F7WChannel{2, 0, {F7WSubChannel::text(1, "B", "Y")}}}}
+                      .record(),
+                  0, 1),
+         "Channel", "1", 1},
+        {"F7WLastRateCode", TransmissionSystem::F7W,
+         F7WRecord{{F7WChannel{1, 7, {F7WSubChannel::text(1, "A", "X")}}}}.record(), "Baudrate",
+         "300", 1},
+        {"F7WRateCodePastTable", TransmissionSystem::F7W,
+         F7WRecord{{F7WChannel{1, 8, {F7WSubChannel::text(1, "A", "X")}}}}.record(), "Baudrate",
+         "0", 1},
     };
 }
 
@@ -240,7 +267,11 @@ TEST_P(CutRecord, ReadsAsFarAsTheFrameGoes)
     ASSERT_EQ(blocks.size(), 1);
     PDUDataBlock const& block = *blocks.front();
     if (row.system == TransmissionSystem::F7W) {
-        EXPECT_EQ(block.GetPDUDataBlocks().size(), row.children);
+        ASSERT_EQ(block.GetPDUDataBlocks().size(), row.children);
+        if (row.field != nullptr) {
+            EXPECT_EQ(fieldValue(*block.GetPDUDataBlocks().back(), QString::fromLatin1(row.field)),
+                      QString::fromUtf8(row.expected));
+        }
     } else if (row.field != nullptr) {
         EXPECT_EQ(fieldValue(block, QString::fromLatin1(row.field)),
                   QString::fromUtf8(row.expected));
@@ -251,5 +282,103 @@ TEST_P(CutRecord, ReadsAsFarAsTheFrameGoes)
 
 INSTANTIATE_TEST_SUITE_P(Records, CutRecord, ::testing::ValuesIn(cutRows()),
                          [](auto const& info) { return std::string(info.param.name); });
+
+// --- Multi-block ACARS messages and the end of an AX.25 link ------------------------------
+
+// One frame of a sequence: ACARS blocks ('m' more to come, 'l' last block; 'o' and 'n' the
+// same without a block name) or a POCSAG page ('p') in between.
+QByteArray sequenceFrame(char kind, quint64 time)
+{
+    if (kind == 'p') {
+        return RecordingWriter::frameBytes(zelkodatastreamconverter::FrameType::TransmissionSystem,
+                                           transmissionSystemPayload(TransmissionSystem::POCSAG,
+                                                                     time, "POCSAG",
+                                                                     page("P").record()));
+    }
+    AcarsRecord block;
+    block.lastBlock = kind == 'l' || kind == 'n';
+    block.message = "PART";
+    return RecordingWriter::frameBytes(
+        zelkodatastreamconverter::FrameType::TransmissionSystem,
+        transmissionSystemPayload(TransmissionSystem::ACARS, time,
+                                  kind == 'n' || kind == 'o' ? QByteArray() : "ACARS",
+                                  block.record()));
+}
+
+// The transmission's top-level blocks, each as its number of children.
+std::string shape(TransmissionSystemModel const& model)
+{
+    std::string text;
+    for (PDUDataBlock const* block : model.getCurrentTransmission()->GetPDUDataBlocks()) {
+        text += std::to_string(block->GetPDUDataBlocks().size());
+    }
+    return text;
+}
+
+struct SequenceRow
+{
+    char const* name;
+    char const* frames;  // one kind a frame, see sequenceFrame()
+    char const* shape;   // children of each top-level block
+    char const* offsets; // getPDUOffset() after each frame, as digits ('-' for -1)
+};
+
+class AcarsSequence : public ::testing::TestWithParam<SequenceRow>
+{
+};
+
+TEST_P(AcarsSequence, NestsContinuedBlocksUnderOneParent)
+{
+    SequenceRow const& row = GetParam();
+    TransmissionSystemModel model;
+    std::string offsets;
+    quint64 time = FrameTime;
+    for (char const* kind = row.frames; *kind != '\0'; ++kind) {
+        QByteArray bytes = sequenceFrame(*kind, time += 1000000);
+        ASSERT_TRUE(model.processData(bytes));
+        int const offset = model.getPDUOffset();
+        offsets += offset < 0 ? '-' : char('0' + offset);
+    }
+    EXPECT_EQ(shape(model), row.shape);
+    EXPECT_EQ(offsets, row.offsets);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Messages, AcarsSequence,
+    ::testing::Values(SequenceRow{"ThreeBlocks", "mml", "3", "000"},
+                      SequenceRow{"SingleBlocks", "ll", "00", "01"},
+                      SequenceRow{"SingleThenTwoBlocksThenSingle", "lmll", "020", "0112"},
+                      // Another system's block ends the message; its last block stands alone.
+                      SequenceRow{"InterruptedByAPage", "mpl", "100", "012"},
+                      SequenceRow{"TwoMessages", "mlml", "22", "0011"},
+                      // Without a name no parent is kept: the blocks stand on their own.
+                      SequenceRow{"NamelessBlocks", "oon", "000", "012"}),
+    [](auto const& info) { return std::string(info.param.name); });
+
+TEST(PacketRadioLink, OnlyADisconnectRequestEndsTheConnection)
+{
+    struct Row
+    {
+        char const* name;
+        quint32 frameType;
+        quint32 function;
+        bool ends;
+    };
+    using R = PacketRadioRecord;
+    Row const rows[] = {
+        {"DISC", R::Unnumbered, R::DISC, true},  {"UA", R::Unnumbered, R::UA, false},
+        {"SABM", R::Unnumbered, R::SABM, false}, {"I frame N(S) 3", R::Information, 3, false},
+        {"SREJ", R::Supervisory, 3, false},      {"unknown type", 3, 3, false},
+    };
+    TransmissionSystemModel model;
+    for (Row const& row : rows) {
+        PacketRadioRecord record;
+        record.frameType = row.frameType;
+        record.word19 = row.function;
+        QByteArray bytes = frame(TransmissionSystem::PacketRadio, record.record());
+        ASSERT_TRUE(model.processData(bytes));
+        EXPECT_EQ(model.getEndConnection(), row.ends) << row.name;
+    }
+}
 
 } // namespace
