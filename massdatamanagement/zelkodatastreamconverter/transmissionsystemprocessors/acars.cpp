@@ -12,7 +12,7 @@ namespace zelkodatastreamconverter {
 TransmissionSystemModel::PDUDataBlock* TransmissionSystemModel::Process_ACARS(PDUDataBlock* block,
                                                                               void* record)
 {
-    if (record == nullptr || block == nullptr) {
+    if (record == nullptr) {
         return nullptr;
     }
     RecordWords const words(record, WordsAvailable(record, 0));

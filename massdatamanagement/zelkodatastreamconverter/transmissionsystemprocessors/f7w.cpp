@@ -72,7 +72,7 @@ bool readSubChannel(RecordWords const& words, unsigned index, SubChannel& sub)
 TransmissionSystemModel::PDUDataBlock* TransmissionSystemModel::Process_F7W(PDUDataBlock* block,
                                                                             void* record)
 {
-    if (record == nullptr || block == nullptr) {
+    if (record == nullptr) {
         return block;
     }
     RecordWords const words(record, WordsAvailable(record, 0));

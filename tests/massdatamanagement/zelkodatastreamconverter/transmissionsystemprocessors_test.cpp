@@ -243,6 +243,12 @@ std::vector<CutRow> cutRows()
                       .record(),
                   0, 1),
          "Channel", "1", 1},
+        // A long payload: the next sub-channel starts right behind its last word.
+        {"F7WLongPayloadThenAnother", TransmissionSystem::F7W,
+         f7w({F7WSubChannel::text(1, "LONG", QByteArray(300, 'L')),
+              F7WSubChannel::text(2, "NEXT", "X")})
+             .record(),
+         "Sub Channel Name", "NEXT", 2},
         {"F7WLastRateCode", TransmissionSystem::F7W,
          F7WRecord{{F7WChannel{1, 7, {F7WSubChannel::text(1, "A", "X")}}}}.record(), "Baudrate",
          "300", 1},
