@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <recordingwriter/recordingwriter.h>
 #include <reportkit/results.h>
@@ -137,11 +138,11 @@ TEST_F(ZelkoConvert, AudioByExtensionOrContentBecomesBroadcastWaveAndSession)
     // The same FLAC under a name that tells nothing: its signature picks the audio kind.
     QString const unnamed = m_dir.filePath(QStringLiteral("unnamed.bin"));
     ASSERT_TRUE(QFile::copy(sample("audio-tone-bursts.flac"), unnamed));
-    ToolRun const result = run({QStringLiteral("-o"), output(), QStringLiteral("--xml"),
-                                QStringLiteral("-j"), QStringLiteral("2"),
-                                QStringLiteral("--frequency"), QStringLiteral("7000000"),
-                                QStringLiteral("--start"), QStringLiteral("2024-01-31T23:59:58.001"),
-                                sample("audio-tone-bursts.flac"), unnamed});
+    ToolRun const result =
+        run({QStringLiteral("-o"), output(), QStringLiteral("--xml"), QStringLiteral("-j"),
+             QStringLiteral("2"), QStringLiteral("--frequency"), QStringLiteral("7000000"),
+             QStringLiteral("--start"), QStringLiteral("2024-01-31T23:59:58.001"),
+             sample("audio-tone-bursts.flac"), unnamed});
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     REPORTKIT::Results results;
     ASSERT_TRUE(results.SetXmlString(result.out, 0)) << result.out.toStdString();
@@ -157,9 +158,10 @@ TEST_F(ZelkoConvert, AudioByExtensionOrContentBecomesBroadcastWaveAndSession)
               "AudioSession audio-tone-bursts.session.xml 2024-01-31T23:59:58.001Z 0\n"
               "AudioData unnamed.wav 2024-01-31T23:59:58.001Z 7000000\n"
               "AudioSession unnamed.session.xml 2024-01-31T23:59:58.001Z 0");
-    EXPECT_EQ(zelkotest::validateXmlFile(QDir(output()).filePath(QStringLiteral("unnamed.session.xml")),
-                                         QStringLiteral("audiosession.xsd")),
-              QString());
+    EXPECT_EQ(
+        zelkotest::validateXmlFile(QDir(output()).filePath(QStringLiteral("unnamed.session.xml")),
+                                   QStringLiteral("audiosession.xsd")),
+        QString());
 }
 
 struct BadCall
@@ -235,6 +237,31 @@ INSTANTIATE_TEST_SUITE_P(
                 1,
                 "no frame found"}),
     [](testing::TestParamInfo<BadCall> const& info) { return std::string(info.param.name); });
+
+// A transmission-system recording is chosen by its first frame and written as PDU blocks.
+TEST_F(ZelkoConvert, TransmissionSystemRecording)
+{
+    QFile input(m_dir.filePath(QStringLiteral("pager.zdr")));
+    ASSERT_TRUE(input.open(QIODevice::WriteOnly));
+    zelkorecording::RecordingWriter writer(&input);
+    QByteArray payload(32, '\0'); // time, the name "Pager", code 14 (a system without fields)
+    payload.replace(8, 5, "Pager");
+    payload[24] = 14;
+    quint64 const time = 1700000000000000; // 2023-11-14 22:13:20 UTC
+    std::memcpy(payload.data(), &time, sizeof time);
+    ASSERT_TRUE(writer.writeFrame(368, payload));
+    input.close();
+
+    ToolRun const result = run({QStringLiteral("-o"), output(), input.fileName()});
+    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.out.contains(QStringLiteral("TransmissionSystem")));
+    QStringList const files = resultFiles();
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_TRUE(readResult(files.front()).contains(QStringLiteral("name=\"Pager\"")));
+    EXPECT_EQ(zelkotest::validateXmlFile(QDir(output()).filePath(files.front()),
+                                         QStringLiteral("nerikresultdata.xsd")),
+              QString());
+}
 
 // An alphabet is never dropped unseen: without a decoder the first that offers it is used,
 // and where the decoder cannot use it a note says so.
