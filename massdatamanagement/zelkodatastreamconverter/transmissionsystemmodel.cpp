@@ -724,16 +724,97 @@ void TransmissionSystemModel::SetCRC(PDUDataBlock* block, bool ok)
 
 // --- PDU frames ------------------------------------------------------------------------------
 
-void TransmissionSystemModel::ProcessPDU(QByteArray const&) {}
-void TransmissionSystemModel::ProcessPDUVector(std::vector<CPDU*>&) {}
-void TransmissionSystemModel::ProcessPDUSubVectors(PDUDataBlock*, std::vector<CPDU*>&,
-                                                   QString const&, quint64)
+void TransmissionSystemModel::ProcessPDU(QByteArray const& frame)
 {
+    m_pduConverter = nullptr;
+    if (m_pduDecoding == nullptr || frame.size() < RecordOffset + 4) {
+        return;
+    }
+    m_pduConverter =
+        m_pduDecoding->getPDU_ConverterByCOMMSYSTYPE(read<quint32>(frame, RecordOffset));
+    if (m_pduConverter == nullptr) {
+        return;
+    }
+    std::vector<CPDU*> pdus = m_pduConverter->decodeFrame(frame);
+    ProcessPDUVector(pdus);
+    qDeleteAll(pdus);
 }
-void TransmissionSystemModel::ProcessPDUFields(PDUDataBlock*,
-                                               std::vector<CPDU_FieldContainer*> const&,
-                                               QStringList&, quint64)
+
+void TransmissionSystemModel::ProcessPDUVector(std::vector<CPDU*>& pdus)
 {
+    for (CPDU const* pdu : pdus) {
+        if (pdu == nullptr) {
+            continue;
+        }
+        QDateTime const time = ToDateTime(pdu->getTimeStamp());
+        PDUDataBlock* block =
+            BeginBlock(pdu->getPDU_ID(), time, m_pduDecoding->pduIdToString(pdu->getPDU_ID()));
+        SetCRC(block, pdu->getCheckSumState());
+        QStringList headers = m_pduDecoding->getHeaders(pdu->getPDU_ID());
+        ProcessPDUFields(block, pdu->getFields(), headers, pdu->getTimeStamp());
+        EndBlock(block, nullptr, time);
+    }
+}
+
+void TransmissionSystemModel::ProcessPDUSubVectors(PDUDataBlock* parent, std::vector<CPDU*>& pdus,
+                                                   QString const&, quint64 time)
+{
+    // Nested units have no time of their own worth showing: they take their parent's.
+    QDateTime const parentTime = ToDateTime(time);
+    for (CPDU const* pdu : pdus) {
+        if (pdu == nullptr) {
+            continue;
+        }
+        PDUDataBlock* block = BeginBlock(pdu->getPDU_ID(), parentTime,
+                                         m_pduDecoding->pduIdToString(pdu->getPDU_ID()));
+        SetCRC(block, pdu->getCheckSumState());
+        QStringList headers = m_pduDecoding->getHeaders(pdu->getPDU_ID());
+        ProcessPDUFields(block, pdu->getFields(), headers, time);
+        EndBlock(block, parent, parentTime);
+    }
+}
+
+void TransmissionSystemModel::ProcessPDUFields(PDUDataBlock* block,
+                                               std::vector<CPDU_FieldContainer*> const& fields,
+                                               QStringList& headers, quint64 time)
+{
+    bool const isAIS = block->GetName().startsWith(QLatin1String("AIS"));
+    for (size_t i = 0; i < fields.size(); ++i) {
+        // Surplus fields keep their place and are labelled "?".
+        if (int(i) >= headers.size()) {
+            headers.append(QStringLiteral("?"));
+        }
+        QString const& label = headers[int(i)];
+        CPDU_FieldContainer* field = fields[i];
+        if (field == nullptr) {
+            continue;
+        }
+        unsigned bits = 0;
+        unsigned count = 0;
+        if (field->isExpandable()) {
+            std::vector<CPDU*> subPdus = m_pduConverter->getSubPDUs(field);
+            ProcessPDUSubVectors(block, subPdus, label, time);
+            qDeleteAll(subPdus);
+        } else if (field->getDataTranslation() != 0) {
+            AddField(block, label, m_pduDecoding->dataIdToString(field->getDataTranslation()),
+                     TypeString);
+        } else if (field->getFieldClass() == CPDU_FieldContainer::PayloadFieldClass) {
+            unsigned* data = field->getData(bits, count);
+            SetBinaryPayload(block, label, field->getDataRepresentation(), count, bits, data);
+        } else {
+            unsigned* data = field->getData(bits, count);
+            QString value;
+            QString type;
+            FormatData(field->getDataRepresentation(), count, bits, data, value, type);
+            AddField(block, label, value, type);
+            // An AIS safety message's text is also its message.
+            if (isAIS && field->getDataRepresentation() == PDU_REPRESENTATION_STRING &&
+                label == QLatin1String("Text")) {
+                QByteArray bytes = value.toLatin1();
+                SetPayload(block, label, value, bytes, QString(), false);
+            }
+        }
+    }
 }
 
 // --- Re-translation --------------------------------------------------------------------------

@@ -429,6 +429,115 @@ TEST_F(TransmissionSystemModelTest, AlphabetDecodesAndRetranslates)
     EXPECT_EQ(block->GetPayload().GetContentCode(), QStringLiteral("None"));
 }
 
+// --- PDU frames through a decoding library ----------------------------------------------------
+
+struct TestField : CPDU_FieldContainer
+{
+    TestField(unsigned c, unsigned r, unsigned t, unsigned b, std::vector<unsigned> d,
+              unsigned n = 1)
+        : fieldClass(c), representation(r), translation(t), bits(b), count(n), data(std::move(d))
+    {
+    }
+    unsigned fieldClass, representation, translation, bits, count;
+    std::vector<unsigned> data;
+    bool expandable = false;
+    unsigned getFieldClass() const override { return fieldClass; }
+    ePDU_DATAREPRESENTATION getDataRepresentation() const override
+    {
+        return ePDU_DATAREPRESENTATION(representation);
+    }
+    unsigned getDataTranslation() const override { return translation; }
+    unsigned* getData(unsigned& b, unsigned& n) const override
+    {
+        b = bits;
+        n = count;
+        return const_cast<unsigned*>(data.data());
+    }
+    bool isExpandable() const override { return expandable; }
+};
+
+struct TestPdu : CPDU
+{
+    unsigned id;
+    quint64 time;
+    std::vector<CPDU_FieldContainer*> fields;
+    TestPdu(unsigned i, quint64 t, std::vector<CPDU_FieldContainer*> f) : id(i), time(t), fields(f)
+    {
+    }
+    ~TestPdu() override { qDeleteAll(fields); }
+    unsigned getPDU_ID() const override { return id; }
+    ePDU_CHECKSUM_STATE getCheckSumState() const override
+    {
+        return ePDU_CHECKSUM_STATE(id == 1 ? 2 : 1);
+    }
+    quint64 getTimeStamp() const override { return time; }
+    std::vector<CPDU_FieldContainer*> const& getFields() const override { return fields; }
+};
+
+// Unit 1 ("AIS Safety", CRC wrong): a text, a translated value, a nested unit 3 (CRC ok) with
+// a payload, and a surplus field. Unit 4 has no name and no content and is dropped.
+struct TestDecoding : IPduDecoding, IPduConverter
+{
+    IPduConverter* getPDU_ConverterByCOMMSYSTYPE(unsigned type) override
+    {
+        return type == 7 ? this : nullptr;
+    }
+    QString pduIdToString(unsigned id) const override
+    {
+        return id == 1 ? QStringLiteral("AIS Safety") : id == 3 ? QStringLiteral("Sub") : QString();
+    }
+    QStringList getHeaders(unsigned id) const override
+    {
+        return id == 1 ? QStringList({"Text", "Kind", "Nested"}) : QStringList();
+    }
+    QString dataIdToString(unsigned id) const override { return QString::number(id * 10); }
+    std::vector<CPDU*> getSubPDUs(CPDU_FieldContainer*) override
+    {
+        return {new TestPdu(3, BaseTime + 7000000, {new TestField{8, 6, 0, 8, {0x00434241u}, 3}})};
+    }
+    std::vector<CPDU*> decodeFrame(QByteArray const&) override
+    {
+        auto* nested = new TestField{0, 0, 0, 8, {0}};
+        nested->expandable = true;
+        return {
+            new TestPdu(1, BaseTime,
+                        {new TestField{0, 6, 0, 8, {0x0049A048u}, 3},
+                         new TestField{0, 3, 4, 8, {0}}, nested, new TestField{0, 1, 0, 8, {1}}}),
+            new TestPdu(4, BaseTime, {})};
+    }
+};
+
+TEST_F(TransmissionSystemModelTest, PduFramesGoThroughTheDecodingLibrary)
+{
+    QByteArray pduFrame =
+        frame(BaseTime, "", TransmissionSystemModel::PduCode) + QByteArray::fromHex("07000000");
+    ASSERT_TRUE(m_model.processData(pduFrame));
+    EXPECT_EQ(blockCount(), 0); // no decoding library
+    TestDecoding decoding;
+    m_model.setPduDecoding(&decoding);
+    ASSERT_TRUE(m_model.processData(pduFrame));
+    ASSERT_EQ(blockCount(), 1);
+    PDUDataBlock const* block = m_model.getCurrentTransmission()->GetPDUDataBlocks().front();
+    EXPECT_EQ(block->GetType(), 1u);
+    EXPECT_EQ(block->GetCRC(), QStringLiteral("not ok"));
+    QStringList fields;
+    for (NerikResultDataXml::Field const& field : block->GetFields()) {
+        fields << field.GetName() + QLatin1Char('=') + field.GetValue() + QLatin1Char('|') +
+                      field.GetType();
+    }
+    EXPECT_EQ(fields, QStringList({"Text=H\nI|string", "Kind=40|string", "?=true|bool"}));
+    // An AIS text is also the message, with no content code.
+    EXPECT_EQ(block->GetPayload().GetName(), QStringLiteral("Text"));
+    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("H\nI"));
+    EXPECT_TRUE(block->GetPayload().GetContentCode().isEmpty());
+    ASSERT_EQ(block->GetPDUDataBlocks().size(), 1);
+    PDUDataBlock const* nested = block->GetPDUDataBlocks().front();
+    EXPECT_EQ(nested->GetCRC(), QStringLiteral("ok"));
+    EXPECT_EQ(nested->GetTimeStamp(), utc(BaseTime));
+    EXPECT_EQ(nested->GetPayload().GetName(), QStringLiteral("?"));
+    EXPECT_EQ(nested->GetPayload().GetContent(), QStringLiteral("ABC"));
+}
+
 // --- The converter ---------------------------------------------------------------------------
 
 TEST(TransmissionSystemConverter, RejectedThirdFrameEndsTheConversionAndKeepsTheFirstTwo)
