@@ -2,8 +2,6 @@
 #include "../transmissionsystemhelper.h"
 #include "recordwords.h"
 
-#include <array>
-
 namespace zelkodatastreamconverter {
 
 namespace {
@@ -47,11 +45,9 @@ void TransmissionSystemModel::Process_PACKET_RADIO(PDUDataBlock* block, void* re
     RecordWords const words(record, WordsAvailable(record, 0));
     // An address may lie partly past a cut frame; it is read from a copy.
     auto const address = [&words](unsigned first) {
-        std::array<int, 4> copy{};
-        for (unsigned i = 0; i < copy.size(); ++i) {
-            copy[i] = int(words.at(first + i));
-        }
-        return PACKET_RADIO_Address(copy.data());
+        int copy[] = {int(words.at(first)), int(words.at(first + 1)), int(words.at(first + 2)),
+                      int(words.at(first + 3))};
+        return PACKET_RADIO_Address(copy);
     };
     quint32 const frameType = words.at(1);
     quint32 const function = words.at(19);
@@ -75,8 +71,6 @@ void TransmissionSystemModel::Process_PACKET_RADIO(PDUDataBlock* block, void* re
         AddField(block, tr("Modifier Function"), m_helper->GetPR_MODIFIER_FUNCTION(function));
         AddField(block, tr("Poll/Final"), words.at(20) != 0);
         m_endConnection = function == DisconnectRequest;
-        break;
-    default:
         break;
     }
     unsigned const bytes = words.elementCount(InformationWord, 4u * quint64(words.at(22)), 8);

@@ -158,6 +158,9 @@ std::vector<CutRow> cutRows()
     disc.sender.callSign = "DL1ABC";
     disc.sender.ssid = 5;
     QByteArray const ax25 = disc.record();
+    PacketRadioRecord fullCall;
+    fullCall.sender.callSign = "ABCDEFGH";
+    fullCall.sender.ssid = 'A';
     F7WSubChannel raw;
     raw.payloadType = F7WSubChannel::Raw;
     raw.elementCount = 64;
@@ -197,6 +200,10 @@ std::vector<CutRow> cutRows()
          withWord(Mpt1327Record::shortData("SDMXYZ"), 1, 1), nullptr, "SDMX"},
         {"Ax25CountShorterThanInformation", TransmissionSystem::PacketRadio,
          withWord(information.record(), 22, 1), nullptr, "INFO"},
+        {"UnicodeCountShorterThanText", TransmissionSystem::Unicode,
+         withWord(UnicodeRecord{QStringLiteral("Straße")}.record(), 0, 1), nullptr, "St"},
+        {"VdewCallNumberCountShorterThanText", TransmissionSystem::ZveiVdew,
+         withWord(vdew.record(), 4, 1), "Call Number", "1234"},
         {"VdewCallNumberPastFrame", TransmissionSystem::ZveiVdew,
          withWord(vdew.record(), 4, 0xFFFFFFFF), "Call Number", "12345678"},
         {"PactorBytesPastFrame", TransmissionSystem::PACTOR,
@@ -215,6 +222,9 @@ std::vector<CutRow> cutRows()
          "0:DL1ABC"},
         {"Ax25CutAfterSenderSsid", TransmissionSystem::PacketRadio, ax25.left(24), "Sender",
          "5:DL1ABC"},
+        // A call sign fills its two words; the SSID behind it is no part of it.
+        {"Ax25FullLengthCallSign", TransmissionSystem::PacketRadio, fullCall.record(), "Sender",
+         "65:ABCDEFGH"},
         {"AtisCutInsideShipId", TransmissionSystem::ATIS,
          AtisRecord{211, "123456"}.record().left(6), "Ship ID", "12"},
         {"Mpt1327CallCutInFrequency", TransmissionSystem::MPT1327,
@@ -249,6 +259,15 @@ std::vector<CutRow> cutRows()
               F7WSubChannel::text(2, "NEXT", "X")})
              .record(),
          "Sub Channel Name", "NEXT", 2},
+        // A name fills its ten words; an empty last sub-channel ends the record exactly.
+        {"F7WFullLengthNameAndEmptyLast", TransmissionSystem::F7W,
+         f7w({F7WSubChannel::text(1, QByteArray(40, 'N'), "X"),
+              F7WSubChannel{2, "", 1, 0, 8, QByteArray()}})
+             .record(),
+         nullptr, nullptr, 2},
+        {"F7WFullLengthName", TransmissionSystem::F7W,
+         f7w({F7WSubChannel::text(1, QByteArray(40, 'N'), "X")}).record(), "Sub Channel Name",
+         "NNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNN", 1},
         {"F7WLastRateCode", TransmissionSystem::F7W,
          F7WRecord{{F7WChannel{1, 7, {F7WSubChannel::text(1, "A", "X")}}}}.record(), "Baudrate",
          "300", 1},
