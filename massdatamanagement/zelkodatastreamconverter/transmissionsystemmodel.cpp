@@ -541,11 +541,11 @@ void TransmissionSystemModel::FormatFrequency(QString& frequency)
         return;
     }
     frequency.insert(point, QLatin1Char('.'));
-    // Trailing zeros go, up to the point at most; the check starts one before the last
-    // character, as it always has.
+    // Trailing zeros go, up to the point at most (which ends the loop); the check starts one
+    // before the last character, as it always has.
     int last = length - 1;
     if (frequency.at(last) == QLatin1Char('0')) {
-        while (last > 0 && frequency.at(last) == QLatin1Char('0')) {
+        while (frequency.at(last) == QLatin1Char('0')) {
             --last;
         }
         frequency.truncate(last + 1);

@@ -410,6 +410,8 @@ TEST_F(TransmissionSystemModelTest, AlphabetDecodesAndRetranslates)
     EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("ASCII"));
     EXPECT_TRUE(m_model.getAvailableAlphabets().contains(QStringLiteral("ASCII")));
     ASSERT_TRUE(m_model.setDemodulator(QStringLiteral("PSK31")));
+    EXPECT_TRUE(m_model.setDemodulator(QStringLiteral("PSK31")));
+    EXPECT_TRUE(m_model.setAlphabetsDirectory(AlphabetsDirectory));
     EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("None"));
     m_model.translateCurrentTransmission();
     EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("HI_"));
