@@ -33,6 +33,14 @@ struct TransmissionSystemModelTestAccess
         model.EndBlock(block, parent, time);
     }
     bool& continuationPending() { return model.m_continuationPending; }
+    // How many words, and which value, a processor sees from byte offset of frame on.
+    std::pair<unsigned, quint32> word(QByteArray const& frame, int offset, unsigned index)
+    {
+        model.m_frameBegin = frame.constData();
+        model.m_frameEnd = frame.constData() + frame.size();
+        return {model.WordsAvailable(frame.constData() + offset, index),
+                model.Word(frame.constData() + offset, index)};
+    }
     int& pduOffset() { return model.m_pduOffset; }
     template <typename... Args>
     void addField(Block* block, Args... args)
@@ -327,6 +335,18 @@ TEST_F(TransmissionSystemModelTest, ContinuedMessageNestsUnderItsParent)
     m_model.clear();
     ASSERT_TRUE(m_model.processData(start));
     EXPECT_FALSE(m_access.continuationPending());
+}
+
+TEST_F(TransmissionSystemModelTest, RecordWordsEndWithTheFrame)
+{
+    QByteArray const frame = QByteArray::fromHex("01000000020000000300");
+    using Seen = std::pair<unsigned, quint32>;
+    EXPECT_EQ(m_access.word(frame, 0, 0), Seen(2, 1));
+    EXPECT_EQ(m_access.word(frame, 0, 1), Seen(1, 2));
+    EXPECT_EQ(m_access.word(frame, 0, 2), Seen(0, 0)); // two bytes are no word
+    EXPECT_EQ(m_access.word(frame, 4, 0), Seen(1, 2));
+    EXPECT_EQ(m_access.word(frame, 10, 0), Seen(0, 0));
+    EXPECT_EQ(m_access.word(frame, -4, 1), Seen(0, 0));
 }
 
 TEST_F(TransmissionSystemModelTest, FieldForms)
