@@ -1,10 +1,9 @@
 #include "decodedtextmodel.h"
 
 #include "frameformat.h"
+#include "framevalues.h"
 
 #include <alphabetkit/ialphabethandler.h>
-#include <appstartup/cfgcenter.h>
-#include <cstring>
 #include <nerikresultdataxml/datablock.h>
 #include <nerikresultdataxml/transmission.h>
 
@@ -18,31 +17,6 @@ namespace {
 
 constexpr int FirstEntryOffset = 40;
 constexpr int EntrySize = 8;
-
-template <typename T>
-T readAt(QByteArray const& frame, int offset)
-{
-    T value;
-    std::memcpy(&value, frame.constData() + offset, sizeof value);
-    return value;
-}
-
-QString configuredAlphabetsDirectory()
-{
-    // View 4: the configuration is only read here.
-    std::unique_ptr<Cfg> const configuration =
-        CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
-    return configuration
-               ? configuration->GetValue(QStringLiteral("MorseAlphabets"), QStringLiteral("."))
-               : QStringLiteral(".");
-}
-
-// Whole seconds plus the millisecond part; what lies below a millisecond is dropped.
-QDateTime timeFromMicroseconds(quint64 microseconds)
-{
-    return QDateTime::fromMSecsSinceEpoch(
-        qint64(microseconds / 1000000u) * 1000 + qint64((microseconds / 1000u) % 1000u), Qt::UTC);
-}
 
 } // namespace
 

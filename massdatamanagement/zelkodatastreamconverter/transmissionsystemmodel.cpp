@@ -2,11 +2,11 @@
 
 #include "clock.h"
 #include "frameformat.h"
+#include "framevalues.h"
 #include "transmissionsystemhelper.h"
 
 #include <QLocale>
 #include <alphabetkit/udadecoder.h>
-#include <appstartup/cfgcenter.h>
 #include <charconv>
 #include <cstring>
 #include <nerikresultdataxml/nerikresultdata.h>
@@ -16,23 +16,6 @@
 namespace zelkodatastreamconverter {
 
 namespace {
-
-template <typename T>
-T read(QByteArray const& frame, int offset)
-{
-    T value;
-    std::memcpy(&value, frame.constData() + offset, sizeof value);
-    return value;
-}
-
-QString configuredAlphabetsDirectory()
-{
-    std::unique_ptr<Cfg> const configuration =
-        CfgCenter::CreateCfg(QStringLiteral("JobManagement"), QString(), 4);
-    return configuration
-               ? configuration->GetValue(QStringLiteral("MorseAlphabets"), QStringLiteral("."))
-               : QStringLiteral(".");
-}
 
 QString const TypeInt = QStringLiteral("int");
 QString const TypeString = QStringLiteral("string");
@@ -152,16 +135,16 @@ QStringList TransmissionSystemModel::getAvailableAlphabets() const
 
 bool TransmissionSystemModel::processData(QByteArray& frame)
 {
-    if (frame.size() < RecordOffset || read<quint32>(frame, FrameMagicOffset) != FRAME_MAGIC ||
-        read<quint32>(frame, FrameTypeOffset) != HeaderLength) {
+    if (frame.size() < RecordOffset || readAt<quint32>(frame, FrameMagicOffset) != FRAME_MAGIC ||
+        readAt<quint32>(frame, FrameTypeOffset) != HeaderLength) {
         return false;
     }
-    unsigned const code = read<quint32>(frame, CodeOffset) & 0xFFu;
+    unsigned const code = readAt<quint32>(frame, CodeOffset) & 0xFFu;
     m_transmissionType = code;
     if (code == IgnoredCode) {
         return true;
     }
-    m_transmissionTime = read<quint64>(frame, TimeStampOffset);
+    m_transmissionTime = readAt<quint64>(frame, TimeStampOffset);
     QDateTime const time = ToDateTime(m_transmissionTime);
     int nameWords[4];
     std::memcpy(nameWords, frame.constData() + BlockNameOffset, sizeof nameWords);
@@ -207,9 +190,7 @@ int TransmissionSystemModel::getPDUOffset() const
 
 QDateTime TransmissionSystemModel::ToDateTime(quint64 microseconds)
 {
-    // Whole seconds plus the millisecond part; what lies below a millisecond is dropped.
-    return QDateTime::fromMSecsSinceEpoch(
-        qint64(microseconds / 1000000u) * 1000 + qint64((microseconds / 1000u) % 1000u), Qt::UTC);
+    return timeFromMicroseconds(microseconds);
 }
 
 // --- Blocks ----------------------------------------------------------------------------------
@@ -324,39 +305,37 @@ T element(unsigned const* data, unsigned i)
     return value;
 }
 
-template <typename T>
-QString joinNumbers(unsigned const* data, unsigned count)
+// The elements as texts separated by a blank.
+template <typename T, typename Format>
+QString joinElements(unsigned const* data, unsigned count, Format format)
 {
     QStringList parts;
     parts.reserve(int(count));
     for (unsigned i = 0; i < count; ++i) {
-        parts << QString::number(element<T>(data, i));
+        parts << format(element<T>(data, i));
     }
     return parts.join(QLatin1Char(' '));
+}
+
+template <typename T>
+QString joinNumbers(unsigned const* data, unsigned count)
+{
+    return joinElements<T>(data, count, [](T value) { return QString::number(value); });
 }
 
 template <typename T>
 QString joinHex(unsigned const* data, unsigned count)
 {
-    QStringList parts;
-    parts.reserve(int(count));
-    for (unsigned i = 0; i < count; ++i) {
-        parts << QStringLiteral("%1")
-                     .arg(quint64(element<T>(data, i)), 2, 16, QLatin1Char('0'))
-                     .toUpper();
-    }
-    return parts.join(QLatin1Char(' '));
+    return joinElements<T>(data, count, [](T value) {
+        return QStringLiteral("%1").arg(quint64(value), 2, 16, QLatin1Char('0')).toUpper();
+    });
 }
 
 template <typename T>
 QString joinFloats(unsigned const* data, unsigned count)
 {
-    QStringList parts;
-    parts.reserve(int(count));
-    for (unsigned i = 0; i < count; ++i) {
-        parts << QString::number(double(element<T>(data, i)), 'g', 6);
-    }
-    return parts.join(QLatin1Char(' '));
+    return joinElements<T>(data, count,
+                           [](T value) { return QString::number(double(value), 'g', 6); });
 }
 
 template <typename T>
@@ -372,12 +351,9 @@ QString cleanText(unsigned const* data, unsigned count)
 
 QString displayObjects(unsigned const* data, unsigned count)
 {
-    QStringList parts;
-    for (unsigned i = 0; i < count; ++i) {
-        auto const* object = element<CPDU_DisplayObject const*>(data, i);
-        parts << (object != nullptr ? QString::fromStdWString(object->toWString()) : QString());
-    }
-    return parts.join(QLatin1Char(' '));
+    return joinElements<CPDU_DisplayObject const*>(data, count, [](auto object) {
+        return object != nullptr ? QString::fromStdWString(object->toWString()) : QString();
+    });
 }
 
 // Gathers bits from the least significant bit of data[0] on; the cursor runs on over word
@@ -731,7 +707,7 @@ void TransmissionSystemModel::ProcessPDU(QByteArray const& frame)
         return;
     }
     m_pduConverter =
-        m_pduDecoding->getPDU_ConverterByCOMMSYSTYPE(read<quint32>(frame, RecordOffset));
+        m_pduDecoding->getPDU_ConverterByCOMMSYSTYPE(readAt<quint32>(frame, RecordOffset));
     if (m_pduConverter == nullptr) {
         return;
     }
