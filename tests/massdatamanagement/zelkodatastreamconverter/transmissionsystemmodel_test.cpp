@@ -119,6 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
                       FrequencyRow{"GHzPointKept", 14000000000ull, "14. GHz"},
                       FrequencyRow{"MHzPointKept", 145000000, "145. MHz"},
                       FrequencyRow{"MHz", 145012500, "145.0125 MHz"},
+                      FrequencyRow{"MHzSevenDigits", 7040000, "7.04 MHz"},
                       FrequencyRow{"LastDigitNeverLookedAt", 145000001, "145. MHz"},
                       FrequencyRow{"MHzNoZero", 145012345, "145.012345 MHz"},
                       FrequencyRow{"TenDigits", 4294967295u, "4.294967295 GHz"},
@@ -388,11 +389,15 @@ TEST_F(TransmissionSystemModelTest, PayloadsWithoutAlphabetAreCleanedBytes)
     m_access.packed(&block, {0x44434241, 0x00004645, 0x47}, false);
     EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("ABCDEF"));
     EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
+    m_access.packed(&block, {0x41414100}, false);
+    EXPECT_TRUE(block.GetPayload().GetData().isEmpty());
 
     m_access.packed(&block, {0x00E90048, 0x000000A0, 0x41}, true);
     EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("Hé\n"));
     EXPECT_EQ(block.GetPayload().GetData(), QByteArray("H\0\xE9\0\xA0\0", 6));
     EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
+    m_access.packed(&block, {0x41410000}, true);
+    EXPECT_TRUE(block.GetPayload().GetData().isEmpty());
 
     m_access.binaryPayload(&block, {0x0D074241u}, 3, 8);
     EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("AB_"));
