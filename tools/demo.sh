@@ -37,6 +37,15 @@ for alphabet in "International" "International USOS"; do
         sed -e 's/<\/\{0,1\}Content>//g' -e 's/&#13;//g' -e 's/^ *//' | head -n 3
 done
 echo
+echo "== Transmission systems: a paging channel (POCSAG) and a three-block ACARS message"
+for sample in pocsag-paging acars-multiblock; do
+    "$zelko" convert --trace 0 --quiet -o "$out/$sample" "data/samples/$sample.zdr"
+    echo "-- $sample"
+    grep -h -e '<PDUDataBlock' -e '<Field' -e '<Content>' "$out/$sample"/*.xml |
+        sed -e 's/^ *//' -e 's/ method="[^"]*"//' | head -n 24
+    echo "   ..."
+done
+echo
 echo "== Frequency hoppers: hop-frequency set and channel grid of radio 7, with a plot"
 "$zelko" bursts data/samples/hoppers.zdr --radio 7 --plot "$out/radio7.png" | sed -n '1,40p'
 echo

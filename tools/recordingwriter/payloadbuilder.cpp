@@ -57,6 +57,14 @@ PayloadBuilder& PayloadBuilder::bytes(QByteArray const& data)
     return *this;
 }
 
+PayloadBuilder& PayloadBuilder::text(QByteArray const& characters, int words)
+{
+    int const size = 4 * words;
+    m_data.append(characters.left(size));
+    m_data.append(QByteArray(size - qMin(size, characters.size()), '\0'));
+    return *this;
+}
+
 void PayloadBuilder::padToWord()
 {
     while (m_data.size() % 4 != 0) {

@@ -23,6 +23,9 @@ public:
     PayloadBuilder& utf16(QString const& text);
     /// Raw bytes, padded with zero bytes to a whole word.
     PayloadBuilder& bytes(QByteArray const& data);
+    /// A text field of exactly `words` words, as receivers pack 8-bit characters: first
+    /// character at the lowest address, cut at 4 * words bytes, zero-filled behind it.
+    PayloadBuilder& text(QByteArray const& characters, int words);
 
     int sizeInBytes() const { return m_data.size(); }
     QByteArray const& data() const { return m_data; }

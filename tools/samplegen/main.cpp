@@ -1,6 +1,8 @@
 // Writes the sample recordings that ship in data/samples/. The output is deterministic, so
 // running it again must reproduce the checked-in files byte for byte.
 
+#include "transmissionsystemsamples.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -299,5 +301,9 @@ int main(int argc, char* argv[])
     ok = writeSample(directory, QStringLiteral("navtex-ccir476.zdr"),
                      [&](RecordingWriter& out) { writeNavtex(out, alphabets); }) &&
          ok;
+    for (zelkosamples::TransmissionSystemSample const& sample :
+         zelkosamples::transmissionSystemSamples()) {
+        ok = writeSample(directory, sample.fileName, sample.write) && ok;
+    }
     return ok ? 0 : 1;
 }
