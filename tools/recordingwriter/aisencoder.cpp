@@ -186,12 +186,12 @@ AisBitWriter AisEncoder::longRange(AisVessel const& vessel)
     return bits;
 }
 
-QByteArray AisEncoder::frameRecord(AisBitWriter const& message, char channel,
-                                   quint32 checkSumState)
+namespace {
+
+QByteArray record(QByteArray bytes, unsigned bitCount, char channel, quint32 checkSumState)
 {
     PayloadBuilder record;
-    record.word(1).word(quint32(quint8(channel))).word(checkSumState).word(message.bitCount());
-    QByteArray bytes = message.bytes();
+    record.word(1).word(quint32(quint8(channel))).word(checkSumState).word(bitCount);
     bytes.append(QByteArray((4 - bytes.size() % 4) % 4, '\0'));
     for (int i = 0; i < bytes.size(); i += 4) {
         record.word(quint32(quint8(bytes[i])) << 24 | quint32(quint8(bytes[i + 1])) << 16 |
@@ -200,12 +200,31 @@ QByteArray AisEncoder::frameRecord(AisBitWriter const& message, char channel,
     return record.data();
 }
 
-QByteArray AisEncoder::framePayload(quint64 microseconds, AisBitWriter const& message,
-                                    char channel)
+QByteArray frameStart(quint64 microseconds)
 {
     PayloadBuilder payload;
     payload.uint64(microseconds).bytes(QByteArray("AIS").leftJustified(16, '\0')).word(16);
-    return payload.data() + frameRecord(message, channel);
+    return payload.data();
+}
+
+} // namespace
+
+QByteArray AisEncoder::frameRecord(AisBitWriter const& message, char channel,
+                                   quint32 checkSumState)
+{
+    return record(message.bytes(), message.bitCount(), channel, checkSumState);
+}
+
+QByteArray AisEncoder::framePayload(quint64 microseconds, AisBitWriter const& message,
+                                    char channel)
+{
+    return frameStart(microseconds) + frameRecord(message, channel);
+}
+
+QByteArray AisEncoder::framePayload(quint64 microseconds, QByteArray const& bits,
+                                    unsigned bitCount, char channel, quint32 checkSumState)
+{
+    return frameStart(microseconds) + record(bits, bitCount, channel, checkSumState);
 }
 
 quint8 AisEncoder::checksum(QByteArray const& body)

@@ -80,6 +80,9 @@ public:
     /// code 16, then the record.
     static QByteArray framePayload(quint64 microseconds, AisBitWriter const& message,
                                    char channel = 'A');
+    /// The same for message bits that were not written here (an imported log's).
+    static QByteArray framePayload(quint64 microseconds, QByteArray const& bits,
+                                   unsigned bitCount, char channel, quint32 checkSumState = 1);
     /// "!AIVDM,n,i,s,c,payload,fill*hh" sentences, 60 payload characters each at most;
     /// sequenceId < 0 leaves the field empty (single-sentence messages).
     static QStringList sentences(AisBitWriter const& message, char channel, int sequenceId,
