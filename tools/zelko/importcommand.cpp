@@ -101,6 +101,7 @@ int runImport(QStringList const& arguments)
         "PDU frame (code 16, AIS record) stamped with its tag-block time, else with --start,\n"
         "else with the log's modification time. Sentences with a wrong checksum, broken fields\n"
         "or missing parts are skipped and counted."));
+    parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("FORMAT"), QStringLiteral("aivdm"));
     parser.addPositionalArgument(QStringLiteral("LOG"), QStringLiteral("logs to import, in order"),
                                  QStringLiteral("LOG..."));
