@@ -74,7 +74,7 @@ Field position(AisBitReader& bits, unsigned longitudeBits, unsigned latitudeBits
     if (std::llabs(longitude) > 180LL * 600000 || std::llabs(latitude) > 90LL * 600000) {
         return notAvailable();
     }
-    return CPDU_FieldContainer::objectValue(PDU_REP_POSITION,
+    return CPDU_FieldContainer::objectValue(PDU_REPRESENTATION_POSITION,
                                             std::make_unique<CPDU_Position>(latitude, longitude));
 }
 
@@ -87,7 +87,7 @@ Field dateTime(AisBitReader& bits)
     int const minute = int(bits.take(6));
     int const second = int(bits.take(6));
     return CPDU_FieldContainer::objectValue(
-        PDU_REP_DATETIME, std::make_unique<CPDU_DateTime>(year, month, day, hour, minute, second));
+        PDU_REPRESENTATION_DATETIME, std::make_unique<CPDU_DateTime>(year, month, day, hour, minute, second));
 }
 
 Field eta(AisBitReader& bits)
@@ -184,7 +184,7 @@ std::unique_ptr<CPDU> AisPduConverter::decodeMessage(QByteArray const& message, 
     return pdu;
 }
 
-std::vector<CPDU*> AisPduConverter::getPDUs(QByteArray const& frame) const
+std::vector<CPDU*> AisPduConverter::decodeFrame(QByteArray const& frame)
 {
     std::vector<CPDU*> pdus;
     if (frame.size() < RecordPosition + 16 || wordAt(frame, RecordPosition) != COMMSYS_AIS) {

@@ -15,7 +15,7 @@ public:
     static constexpr int RecordPosition = 52;
     static constexpr unsigned MaxMessageBits = 1008; // five slots
 
-    std::vector<CPDU*> getPDUs(QByteArray const& frame) const override;
+    std::vector<CPDU*> decodeFrame(QByteArray const& frame) override;
 
     /// The PDU of one message, as getPDUs builds it.
     static std::unique_ptr<CPDU> decodeMessage(QByteArray const& message, unsigned bitCount,

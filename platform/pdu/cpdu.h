@@ -23,7 +23,7 @@ public:
     /// Microseconds since 1970-01-01 00:00 UTC.
     unsigned long long getTimeStamp() const { return m_timeStamp; }
     /// The fields in label order; they belong to this PDU.
-    std::vector<CPDU_FieldContainer*>& getFields() { return m_fieldView; }
+    std::vector<CPDU_FieldContainer*> const& getFields() const { return m_fieldView; }
 
     void addField(std::unique_ptr<CPDU_FieldContainer> field);
     std::unique_ptr<CPDU> clone() const;

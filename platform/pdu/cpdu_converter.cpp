@@ -4,10 +4,13 @@
 
 CPDU_Converter::~CPDU_Converter() = default;
 
-std::vector<CPDU*> CPDU_Converter::getSubPDUs(CPDU_FieldContainer const& field) const
+std::vector<CPDU*> CPDU_Converter::getSubPDUs(CPDU_FieldContainer* field)
 {
     std::vector<CPDU*> copies;
-    for (auto const& sub : field.subPDUs()) {
+    if (!field) {
+        return copies;
+    }
+    for (auto const& sub : field->subPDUs()) {
         copies.push_back(sub->clone().release());
     }
     return copies;

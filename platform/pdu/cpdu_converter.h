@@ -16,10 +16,10 @@ public:
     virtual ~CPDU_Converter();
     /// The PDUs an expandable field stands for, as new objects the caller deletes (deletePDUs);
     /// empty for a field that is not expandable.
-    virtual std::vector<CPDU*> getSubPDUs(CPDU_FieldContainer const& field) const;
+    virtual std::vector<CPDU*> getSubPDUs(CPDU_FieldContainer* field);
     /// The PDUs of one whole frame (header included; words in host order), as new objects the
     /// caller deletes (deletePDUs). A damaged frame gives what could be read, or nothing.
-    virtual std::vector<CPDU*> getPDUs(QByteArray const& frame) const = 0;
+    virtual std::vector<CPDU*> decodeFrame(QByteArray const& frame) = 0;
 };
 
 class CPDU_Converter_Factory

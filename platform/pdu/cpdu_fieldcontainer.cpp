@@ -26,7 +26,7 @@ void CPDU_FieldContainer::setBytes(void const* bytes, std::size_t size, unsigned
 std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::unsignedValue(std::uint32_t value)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REP_UNSIGNED));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REPRESENTATION_UNSIGNED));
     field->setBytes(&value, sizeof value, 32, 1);
     return field;
 }
@@ -34,7 +34,7 @@ std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::unsignedValue(std::uin
 std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::signedValue(std::int32_t value)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REP_SIGNED));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REPRESENTATION_SIGNED));
     field->setBytes(&value, sizeof value, 32, 1);
     return field;
 }
@@ -42,7 +42,7 @@ std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::signedValue(std::int32
 std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::floatValue(float value)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REP_FLOAT));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REPRESENTATION_FLOAT));
     field->setBytes(&value, sizeof value, 32, 1);
     return field;
 }
@@ -50,7 +50,7 @@ std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::floatValue(float value
 std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::boolValue(bool value)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REP_BOOL));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REPRESENTATION_BOOL));
     unsigned char const byte = value ? 1 : 0;
     field->setBytes(&byte, 1, 8, 1);
     return field;
@@ -59,7 +59,7 @@ std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::boolValue(bool value)
 std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::stringValue(QByteArray const& latin1)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REP_STRING));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REPRESENTATION_STRING));
     field->setBytes(latin1.constData(), std::size_t(latin1.size()), 8, unsigned(latin1.size()));
     return field;
 }
@@ -67,18 +67,18 @@ std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::stringValue(QByteArray
 std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::translatedValue(unsigned translation)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REP_STRING));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REPRESENTATION_STRING));
     field->m_translation = translation;
     return field;
 }
 
 std::unique_ptr<CPDU_FieldContainer>
 CPDU_FieldContainer::objectValue(ePDU_DATAREPRESENTATION representation,
-                                 std::unique_ptr<CPDU_TextObject> object)
+                                 std::unique_ptr<CPDU_DisplayObject> object)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
         new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, representation));
-    CPDU_TextObject const* const pointer = object.get();
+    CPDU_DisplayObject const* const pointer = object.get();
     field->setBytes(&pointer, sizeof pointer, unsigned(8 * sizeof pointer), 1);
     field->m_object = std::move(object);
     return field;
@@ -88,7 +88,7 @@ std::unique_ptr<CPDU_FieldContainer> CPDU_FieldContainer::payload(QByteArray con
                                                                   unsigned bitCount)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_PAYLOAD, PDU_REP_BINARY));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_PAYLOAD, PDU_REPRESENTATION_BINARY));
     field->setBytes(bytes.constData(), std::size_t(bytes.size()), 1, bitCount);
     return field;
 }
@@ -97,13 +97,13 @@ std::unique_ptr<CPDU_FieldContainer>
 CPDU_FieldContainer::expandable(std::vector<std::unique_ptr<CPDU>> subPDUs)
 {
     std::unique_ptr<CPDU_FieldContainer> field(
-        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REP_BINARY));
+        new CPDU_FieldContainer(PDU_FIELDCLASS_VALUE, PDU_REPRESENTATION_BINARY));
     field->m_expandable = true;
     field->m_subPDUs = std::move(subPDUs);
     return field;
 }
 
-unsigned* CPDU_FieldContainer::getData(unsigned& bitsPerElement, unsigned& elementCount)
+unsigned* CPDU_FieldContainer::getData(unsigned& bitsPerElement, unsigned& elementCount) const
 {
     bitsPerElement = m_bits;
     elementCount = m_count;

@@ -3,7 +3,7 @@
 // payload, or a list of sub-PDUs), without its label; labels come per PDU ID from
 // PduNaming::PDUFieldNameProvider, in field order.
 
-#include "cpdu_textobject.h"
+#include "cpdu_displayobject.h"
 #include "pdutypes.h"
 
 #include <QByteArray>
@@ -16,6 +16,9 @@ class CPDU;
 class CPDU_FieldContainer
 {
 public:
+    /// The field class of a PDU's payload.
+    static constexpr unsigned PayloadFieldClass = PDU_FIELDCLASS_PAYLOAD;
+
     ~CPDU_FieldContainer();
     CPDU_FieldContainer(CPDU_FieldContainer const&) = delete;
     CPDU_FieldContainer& operator=(CPDU_FieldContainer const&) = delete;
@@ -29,7 +32,7 @@ public:
     /// A value whose text is PduNaming::PDUDataTranslator::dataIdToString(translation).
     static std::unique_ptr<CPDU_FieldContainer> translatedValue(unsigned translation);
     static std::unique_ptr<CPDU_FieldContainer> objectValue(ePDU_DATAREPRESENTATION representation,
-                                                            std::unique_ptr<CPDU_TextObject> object);
+                                                            std::unique_ptr<CPDU_DisplayObject> object);
     /// The PDU's payload: `bitCount` bits, the first in the most significant bit of the
     /// first byte, as 1-bit elements.
     static std::unique_ptr<CPDU_FieldContainer> payload(QByteArray const& bytes,
@@ -43,8 +46,8 @@ public:
     /// Non-zero: the value is this translation ID, not the data.
     unsigned getDataTranslation() const { return m_translation; }
     /// The elements, null when there are none. For positions and date-times the elements are
-    /// `CPDU_TextObject const*` pointers.
-    unsigned* getData(unsigned& bitsPerElement, unsigned& elementCount);
+    /// `CPDU_DisplayObject const*` pointers.
+    unsigned* getData(unsigned& bitsPerElement, unsigned& elementCount) const;
     bool isExpandable() const { return m_expandable; }
     std::vector<std::unique_ptr<CPDU>> const& subPDUs() const { return m_subPDUs; }
 
@@ -60,7 +63,7 @@ private:
     bool m_expandable = false;
     unsigned m_bits = 0;
     unsigned m_count = 0;
-    std::vector<unsigned> m_words; // element storage, whole words so that any width is aligned
-    std::unique_ptr<CPDU_TextObject> m_object;
+    mutable std::vector<unsigned> m_words; // element storage, whole words so that any width is aligned
+    std::unique_ptr<CPDU_DisplayObject> m_object;
     std::vector<std::unique_ptr<CPDU>> m_subPDUs;
 };

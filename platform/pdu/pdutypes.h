@@ -4,15 +4,15 @@
 
 /// How the data of a field container is to be read.
 enum ePDU_DATAREPRESENTATION : unsigned {
-    PDU_REP_BINARY = 0,   ///< bytes, 16- or 32-bit words shown in hexadecimal
-    PDU_REP_BOOL = 1,     ///< the lowest bit of the first byte
-    PDU_REP_BITLIST = 2,  ///< `bits` bits per element, least significant first
-    PDU_REP_UNSIGNED = 3, ///< 8, 16, 32 or 64-bit elements; other widths are gathered bit by bit
-    PDU_REP_SIGNED = 4,   ///< as unsigned, two's complement
-    PDU_REP_FLOAT = 5,    ///< 32 or 64-bit IEEE 754
-    PDU_REP_STRING = 6,   ///< characters of 8, 16 or 32 bits
-    PDU_REP_POSITION = 7, ///< pointers to CPDU_TextObject, one per element
-    PDU_REP_DATETIME = 8  ///< pointers to CPDU_TextObject, one per element
+    PDU_REPRESENTATION_BINARY = 0,   ///< bytes, 16- or 32-bit words shown in hexadecimal
+    PDU_REPRESENTATION_BOOL = 1,     ///< the lowest bit of the first byte
+    PDU_REPRESENTATION_BITLIST = 2,  ///< `bits` bits per element, least significant first
+    PDU_REPRESENTATION_UNSIGNED = 3, ///< 8, 16, 32 or 64-bit elements; other widths are gathered bit by bit
+    PDU_REPRESENTATION_SIGNED = 4,   ///< as unsigned, two's complement
+    PDU_REPRESENTATION_FLOAT = 5,    ///< 32 or 64-bit IEEE 754
+    PDU_REPRESENTATION_STRING = 6,   ///< characters of 8, 16 or 32 bits
+    PDU_REPRESENTATION_POSITION = 7, ///< pointers to CPDU_DisplayObject, one per element
+    PDU_REPRESENTATION_DATETIME = 8  ///< pointers to CPDU_DisplayObject, one per element
 };
 
 /// Whether the PDU carried a checksum and whether it matched.

@@ -33,20 +33,20 @@ QString render(QString const& label, CPDU_FieldContainer& field)
         return label + QStringLiteral("=<none>");
     }
     switch (field.getDataRepresentation()) {
-    case PDU_REP_UNSIGNED:
+    case PDU_REPRESENTATION_UNSIGNED:
         return label + '=' + QString::number(*data);
-    case PDU_REP_SIGNED:
+    case PDU_REPRESENTATION_SIGNED:
         return label + '=' + QString::number(int(*data));
-    case PDU_REP_FLOAT:
+    case PDU_REPRESENTATION_FLOAT:
         return label + '=' + QString::number(*reinterpret_cast<float const*>(data), 'g', 6);
-    case PDU_REP_BOOL:
+    case PDU_REPRESENTATION_BOOL:
         return label + '=' + ((*data & 1u) ? "true" : "false");
-    case PDU_REP_STRING:
+    case PDU_REPRESENTATION_STRING:
         return label + '=' + QString::fromLatin1(reinterpret_cast<char const*>(data), int(count));
-    case PDU_REP_POSITION:
-    case PDU_REP_DATETIME:
+    case PDU_REPRESENTATION_POSITION:
+    case PDU_REPRESENTATION_DATETIME:
         return label + '=' +
-               fromWide((*reinterpret_cast<CPDU_TextObject const* const*>(data))->toWString());
+               fromWide((*reinterpret_cast<CPDU_DisplayObject const* const*>(data))->toWString());
     default:
         break;
     }
@@ -67,7 +67,7 @@ std::vector<Decoded> decodeFrame(QByteArray const& frame)
 {
     CPDU_Converter* const converter =
         CPDU_Converter_Factory::getInstance()->getPDU_ConverterByCOMMSYSTYPE(COMMSYS_AIS);
-    std::vector<CPDU*> pdus = converter->getPDUs(frame);
+    std::vector<CPDU*> pdus = converter->decodeFrame(frame);
     std::vector<Decoded> result;
     for (CPDU* pdu : pdus) {
         Decoded decoded{fromWide(PduNaming::PDUIdTranslator::pduIdToString(pdu->getPDU_ID())),

@@ -1,9 +1,9 @@
-#include "cpdu_textobject.h"
+#include "cpdu_displayobject.h"
 
 #include <cstdio>
 #include <cstdlib>
 
-CPDU_TextObject::~CPDU_TextObject() = default;
+CPDU_DisplayObject::~CPDU_DisplayObject() = default;
 
 CPDU_Position::CPDU_Position(long long latitudeTenThousandthMinutes,
                              long long longitudeTenThousandthMinutes)
@@ -38,7 +38,7 @@ std::wstring CPDU_Position::toWString() const
     return coordinate(m_latitude, L'N', L'S') + L' ' + coordinate(m_longitude, L'E', L'W');
 }
 
-std::unique_ptr<CPDU_TextObject> CPDU_Position::clone() const
+std::unique_ptr<CPDU_DisplayObject> CPDU_Position::clone() const
 {
     return std::make_unique<CPDU_Position>(*this);
 }
@@ -81,7 +81,7 @@ std::wstring CPDU_DateTime::toWString() const
     return text + L" UTC";
 }
 
-std::unique_ptr<CPDU_TextObject> CPDU_DateTime::clone() const
+std::unique_ptr<CPDU_DisplayObject> CPDU_DateTime::clone() const
 {
     return std::make_unique<CPDU_DateTime>(*this);
 }
