@@ -197,6 +197,9 @@ std::vector<CPDU*> AisPduConverter::decodeFrame(QByteArray const& frame)
     unsigned bitCount = qMin(wordAt(frame, RecordPosition + 12), MaxMessageBits);
     int const firstWord = RecordPosition + 16;
     bitCount = qMin(bitCount, unsigned(frame.size() - firstWord) / 4u * 32u);
+    if (bitCount < 6) {
+        return pdus; // not even a message type
+    }
     QByteArray message;
     for (unsigned word = 0; word < (bitCount + 31) / 32; ++word) {
         quint32 const bits = wordAt(frame, firstWord + int(word) * 4);

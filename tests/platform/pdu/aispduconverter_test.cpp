@@ -38,7 +38,7 @@ QString render(QString const& label, CPDU_FieldContainer& field)
     case PDU_REPRESENTATION_SIGNED:
         return label + '=' + QString::number(int(*data));
     case PDU_REPRESENTATION_FLOAT:
-        return label + '=' + QString::number(*reinterpret_cast<float const*>(data), 'g', 6);
+        return label + '=' + QString::asprintf("%g", double(*reinterpret_cast<float const*>(data)));
     case PDU_REPRESENTATION_BOOL:
         return label + '=' + ((*data & 1u) ? "true" : "false");
     case PDU_REPRESENTATION_STRING:
@@ -229,6 +229,29 @@ INSTANTIATE_TEST_SUITE_P(
                    {"IMO Number=not available", "Call Sign=not available", "Name=not available",
                     "Ship and Cargo Type=not available", "ETA=not available",
                     "Maximum Draught (m)=not available", "Destination=not available"}},
+        MessageRow{"type5_eta_at_its_limits", AisEncoder::staticAndVoyage([] {
+                       AisVessel v = hamburgShip();
+                       v.etaMonth = 12;
+                       v.etaDay = 31;
+                       v.etaHour = 23;
+                       v.etaMinute = 59;
+                       return v;
+                   }()),
+                   "AIS Static and Voyage Related Data", {"ETA=12-31 23:59 UTC"}},
+        MessageRow{"type5_eta_one_past", AisEncoder::staticAndVoyage([] {
+                       AisVessel v = hamburgShip();
+                       v.etaMonth = 13;
+                       v.etaHour = 24;
+                       v.etaMinute = 60;
+                       return v;
+                   }()),
+                   "AIS Static and Voyage Related Data", {"ETA=??-17 ??:?? UTC"}},
+        MessageRow{"type5_eta_without_month", AisEncoder::staticAndVoyage([] {
+                       AisVessel v = hamburgShip();
+                       v.etaMonth = 0;
+                       return v;
+                   }()),
+                   "AIS Static and Voyage Related Data", {"ETA=??-17 08:30 UTC"}},
         MessageRow{"type9_sar_aircraft", AisEncoder::sarAircraft([] {
                        AisVessel plane = hamburgShip();
                        plane.altitude = 4094;
@@ -293,6 +316,9 @@ TEST(AisFrames, RecordBoundsAndChecksumState)
     other[52] = 2;
     EXPECT_TRUE(decodeFrame(other).empty());
     EXPECT_TRUE(decodeFrame(frameOf(message).left(67)).empty());
+    // Fewer than the six bits of a message type: no message.
+    EXPECT_TRUE(decodeFrame(frameOf(AisBitWriter().put(1, 5))).empty());
+    EXPECT_EQ(decodeFrame(frameOf(AisBitWriter().put(1, 6))).size(), 1u);
 
     // A frame cut inside the message: the fields past the cut read as zero, none is lost.
     QByteArray const cut = frameOf(message).left(68 + 8); // 64 of 168 bits
