@@ -79,6 +79,7 @@ bool XmlFile::writeDocument(std::function<bool(QFile&)> const& write)
             placed = createFileFrom(stagedPath);
         }
     }
+    // Left behind by a new name's link or a refused rename; gone already after a rename.
     QFile::remove(stagedPath);
     return placed;
 }

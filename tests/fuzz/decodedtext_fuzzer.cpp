@@ -1,10 +1,12 @@
 // Arbitrary bytes as a decoded-text recording, translated through a three-shift alphabet and
-// rendered as a result document.
+// rendered as a result document that must be well-formed.
 #include "memoryframereader.h"
 
 #include <QBuffer>
+#include <QXmlStreamReader>
 #include <alphabetkit/codechandler.h>
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextmodel.h>
+#include <cstdlib>
 #include <memory>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/transmission.h>
@@ -41,6 +43,14 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     QBuffer out;
     out.open(QIODevice::WriteOnly);
     decoded.getResultData()->Save(out);
+    // Whatever the recording held, the document must stay well-formed XML.
+    QXmlStreamReader reader(out.data());
+    while (!reader.atEnd()) {
+        reader.readNext();
+    }
+    if (reader.hasError()) {
+        std::abort();
+    }
     std::unique_ptr<NerikResultDataXml::Transmission> const taken(decoded.takeCurrentTransmission());
     return 0;
 }

@@ -1,9 +1,10 @@
 #pragma once
+// Lets GoogleTest print QString values in failure messages (found through argument-dependent
+// lookup, so it must live in QString's namespace, the global one).
 
 #include <QString>
 #include <ostream>
 
-/// Lets GoogleTest show QString values in failure messages as UTF-8 text.
 inline void PrintTo(QString const& text, std::ostream* out)
 {
     *out << '"' << text.toStdString() << '"';

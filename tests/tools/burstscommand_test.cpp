@@ -1,39 +1,26 @@
 // Runs "zelko bursts" as a user would, on recordings of synthetic hoppers.
 
 #include <QColor>
-#include <algorithm>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
 #include <recordingwriter/hoppergenerator.h>
+#include <support/toolrun.h>
 
 using namespace zelkorecording;
 
 namespace {
 
-struct ToolRun
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using zelkotest::ToolRun;
 
 ToolRun runZelko(QStringList const& arguments)
 {
-    QProcess process;
-    process.start(QStringLiteral(ZELKO_TOOL), QStringList{QStringLiteral("bursts")} + arguments);
-    ToolRun run;
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        return run;
-    }
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-    run.out = QString::fromUtf8(process.readAllStandardOutput());
-    run.err = QString::fromUtf8(process.readAllStandardError());
-    return run;
+    return zelkotest::runTool(QStringLiteral(ZELKO_TOOL),
+                              QStringList{QStringLiteral("bursts")} + arguments);
 }
 
 // Radio 7: 25 kHz channels in two runs (120 from 30.025 MHz, 80 from 36 MHz); radio 12:
@@ -277,8 +264,9 @@ TEST_P(BurstsPlotRegression, DrawsAPlotAndEndsNormally)
 {
     QTemporaryDir dir;
     QString const plot = dir.filePath(QStringLiteral("plot.png"));
-    QString const input = QStringLiteral(ZELKO_SOURCE_DIR "/tests/fuzz/regressions/burstplot/%1.zdr")
-                              .arg(QLatin1String(GetParam()));
+    QString const input =
+        QStringLiteral(ZELKO_SOURCE_DIR "/tests/fuzz/regressions/burstplot/%1.zdr")
+            .arg(QLatin1String(GetParam()));
     ASSERT_TRUE(QFile::exists(input));
     ToolRun const run = runZelko({input, QStringLiteral("--plot"), plot});
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();

@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
@@ -13,15 +12,11 @@
 #include <recordingwriter/recordingwriter.h>
 #include <reportkit/results.h>
 #include <support/schemavalidator.h>
+#include <support/toolrun.h>
 
 namespace {
 
-struct ToolRun
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using zelkotest::ToolRun;
 
 QString sample(char const* name)
 {
@@ -33,23 +28,13 @@ class ZelkoConvert : public testing::Test
 protected:
     ToolRun run(QStringList const& arguments)
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.remove(QStringLiteral("ZELKO_TRACE_MASK"));
-        env.insert(QStringLiteral("ZELKO_CONFIG"), m_dir.filePath(QStringLiteral("none.ini")));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(ZELKO_TOOL),
-                      QStringList{QStringLiteral("convert"), QStringLiteral("--quiet")} +
-                          arguments);
-        ToolRun result;
-        if (!process.waitForFinished(120000)) {
-            process.kill();
-            return result;
-        }
-        result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-        result.out = QString::fromUtf8(process.readAllStandardOutput());
-        result.err = QString::fromUtf8(process.readAllStandardError());
-        return result;
+        zelkotest::ToolSetup setup;
+        setup.environment = {
+            {QStringLiteral("ZELKO_TRACE_MASK"), QString()},
+            {QStringLiteral("ZELKO_CONFIG"), m_dir.filePath(QStringLiteral("none.ini"))}};
+        return zelkotest::runTool(
+            QStringLiteral(ZELKO_TOOL),
+            QStringList{QStringLiteral("convert"), QStringLiteral("--quiet")} + arguments, setup);
     }
 
     QString output() const { return m_dir.filePath(QStringLiteral("out")); }

@@ -4,9 +4,9 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <support/toolrun.h>
 
 namespace {
 
@@ -43,15 +43,13 @@ TEST_P(ZelkoConvertDataDir, PathsStillCountFromTheUsersDirectory)
     if (GetParam().dataDir) {
         arguments << "--data-dir" << root.filePath(QString::fromLatin1(GetParam().dataDir));
     }
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("ZELKO_CONFIG"), QStringLiteral("cfg/zelko.ini"));
-    process.setProcessEnvironment(env);
-    process.setWorkingDirectory(user.path());
-    process.start(QStringLiteral(ZELKO_TOOL), arguments << "navtex.zdr");
-    ASSERT_TRUE(process.waitForFinished(120000));
-    QString const err = QString::fromUtf8(process.readAllStandardError());
-    EXPECT_EQ(process.exitCode(), GetParam().exitCode) << err.toStdString();
+    zelkotest::ToolSetup setup;
+    setup.workingDirectory = user.path();
+    setup.environment = {{QStringLiteral("ZELKO_CONFIG"), QStringLiteral("cfg/zelko.ini")}};
+    zelkotest::ToolRun const run =
+        zelkotest::runTool(QStringLiteral(ZELKO_TOOL), arguments << "navtex.zdr", setup);
+    QString const& err = run.err;
+    EXPECT_EQ(run.exitCode, GetParam().exitCode) << err.toStdString();
     QString const message = QString::fromUtf8(GetParam().message);
     EXPECT_TRUE(message.isEmpty() ? !err.contains(QLatin1String("zelko convert:"))
                                   : err.contains(message))

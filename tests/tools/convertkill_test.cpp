@@ -34,7 +34,8 @@ void writeLargeTextRecording(QString const& path)
         for (int i = 0; i < Entries; ++i) {
             payload.int32(1 + i % 4).halfWords(quint16('A' + (frame + i) % 26), 0);
         }
-        ASSERT_TRUE(writer.writeFrame(zelkodatastreamconverter::FrameType::DecodedText, payload.data()));
+        ASSERT_TRUE(
+            writer.writeFrame(zelkodatastreamconverter::FrameType::DecodedText, payload.data()));
     }
 }
 
@@ -134,15 +135,15 @@ TEST(ZelkoConvertKilled, DocumentsStayWholeAndEarlierConversionsUntouched)
                           QString())
                     << "after kill " << kill << ": " << name.toStdString();
             } else {
-                ASSERT_EQ(digest, *earlier) << "rewritten by a later conversion: "
-                                            << name.toStdString();
+                ASSERT_EQ(digest, *earlier)
+                    << "rewritten by a later conversion: " << name.toStdString();
             }
         }
     }
     // The kills must have hit writes too, or the test proved nothing: a conversion killed
     // while writing leaves its staged document behind.
-    QStringList const staged = output.entryList({QStringLiteral(".zelko-*.part")},
-                                                QDir::Files | QDir::Hidden);
+    QStringList const staged =
+        output.entryList({QStringLiteral(".zelko-*.part")}, QDir::Files | QDir::Hidden);
     EXPECT_GT(staged.size(), 0);
     EXPECT_GT(seen.size(), 1);
     std::printf("%d kills: %d documents written whole, %d writes cut off\n", kills,

@@ -1,34 +1,29 @@
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
-#include <sys/resource.h>
 #include <gtest/gtest.h>
 #include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/golden.h>
+#include <support/toolrun.h>
+#include <sys/resource.h>
 
 namespace {
 
 struct ToolRun
 {
     int exitCode;
-    QByteArray output;
+    QByteArray output; ///< standard output and error as printed
 };
 
 ToolRun run(QString const& program, QStringList const& arguments)
 {
-    QProcess process;
-    process.setWorkingDirectory(QStringLiteral(ZELKO_SOURCE_DIR));
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.remove(QStringLiteral("ZELKO_TRACE_MASK"));
-    process.setProcessEnvironment(env);
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000)) {
-        return {-1, process.errorString().toUtf8()};
-    }
-    return {process.exitCode(), process.readAll()};
+    zelkotest::ToolSetup setup;
+    setup.workingDirectory = QStringLiteral(ZELKO_SOURCE_DIR);
+    setup.environment = {{QStringLiteral("ZELKO_TRACE_MASK"), QString()}};
+    setup.mergeChannels = true;
+    zelkotest::ToolRun const run = zelkotest::runTool(program, arguments, setup);
+    return {run.exitCode, run.out.toUtf8()};
 }
 
 QStringList const samples = {QStringLiteral("data/samples/mixed-host.zdr"),
@@ -159,9 +154,10 @@ TEST(ZelkoInspect, TruncatedFrameClaimingTheMaximumLengthCostsWhatTheFileHolds)
                                                                 FrameType::DecodedText) +
                    QByteArray(4096, 'x'));
     }
-    ToolRun const result =
-        run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("inspect"), QStringLiteral("--summary"), path});
+    ToolRun const result = run(QStringLiteral(ZELKO_TOOL),
+                               {QStringLiteral("inspect"), QStringLiteral("--summary"), path});
     EXPECT_EQ(result.exitCode, 0) << result.output.toStdString();
-    EXPECT_TRUE(result.output.contains("6 frames, 816 bytes in frames")) << result.output.toStdString();
+    EXPECT_TRUE(result.output.contains("6 frames, 816 bytes in frames"))
+        << result.output.toStdString();
     EXPECT_LT(childPeakResidentKilobytes(), 128 * 1024);
 }

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <alphabetkit/codechandler.h>
 #include <functional>
+#include "aissamples.h"
+
 #include <recordingwriter/hoppergenerator.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
@@ -299,5 +301,6 @@ int main(int argc, char* argv[])
     ok = writeSample(directory, QStringLiteral("navtex-ccir476.zdr"),
                      [&](RecordingWriter& out) { writeNavtex(out, alphabets); }) &&
          ok;
+    ok = zelkosamples::writeAisSamples(directory) && ok;
     return ok ? 0 : 1;
 }

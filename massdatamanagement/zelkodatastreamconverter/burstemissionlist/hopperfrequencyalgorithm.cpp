@@ -19,22 +19,23 @@ double roundedQuotient(double numerator, double denominator)
     return std::isfinite(quotient) ? std::round(quotient) : 0.0;
 }
 
+// More candidates than this come only from frequencies no radio uses (a damaged frame's
+// bandwidths or offsets): such a range gets no estimate rather than gigabytes of candidates.
+constexpr unsigned long long MaxCandidates = 1ull << 20;
+
 // Number of resolution steps in a span that is a whole multiple of the resolution; the
-// small allowance keeps representation error from losing a step.
+// small allowance keeps representation error from losing a step. Counts beyond the
+// candidate limit are refused anyway, so they stop one past it, before an infinite span
+// (frequencies of a damaged frame) could reach the conversion.
 unsigned long long wholeSteps(double span, double resolution)
 {
     double const steps = std::floor(span / resolution + 1e-9);
     if (!(steps > 0.0)) {
         return 0;
     }
-    // An infinite span (frequencies of a damaged frame) must not reach the conversion.
-    constexpr double Largest = double(std::numeric_limits<unsigned int>::max());
-    return steps < Largest ? static_cast<unsigned long long>(steps) : (unsigned long long)Largest;
+    return steps <= double(MaxCandidates) ? static_cast<unsigned long long>(steps)
+                                          : MaxCandidates + 1;
 }
-
-// More candidates than this come only from frequencies no radio uses (a damaged frame's
-// bandwidths or offsets): such a range gets no estimate rather than gigabytes of candidates.
-constexpr unsigned long long MaxCandidates = 1ull << 20;
 
 bool tooManyCandidates(unsigned long long count)
 {

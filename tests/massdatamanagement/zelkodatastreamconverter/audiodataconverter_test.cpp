@@ -198,22 +198,9 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"WavFloat", "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, SF_FORMAT_FLOAT},
         FormatRow{"WavU8", "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, SF_FORMAT_PCM_U8},
         FormatRow{"Wav24", "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, SF_FORMAT_PCM_24},
-        FormatRow{"Wav32", "in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_32, SF_FORMAT_PCM_32},
-        FormatRow{"WavDouble", "in.wav", SF_FORMAT_WAV | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"AuDouble", "in.au", SF_FORMAT_AU | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"Au8", "in.au", SF_FORMAT_AU | SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8}),
     [](auto const& info) { return std::string(info.param.name); });
-
-TEST_F(AudioConversion, OggVorbisIsDecodedTo16BitPcm)
-{
-    std::vector<int> silence(4800, 0);
-    ASSERT_TRUE(writeAudio(input("in.ogg"), SF_FORMAT_OGG | SF_FORMAT_VORBIS, 48000, 1, silence));
-    AudioDataConverter converter;
-    ASSERT_EQ(convert(converter, input("in.ogg")).GetBinary().size(), 2u);
-    Audio const wav = readAudio(output("in.wav"));
-    EXPECT_EQ(wav.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    EXPECT_EQ(wav.samples.size(), silence.size());
-}
 
 struct PathRow
 {
@@ -291,20 +278,6 @@ TEST_F(AudioConversion, UnusableInputOrOutputReportsNothingAndLeavesNoFile)
     EXPECT_TRUE(trace.messages()[1].startsWith(
         QStringLiteral("ConvertToWav(%1): invalid sidecar %1.params: line 1:").arg(input("bad.raw"))))
         << trace.messages()[1].toStdString();
-}
-
-TEST_F(AudioConversion, AnUnwritableSessionFileLeavesOnlyTheAudioRecord)
-{
-    ASSERT_TRUE(writeAudio(input("rec.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 1, ramp(8)));
-    ASSERT_TRUE(QDir(m_out.path()).mkdir(QStringLiteral("rec.session.xml")));
-    AudioDataConverter converter;
-    zelkotest::TraceCapture trace;
-    REPORTKIT::Results const results = convert(converter, input("rec.wav"));
-    ASSERT_EQ(results.GetBinary().size(), 1u);
-    EXPECT_EQ(results.GetBinary()[0].GetType(), QStringLiteral("AudioData"));
-    ASSERT_EQ(trace.lines().size(), 1u);
-    EXPECT_TRUE(trace.messages()[0].startsWith(
-        QStringLiteral("WriteSession: cannot write %1: ").arg(output("rec.session.xml"))));
 }
 
 // Both copy paths: WAV samples copied as bytes, FLAC samples decoded and encoded.

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <climits>
 #include <gtest/gtest.h>
 #include <massdatamanagement/zelkodatastreamconverter/clock.h>
@@ -240,6 +241,32 @@ TEST_F(DecodedTextConverterTest, DamagedCountsAndExtremeChannels)
         EXPECT_EQ(contentOf(document, channel), text) << "channel " << channel;
     }
 }
+
+// Damaged recordings kept as regression inputs (hand-made, or found by fuzzing): each converts
+// to one valid document listed with its stop time.
+class DecodedTextRegression : public DecodedTextConverterTest,
+                              public ::testing::WithParamInterface<char const*>
+{
+};
+
+TEST_P(DecodedTextRegression, ConvertsToAValidListedDocument)
+{
+    zelkotest::TraceCapture const quiet(0x20);
+    Conversion const result = convertValid(
+        QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/decodedtext/regressions/%1.zdr").arg(GetParam()),
+        textSettings(QStringLiteral("RTTY"), "International"));
+    ASSERT_EQ(result.results.GetText().size(), 1u);
+    EXPECT_TRUE(result.results.GetText().front().GetMetadata().GetStopTime().isValid());
+}
+
+INSTANTIATE_TEST_SUITE_P(Inputs, DecodedTextRegression,
+                         ::testing::Values("channel-extremes", "entry-count-past-frame",
+                                           "frame-of-another-type", "length-below-header"),
+                         [](auto const& info) {
+                             std::string name = info.param;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
 
 // Nothing to convert: no result file, no record, no complaint about frames.
 TEST_F(DecodedTextConverterTest, NothingToConvert)

@@ -13,16 +13,12 @@
 #include <recordingwriter/recordingwriter.h>
 #include <reportkit/results.h>
 #include <vector>
+#include <support/qstringprinter.h>
 
 inline std::ostream& operator<<(std::ostream& os, QString const& text)
 {
     return os << text.toStdString();
 }
-inline void PrintTo(QString const& text, std::ostream* os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
-
 namespace decodedtexttest {
 
 /// ITA2 codes as a teleprinter decoder delivers them (first element after the start element

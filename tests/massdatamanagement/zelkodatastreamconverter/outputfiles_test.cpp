@@ -24,16 +24,12 @@
 #include <support/tracecapture.h>
 #include <sys/mount.h>
 #include <unistd.h>
+#include <support/qstringprinter.h>
 
 inline std::ostream& operator<<(std::ostream& os, QString const& text)
 {
     return os << text.toStdString();
 }
-inline void PrintTo(QString const& text, std::ostream* os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
-
 using namespace zelkodatastreamconverter;
 
 namespace {

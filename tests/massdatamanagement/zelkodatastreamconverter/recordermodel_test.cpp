@@ -25,16 +25,12 @@
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
 #include <vector>
+#include <support/qstringprinter.h>
 
 inline std::ostream& operator<<(std::ostream& os, QString const& text)
 {
     return os << text.toStdString();
 }
-inline void PrintTo(QString const& text, std::ostream* os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
-
 using namespace zelkodatastreamconverter;
 using NerikResultDataXml::DataBlock;
 using NerikResultDataXml::Field;

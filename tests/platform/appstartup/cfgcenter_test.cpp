@@ -11,11 +11,7 @@
 #include <support/tracecapture.h>
 #include <thread>
 #include <vector>
-
-inline void PrintTo(QString const& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
+#include <support/qstringprinter.h>
 
 namespace {
 

@@ -8,13 +8,9 @@
 #include <ostream>
 #include <reportkit/rgexception.h>
 #include <support/schemavalidator.h>
+#include <support/qstringprinter.h>
 
 using namespace JobSpec;
-
-inline void PrintTo(QString const& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 
 namespace {
 

@@ -3,13 +3,9 @@
 #include <memory>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <ostream>
+#include <support/qstringprinter.h>
 
 /// Readable QString values in test failures.
-inline void PrintTo(QString const& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
-
 namespace sample {
 
 QDateTime at(int hour, int minute, int second, int millisecond = 0);

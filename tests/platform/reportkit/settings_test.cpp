@@ -5,13 +5,9 @@
 #include <reportkit/rgexception.h>
 #include <reportkit/tunersettings.h>
 #include <support/schemavalidator.h>
+#include <support/qstringprinter.h>
 
 using namespace REPORTKIT;
-
-inline void PrintTo(QString const& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 
 namespace {
 
