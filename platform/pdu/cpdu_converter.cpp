@@ -33,3 +33,8 @@ CPDU_Converter* CPDU_Converter_Factory::getPDU_ConverterByCOMMSYSTYPE(unsigned t
     auto const found = m_converters.find(type);
     return found == m_converters.end() ? nullptr : found->second.get();
 }
+
+void CPDU_Converter_Factory::addConverter(unsigned type, std::unique_ptr<CPDU_Converter> converter)
+{
+    m_converters[type] = std::move(converter);
+}

@@ -29,6 +29,9 @@ public:
     /// The converter for a communication-system type (eCOMMSYSTYPE), owned by the factory;
     /// null for a type the library does not know.
     CPDU_Converter* getPDU_ConverterByCOMMSYSTYPE(unsigned type) const;
+    /// Adds (or replaces) the decoder of a communication system, for systems a host decodes
+    /// itself. Not thread-safe: add converters before conversions start.
+    void addConverter(unsigned type, std::unique_ptr<CPDU_Converter> converter);
 
 private:
     CPDU_Converter_Factory();
