@@ -2,6 +2,7 @@
 
 #include "payloadbuilder.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace zelkorecording {
@@ -180,8 +181,9 @@ AisBitWriter AisEncoder::longRange(AisVessel const& vessel)
     bits.put(0, 1).put(0, 1).put(quint32(vessel.navigationalStatus), 4);
     bits.putSigned(qint32(std::lround(vessel.longitude * 600.0)), 18);
     bits.putSigned(qint32(std::lround(vessel.latitude * 600.0)), 17);
-    bits.put(vessel.speedKnots < 0 ? 63u : quint32(std::lround(vessel.speedKnots)), 6);
-    bits.put(vessel.courseDegrees < 0 ? 511u : quint32(std::lround(vessel.courseDegrees)), 9);
+    // 0 to 62 knots; 63 says "not available".
+    bits.put(vessel.speedKnots < 0 ? 63u : quint32(std::min(62L, std::lround(vessel.speedKnots))), 6);
+    bits.put(vessel.courseDegrees < 0 ? 511u : quint32(std::lround(vessel.courseDegrees)) % 360u, 9);
     bits.put(0, 1).put(0, 1);
     return bits;
 }
