@@ -7,29 +7,22 @@
 //   build/bin/audioexport_bench                    (1024 MiB in $TMPDIR)
 //   ZELKO_BENCH_MB=64 build/bin/audioexport_bench  (a quicker look)
 
+#include "childprocess.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QStandardPaths>
 #include <QString>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <random>
 #include <sndfile.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
-namespace {
+using namespace zelkobench;
 
-struct Run
-{
-    bool ok = false;
-    double seconds = 0;
-    double peakMiB = 0;
-};
+namespace {
 
 qint64 recordingMegabytes()
 {
@@ -61,53 +54,6 @@ bool writeWav(QString const& path, qint64 bytes)
         ok = sf_writef_short(file, chunk.data(), count) == count;
     }
     return sf_close(file) == 0 && ok;
-}
-
-// Runs a program, returning its wall time and its peak resident set.
-Run runProgram(std::vector<std::string> const& arguments)
-{
-    std::vector<char*> argv;
-    for (std::string const& argument : arguments) {
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    }
-    argv.push_back(nullptr);
-    auto const start = std::chrono::steady_clock::now();
-    std::fflush(stdout);
-    pid_t const child = fork();
-    if (child == 0) {
-        if (!freopen("/dev/null", "w", stdout)) {
-            _exit(126);
-        }
-        execvp(argv[0], argv.data());
-        _exit(127);
-    }
-    Run run;
-    int status = 0;
-    rusage usage{};
-    if (child < 0 || wait4(child, &status, 0, &usage) != child) {
-        return run;
-    }
-    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    run.peakMiB = double(usage.ru_maxrss) / 1024.0; // kilobytes on Linux
-    return run;
-}
-
-void warmCache(QString const& path)
-{
-    QFile file(path);
-    if (file.open(QIODevice::ReadOnly)) {
-        while (!file.read(1 << 24).isEmpty()) {
-        }
-    }
-}
-
-Run better(Run const& a, Run const& b)
-{
-    if (!a.ok || (b.ok && b.seconds < a.seconds)) {
-        return b;
-    }
-    return a;
 }
 
 } // namespace

@@ -6,7 +6,12 @@
 #include "nerikresultmodel.h"
 #include "recordermodel.h"
 
+#include <memory>
+#include <nerikresultdataxml/transmission.h>
+
 namespace zelkodatastreamconverter {
+
+using NerikResultDataXml::Transmission;
 
 namespace {
 // Progress is reported at most every this many bytes, so a caller's display stays cheap.
@@ -48,6 +53,9 @@ REPORTKIT::Results FrameConversionDriver::run(NerikResultModel& model, Steps con
                 steps.rejectLine != 0 ? steps.rejectLine : __LINE__);
             break;
         }
+        if (steps.recordFrame) {
+            steps.recordFrame(recorder);
+        }
         if (progress && reader.getPosition() >= nextReport) {
             progress(reader.getPosition(), total);
             nextReport = reader.getPosition() + ProgressStep;
@@ -57,7 +65,10 @@ REPORTKIT::Results FrameConversionDriver::run(NerikResultModel& model, Steps con
         progress(total, total);
     }
 
-    recorder.setCurrentTransmission(model.takeCurrentTransmission());
+    std::unique_ptr<Transmission> transmission(model.takeCurrentTransmission());
+    if (!steps.recordFrame) {
+        recorder.setCurrentTransmission(transmission.release());
+    }
     recorder.closeFile();
     return fileInfoList.getResults();
 }

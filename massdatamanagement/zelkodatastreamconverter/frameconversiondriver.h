@@ -21,8 +21,9 @@ class RecorderModel;
 /// directory and the job settings to the recorder, lets the converter prepare its model,
 /// hands the settings to the model, and feeds every frame to the model until the recording
 /// ends or the model rejects a frame ("convertFile(<path>): invalid frame header", which ends
-/// the conversion). Then the model's current transmission goes to the recorder, which writes
-/// and completes the result file, and the collected results are returned.
+/// the conversion). Then the model's current transmission goes to the recorder (unless the
+/// converter records frame by frame), which writes and completes the result file, and the
+/// collected results are returned.
 class FrameConversionDriver
 {
 public:
@@ -40,6 +41,10 @@ public:
         /// Optional: the source line that the trace of a rejected frame cites (the
         /// converter's own, for hosts that filter by it); 0 cites the driver's.
         int rejectLine = 0;
+        /// Optional: after each accepted frame, as a host that records live would (the
+        /// recorder then has every frame already, and the model's transmission is not handed
+        /// to it at the end).
+        std::function<void(RecorderModel&)> recordFrame;
     };
 
     /// module names the reporting converter in the trace ("decodedtextconverter").

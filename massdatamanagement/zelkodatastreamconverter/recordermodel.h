@@ -61,6 +61,11 @@ public:
     void saveExpiredPendingChanges(QDateTime const& now);
     void saveFile();
     void closeFile();
+    /// Marks the result file as changed: it is written 30 s after the first change since the
+    /// last write, at once when it has no file yet, and always by closeFile(). In AIS mode
+    /// station reports do not mark it; a converter that wants the result file beside the
+    /// station files marks it itself.
+    void markChanged();
 
     void setAntennaSettings(QString const& xml);
     void setAudioSettings(QString const& xml);
@@ -87,7 +92,6 @@ private:
 
     void setTransmissionSystemMode(QString const& mode);
     void updateTransmissionSystemMode();
-    void markChanged();
     void addAISData(int mmsi, JobSpec::Station const& station, int blockId);
     bool saveFile(QFile& file);
     void writeResultFile();

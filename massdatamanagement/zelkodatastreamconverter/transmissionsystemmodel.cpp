@@ -8,6 +8,7 @@
 #include <QLocale>
 #include <alphabetkit/udadecoder.h>
 #include <charconv>
+#include <pdu/pdunaming.h>
 #include <cstring>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/pdudatablock.h>
@@ -700,20 +701,38 @@ void TransmissionSystemModel::SetCRC(PDUDataBlock* block, bool ok)
 
 // --- PDU frames ------------------------------------------------------------------------------
 
+namespace {
+
+QString pduName(unsigned pduID)
+{
+    return QString::fromStdWString(PduNaming::PDUIdTranslator::pduIdToString(pduID));
+}
+
+QStringList pduHeaders(unsigned pduID)
+{
+    QStringList headers;
+    for (std::wstring const& header : PduNaming::PDUFieldNameProvider::getHeaders(pduID)) {
+        headers << QString::fromStdWString(header);
+    }
+    return headers;
+}
+
+} // namespace
+
 void TransmissionSystemModel::ProcessPDU(QByteArray const& frame)
 {
     m_pduConverter = nullptr;
-    if (m_pduDecoding == nullptr || frame.size() < RecordOffset + 4) {
+    if (frame.size() < RecordOffset + 4) {
         return;
     }
-    m_pduConverter =
-        m_pduDecoding->getPDU_ConverterByCOMMSYSTYPE(readAt<quint32>(frame, RecordOffset));
+    m_pduConverter = CPDU_Converter_Factory::getInstance()->getPDU_ConverterByCOMMSYSTYPE(
+        readAt<quint32>(frame, RecordOffset));
     if (m_pduConverter == nullptr) {
-        return;
+        return; // a communication system the library does not decode
     }
     std::vector<CPDU*> pdus = m_pduConverter->decodeFrame(frame);
     ProcessPDUVector(pdus);
-    qDeleteAll(pdus);
+    deletePDUs(pdus);
 }
 
 void TransmissionSystemModel::ProcessPDUVector(std::vector<CPDU*>& pdus)
@@ -724,9 +743,9 @@ void TransmissionSystemModel::ProcessPDUVector(std::vector<CPDU*>& pdus)
         }
         QDateTime const time = ToDateTime(pdu->getTimeStamp());
         PDUDataBlock* block =
-            BeginBlock(pdu->getPDU_ID(), time, m_pduDecoding->pduIdToString(pdu->getPDU_ID()));
+            BeginBlock(pdu->getPDU_ID(), time, pduName(pdu->getPDU_ID()));
         SetCRC(block, pdu->getCheckSumState());
-        QStringList headers = m_pduDecoding->getHeaders(pdu->getPDU_ID());
+        QStringList headers = pduHeaders(pdu->getPDU_ID());
         ProcessPDUFields(block, pdu->getFields(), headers, pdu->getTimeStamp());
         EndBlock(block, nullptr, time);
     }
@@ -742,9 +761,9 @@ void TransmissionSystemModel::ProcessPDUSubVectors(PDUDataBlock* parent, std::ve
             continue;
         }
         PDUDataBlock* block = BeginBlock(pdu->getPDU_ID(), parentTime,
-                                         m_pduDecoding->pduIdToString(pdu->getPDU_ID()));
+                                         pduName(pdu->getPDU_ID()));
         SetCRC(block, pdu->getCheckSumState());
-        QStringList headers = m_pduDecoding->getHeaders(pdu->getPDU_ID());
+        QStringList headers = pduHeaders(pdu->getPDU_ID());
         ProcessPDUFields(block, pdu->getFields(), headers, time);
         EndBlock(block, parent, parentTime);
     }
@@ -770,9 +789,9 @@ void TransmissionSystemModel::ProcessPDUFields(PDUDataBlock* block,
         if (field->isExpandable()) {
             std::vector<CPDU*> subPdus = m_pduConverter->getSubPDUs(field);
             ProcessPDUSubVectors(block, subPdus, label, time);
-            qDeleteAll(subPdus);
+            deletePDUs(subPdus);
         } else if (field->getDataTranslation() != 0) {
-            AddField(block, label, m_pduDecoding->dataIdToString(field->getDataTranslation()),
+            AddField(block, label, QString::fromStdWString(PduNaming::PDUDataTranslator::dataIdToString(field->getDataTranslation())),
                      TypeString);
         } else if (field->getFieldClass() == CPDU_FieldContainer::PayloadFieldClass) {
             unsigned* data = field->getData(bits, count);

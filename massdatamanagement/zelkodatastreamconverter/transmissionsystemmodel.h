@@ -7,9 +7,9 @@
 #include <QStringList>
 #include <QVector>
 #include <array>
-#include <massdatamanagement/zelkodatastreamconverter/ipduconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
 #include <memory>
+#include <pdu/cpdu_converter.h>
 #include <vector>
 
 namespace AlphabetKit {
@@ -36,7 +36,8 @@ class TransmissionSystemHelper;
 /// Each system's record is read by one processor (Process_<SYSTEM>) behind a table from code
 /// to processor. Code 13 frames are accepted and ignored; an unknown code gives a block with
 /// the frame's name only (dropped when the name is empty); PDU frames (code 16) go through the
-/// PDU decoding library when the model has one (setPduDecoding()).
+/// PDU decoding library (CPDU_Converter_Factory), by the communication system their record
+/// names; frames of a system it does not decode leave nothing.
 ///
 /// Message texts (payloads) are decoded through the selected user alphabet; without one the
 /// bytes are shown as Latin-1 with unprintable characters replaced. Changing the alphabet
@@ -84,9 +85,6 @@ public:
     QStringList getAllAlphabets() const;
     /// The alphabets offered for the current demodulator.
     QStringList getAvailableAlphabets() const;
-
-    /// The PDU decoding library for code 16 frames; not owned, null for none.
-    void setPduDecoding(IPduDecoding* decoding) { m_pduDecoding = decoding; }
 
     void clear() override;
     bool setDemodulator(QString const& demodulator) override;
@@ -230,7 +228,7 @@ private:
     static QString PACKET_RADIO_Address(void* address);
 
     std::unique_ptr<TransmissionSystemHelper> m_helper;
-    IPduConverter* m_pduConverter = nullptr;
+    CPDU_Converter* m_pduConverter = nullptr; // the PDU library's, for the last PDU frame
     quint32 m_transmissionType = 0;
     quint64 m_transmissionTime = 0;
     int m_pduOffset = 0;
@@ -238,7 +236,6 @@ private:
     bool m_endConnection = false;
     std::unique_ptr<AlphabetKit::UdaDecoder> m_decoder;
 
-    IPduDecoding* m_pduDecoding = nullptr;
     // The frame being processed, for Word() and WordsAvailable().
     char const* m_frameBegin = nullptr;
     char const* m_frameEnd = nullptr;

@@ -1,6 +1,7 @@
 // Writes the sample recordings that ship in data/samples/. The output is deterministic, so
 // running it again must reproduce the checked-in files byte for byte.
 
+#include "aissamples.h"
 #include "transmissionsystemsamples.h"
 
 #include <QCoreApplication>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <alphabetkit/codechandler.h>
 #include <functional>
+
 #include <recordingwriter/hoppergenerator.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
@@ -305,5 +307,6 @@ int main(int argc, char* argv[])
          zelkosamples::transmissionSystemSamples()) {
         ok = writeSample(directory, sample.fileName, sample.write) && ok;
     }
+    ok = zelkosamples::writeAisSamples(directory) && ok;
     return ok ? 0 : 1;
 }

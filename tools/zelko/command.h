@@ -32,5 +32,6 @@ bool processCommandLine(QCommandLineParser& parser, QString const& command,
 int runInspect(QStringList const& arguments);
 int runConvert(QStringList const& arguments);
 int runBursts(QStringList const& arguments);
+int runImport(QStringList const& arguments);
 
 } // namespace zelkotool

@@ -12,6 +12,8 @@ std::vector<Command> const& commands()
         {QStringLiteral("bursts"), QStringLiteral("bursts RECORDING [--radio ID]"),
          QStringLiteral("estimate hop frequencies and channel grids of frequency hoppers"),
          &runBursts},
+        {QStringLiteral("import"), QStringLiteral("import aivdm LOG... -o RECORDING"),
+         QStringLiteral("turn NMEA AIS logs into a recording of PDU frames"), &runImport},
     };
     return table;
 }

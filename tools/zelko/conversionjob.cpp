@@ -18,6 +18,7 @@
 #include <diagnostics/errorhandler.h>
 #include <functional>
 #include <map>
+#include <massdatamanagement/zelkodatastreamconverter/aisstationconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/audiodataconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
@@ -27,6 +28,8 @@
 #include <reportkit/xmltime.h>
 #include <thread>
 #include <unistd.h>
+#include <cstring>
+#include <pdu/pdutypes.h>
 #include <vector>
 
 namespace zelkotool {
@@ -60,6 +63,12 @@ std::map<QString, ConverterFactory> const& converterFactories()
              converter->setProgressCallback(std::move(progress));
              return std::unique_ptr<IDataStreamConverter>(std::move(converter));
          }},
+        {QStringLiteral("ais"),
+         [](std::function<void(qint64, qint64)> progress) {
+             auto converter = std::make_unique<zelkodatastreamconverter::AISStationConverter>();
+             converter->setProgressCallback(std::move(progress));
+             return std::unique_ptr<IDataStreamConverter>(std::move(converter));
+         }},
         {QStringLiteral("audio"),
          [](std::function<void(qint64, qint64)> progress) {
              auto converter = std::make_unique<zelkodatastreamconverter::AudioDataConverter>();
@@ -68,6 +77,21 @@ std::map<QString, ConverterFactory> const& converterFactories()
          }},
     };
     return factories;
+}
+
+// A PDU frame (code 16) whose record the AIS decoder reads: station files are wanted.
+bool isAisFrame(QByteArray const& frame)
+{
+    constexpr int CodePosition = 48;
+    constexpr int RecordPosition = 52;
+    if (frame.size() < RecordPosition + 4) {
+        return false;
+    }
+    quint32 code = 0;
+    quint32 system = 0;
+    std::memcpy(&code, frame.constData() + CodePosition, 4);
+    std::memcpy(&system, frame.constData() + RecordPosition, 4);
+    return (code & 0xFFu) == 16 && system == COMMSYS_AIS;
 }
 
 // The kind from the first complete frame; empty (and error set) when there is none.
@@ -91,6 +115,9 @@ QString detectKind(QString const& path, QString& error)
         return QString();
     }
     QString const kind = frameTypeKind(type.toUInt(nullptr, 16));
+    if (kind == QLatin1String("ts") && isAisFrame(frame)) {
+        return QStringLiteral("ais");
+    }
     if (kind.isEmpty()) {
         error = QStringLiteral("unknown frame type %1").arg(type.toUInt(nullptr, 16));
     } else if (kind == QLatin1String("bursts")) {

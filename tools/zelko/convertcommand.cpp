@@ -13,7 +13,7 @@ namespace zelkotool {
 
 namespace {
 
-QStringList const kinds = {QStringLiteral("text"), QStringLiteral("ts"), QStringLiteral("audio"),
+QStringList const kinds = {QStringLiteral("text"), QStringLiteral("ts"), QStringLiteral("ais"), QStringLiteral("audio"),
                            QStringLiteral("symbol"), QStringLiteral("image")};
 
 int usageError(QString const& message)
@@ -100,7 +100,7 @@ int runConvert(QStringList const& arguments)
         {{QStringLiteral("o"), QStringLiteral("output")},
          QStringLiteral("directory of the produced files (created if missing)"),
          QStringLiteral("DIR")},
-        {QStringLiteral("kind"), QStringLiteral("text, ts, audio, symbol or image"),
+        {QStringLiteral("kind"), QStringLiteral("text, ts, ais (ts with station files), audio, symbol or image"),
          QStringLiteral("KIND")},
         {QStringLiteral("start"),
          QStringLiteral("audio: the recording's start, UTC, e.g. 2024-01-31T23:59:58.001Z "

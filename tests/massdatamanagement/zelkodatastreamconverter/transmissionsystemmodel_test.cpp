@@ -11,6 +11,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/transmission.h>
+#include <recordingwriter/aisencoder.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/qstringprinter.h>
@@ -133,12 +134,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](auto const& info) { return std::string(info.param.name); });
 
 // Position and date-time elements render themselves.
-class Position : public CPDU_DisplayObject
-{
-public:
-    std::wstring toWString() const override { return L"N 53°32'"; }
-};
-Position const AnyPosition;
+CPDU_Position const AnyPosition(32121750, -5980000);
 CPDU_DisplayObject const* const Positions[] = {&AnyPosition, &AnyPosition};
 
 struct FormatRow
@@ -203,8 +199,8 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"String16", 6, 2, 16, {0x00E90048u}, "Hé", "string"},
         FormatRow{"String32", 6, 2, 32, {0x4F, 0x4B}, "OK", "string"},
         FormatRow{"StringOddWidth", 6, 1, 12, {0x41}, "<untouched>", "<untouched>"},
-        FormatRow{"Position", 7, 2, 64, {}, "N 53°32' N 53°32'", "position"},
-        FormatRow{"DateTimeAlike", 8, 1, 64, {}, "N 53°32'", "datetime"},
+        FormatRow{"Position", 7, 2, 64, {}, "N 53°32'10.5'' W 9°58'0'' N 53°32'10.5'' W 9°58'0''", "position"},
+        FormatRow{"DateTimeAlike", 8, 1, 64, {}, "N 53°32'10.5'' W 9°58'0''", "datetime"},
         FormatRow{"NullData", 3, 1, 8, {}, "<untouched>", "<untouched>"},
         FormatRow{"NoElements", 3, 0, 8, {1}, "<untouched>", "<untouched>"},
         FormatRow{"UnknownRepresentation", 9, 1, 8, {1}, "<untouched>", "<untouched>"}),
@@ -451,106 +447,79 @@ TEST_F(TransmissionSystemModelTest, AlphabetDecodesAndRetranslates)
 
 // --- PDU frames through a decoding library ----------------------------------------------------
 
-// Field class, representation, translation, bits, count, data; class 9 marks an expandable one.
-struct TestField : CPDU_FieldContainer
+// A communication system of the test's own (type 7): one unit with a wrong checksum whose ID
+// has no name or labels (so every field is "?"): a text, a translated value, a nested unit
+// with a payload, a flag; and one unit without content, which is dropped.
+struct TestSystem : CPDU_Converter
 {
-    unsigned c, r, t, b, n;
-    std::vector<unsigned> data;
-    TestField(unsigned c, unsigned r, unsigned t, unsigned b, unsigned n, std::vector<unsigned> d)
-        : c(c), r(r), t(t), b(b), n(n), data(std::move(d))
-    {
-    }
-    unsigned getFieldClass() const override { return c; }
-    ePDU_DATAREPRESENTATION getDataRepresentation() const override
-    {
-        return ePDU_DATAREPRESENTATION(r);
-    }
-    unsigned getDataTranslation() const override { return t; }
-    unsigned* getData(unsigned& bits, unsigned& count) const override
-    {
-        bits = b, count = n;
-        return const_cast<unsigned*>(data.data());
-    }
-    bool isExpandable() const override { return c == 9; }
-};
-
-// Unit 1 has a wrong checksum, the others a correct one.
-struct TestPdu : CPDU
-{
-    unsigned id;
-    std::vector<CPDU_FieldContainer*> fields;
-    TestPdu(unsigned i, std::vector<CPDU_FieldContainer*> f) : id(i), fields(std::move(f)) {}
-    ~TestPdu() override { qDeleteAll(fields); }
-    unsigned getPDU_ID() const override { return id; }
-    ePDU_CHECKSUM_STATE getCheckSumState() const override
-    {
-        return ePDU_CHECKSUM_STATE(id == 1 ? 2 : 1);
-    }
-    quint64 getTimeStamp() const override { return BaseTime + 7000000 * (id - 1); }
-    std::vector<CPDU_FieldContainer*> const& getFields() const override { return fields; }
-};
-
-// Unit 1 ("AIS Safety", CRC wrong): a text, a translated value, a nested unit 3 (CRC ok) with
-// a payload, and a surplus field. Unit 4 has no name and no content and is dropped.
-struct TestDecoding : IPduDecoding, IPduConverter
-{
-    IPduConverter* getPDU_ConverterByCOMMSYSTYPE(unsigned type) override
-    {
-        return type == 7 ? this : nullptr;
-    }
-    QString pduIdToString(unsigned id) const override
-    {
-        return id == 1 ? QStringLiteral("AIS Safety") : id == 3 ? QStringLiteral("Sub") : QString();
-    }
-    QStringList getHeaders(unsigned id) const override
-    {
-        return id == 1 ? QStringList({"Text", "Kind", "Nested"}) : QStringList();
-    }
-    QString dataIdToString(unsigned id) const override { return QString::number(id * 10); }
-    std::vector<CPDU*> getSubPDUs(CPDU_FieldContainer*) override
-    {
-        return {new TestPdu(3, {new TestField(8, 6, 0, 8, 3, {0x00434241u})})};
-    }
     std::vector<CPDU*> decodeFrame(QByteArray const&) override
     {
-        return {
-            new TestPdu(1, {new TestField(0, 6, 0, 8, 3, {0x0049A048u}),
-                            new TestField(0, 3, 4, 8, 1, {0}), new TestField(9, 0, 0, 8, 1, {0}),
-                            new TestField(0, 1, 0, 8, 1, {1})}),
-            new TestPdu(4, {})};
+        auto nested = std::make_unique<CPDU>(0x98, BaseTime + 5000000, PDU_CHECKSUM_OK);
+        nested->addField(CPDU_FieldContainer::payload("ABC", 24));
+        std::vector<std::unique_ptr<CPDU>> subs;
+        subs.push_back(std::move(nested));
+        auto unit = new CPDU(0x99, BaseTime, PDU_CHECKSUM_WRONG);
+        unit->addField(CPDU_FieldContainer::stringValue("H\xA0I"));
+        unit->addField(CPDU_FieldContainer::translatedValue(1));
+        unit->addField(CPDU_FieldContainer::expandable(std::move(subs)));
+        unit->addField(CPDU_FieldContainer::boolValue(true));
+        return {unit, new CPDU(0x97, BaseTime)};
     }
 };
 
-TEST_F(TransmissionSystemModelTest, PduFramesGoThroughTheDecodingLibrary)
+QStringList fieldsOf(PDUDataBlock const* block)
 {
-    QByteArray pduFrame =
-        frame(BaseTime, "", TransmissionSystemModel::PduCode) + QByteArray::fromHex("07000000");
-    ASSERT_TRUE(m_model.processData(pduFrame));
-    EXPECT_EQ(blockCount(), 0); // no decoding library
-    TestDecoding decoding;
-    m_model.setPduDecoding(&decoding);
-    ASSERT_TRUE(m_model.processData(pduFrame));
-    ASSERT_EQ(blockCount(), 1);
-    PDUDataBlock const* block = m_model.getCurrentTransmission()->GetPDUDataBlocks().front();
-    EXPECT_EQ(block->GetType(), 1u);
-    EXPECT_EQ(block->GetCRC(), QStringLiteral("not ok"));
     QStringList fields;
     for (NerikResultDataXml::Field const& field : block->GetFields()) {
         fields << field.GetName() + QLatin1Char('=') + field.GetValue() + QLatin1Char('|') +
                       field.GetType();
     }
-    EXPECT_EQ(fields, QStringList({"Text=H\nI|string", "Kind=40|string", "?=true|bool"}));
-    // An AIS text is also the message, with no content code.
-    EXPECT_EQ(block->GetPayload().GetName(), QStringLiteral("Text"));
-    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("H\nI"));
-    EXPECT_TRUE(block->GetPayload().GetContentCode().isEmpty());
-    EXPECT_FALSE(block->GetPayload().GetContentDirectionRTL());
+    return fields;
+}
+
+TEST_F(TransmissionSystemModelTest, PduFramesGoThroughTheDecodingLibrary)
+{
+    QByteArray unknownSystem =
+        frame(BaseTime, "", TransmissionSystemModel::PduCode) + QByteArray::fromHex("08000000");
+    ASSERT_TRUE(m_model.processData(unknownSystem));
+    EXPECT_EQ(blockCount(), 0);
+
+    CPDU_Converter_Factory::getInstance()->addConverter(7, std::make_unique<TestSystem>());
+    QByteArray testSystem =
+        frame(BaseTime, "", TransmissionSystemModel::PduCode) + QByteArray::fromHex("07000000");
+    ASSERT_TRUE(m_model.processData(testSystem));
+    ASSERT_EQ(blockCount(), 1);
+    PDUDataBlock const* block = m_model.getCurrentTransmission()->GetPDUDataBlocks().front();
+    EXPECT_EQ(block->GetType(), 0x99u);
+    EXPECT_EQ(block->GetCRC(), QStringLiteral("not ok"));
+    EXPECT_EQ(fieldsOf(block),
+              QStringList({"?=H\nI|string", "?=not available|string", "?=true|bool"}));
     ASSERT_EQ(block->GetPDUDataBlocks().size(), 1);
     PDUDataBlock const* nested = block->GetPDUDataBlocks().front();
     EXPECT_EQ(nested->GetCRC(), QStringLiteral("ok"));
-    EXPECT_EQ(nested->GetTimeStamp(), utc(BaseTime));
+    EXPECT_EQ(nested->GetTimeStamp(), utc(BaseTime)); // the parent's time, not its own
     EXPECT_EQ(nested->GetPayload().GetName(), QStringLiteral("?"));
     EXPECT_EQ(nested->GetPayload().GetContent(), QStringLiteral("ABC"));
+}
+
+// A real AIS safety broadcast: named and labelled by the library, its text also the message.
+TEST_F(TransmissionSystemModelTest, AisTextIsAlsoTheMessage)
+{
+    zelkorecording::AisBitWriter const message =
+        zelkorecording::AisEncoder::safetyBroadcast(2655001, "STORM WARNING");
+    QByteArray aisFrame = zelkorecording::RecordingWriter::frameBytes(
+        FrameType::TransmissionSystem, zelkorecording::AisEncoder::framePayload(BaseTime, message));
+    ASSERT_TRUE(m_model.processData(aisFrame));
+    ASSERT_EQ(blockCount(), 1);
+    PDUDataBlock const* block = m_model.getCurrentTransmission()->GetPDUDataBlocks().front();
+    EXPECT_EQ(block->GetName(), QStringLiteral("AIS Safety Related Broadcast Message"));
+    EXPECT_EQ(block->GetCRC(), QStringLiteral("ok"));
+    EXPECT_EQ(fieldsOf(block), QStringList({"Message Type=14|int", "Repeat Indicator=0|int",
+                                            "MMSI=2655001|int", "Text=STORM WARNING|string"}));
+    EXPECT_EQ(block->GetPayload().GetName(), QStringLiteral("Text"));
+    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("STORM WARNING"));
+    EXPECT_TRUE(block->GetPayload().GetContentCode().isEmpty());
+    EXPECT_FALSE(block->GetPayload().GetContentDirectionRTL());
 }
 
 // --- The converter ---------------------------------------------------------------------------
