@@ -755,28 +755,34 @@ NerikResultModel::PDUDataBlock* NerikResultModel::getPDUDataBlock(int id) const
 namespace {
 
 NerikResultDataXml::PDUDataBlock* findPdu(QList<NerikResultDataXml::PDUDataBlock*> const& blocks,
-                                          int id, bool recursive)
+                                          int id)
 {
     for (int i = blocks.size() - 1; i >= 0; --i) {
         NerikResultDataXml::PDUDataBlock* const block = blocks[i];
         if (block->GetID() == id) {
             return block;
         }
-        if (recursive) {
-            if (auto* const found = findPdu(block->GetPDUDataBlocks(), id, true)) {
-                return found;
-            }
+        if (auto* const found = findPdu(block->GetPDUDataBlocks(), id)) {
+            return found;
         }
     }
     return nullptr;
 }
 
 // A transmission's top-level blocks and a block's children are searched and merged alike;
-// Owner is either.
+// Owner is either. IDs come from the document's counter and so are unique: a block among
+// owner's own is found through their index, and only an ID that none of them has sends a
+// recursive search through the children.
 template <typename Owner>
 NerikResultDataXml::PDUDataBlock* findChildPdu(Owner* owner, int id, bool recursive)
 {
-    return owner == nullptr ? nullptr : findPdu(owner->GetPDUDataBlocks(), id, recursive);
+    if (owner == nullptr) {
+        return nullptr;
+    }
+    if (auto* const own = owner->FindPDUDataBlock(id)) {
+        return own;
+    }
+    return recursive ? findPdu(owner->GetPDUDataBlocks(), id) : nullptr;
 }
 
 // The block of pdu's ID among owner's blocks is updated and pdu's children merged into it;

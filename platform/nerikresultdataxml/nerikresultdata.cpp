@@ -83,6 +83,49 @@ void NerikResultData::WriteXml(QXmlStreamWriter& writer, DataBlockFilter const& 
     writer.writeEndElement();
 }
 
+namespace {
+
+// QXmlStreamWriter hands its device many small pieces; a file device passes each through its
+// own buffer, which costs more than writing the document. The pieces are gathered here and
+// go to the device a megabyte at a time.
+class ChunkedOutput : public QIODevice
+{
+public:
+    explicit ChunkedOutput(QIODevice& target) : m_target(target)
+    {
+        m_chunk.reserve(ChunkBytes);
+        open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    }
+
+    /// Writes what is gathered; false when the device refused it.
+    bool finish() { return writeChunk(); }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(char const* data, qint64 size) override
+    {
+        m_chunk.append(data, int(size));
+        return m_chunk.size() < ChunkBytes || writeChunk() ? size : -1;
+    }
+
+private:
+    bool writeChunk()
+    {
+        bool const written = m_target.write(m_chunk) == m_chunk.size();
+        m_chunk.truncate(0);
+        if (!written) {
+            setErrorString(m_target.errorString());
+        }
+        return written;
+    }
+
+    static constexpr int ChunkBytes = 1 << 20;
+    QIODevice& m_target;
+    QByteArray m_chunk;
+};
+
+} // namespace
+
 bool NerikResultData::SaveFile(QFile& file)
 {
     return Save(file, DataBlockFilter());
@@ -104,13 +147,15 @@ bool NerikResultData::Save(QIODevice& device, DataBlockFilter const& filter)
         m_errorText = QStringLiteral("%1: not open for writing").arg(deviceName());
         return false;
     }
-    QXmlStreamWriter writer(&device);
+    ChunkedOutput output(device);
+    QXmlStreamWriter writer(&output);
     writer.setCodec("UTF-8");
     writer.setAutoFormatting(true);
     writer.writeStartDocument();
     WriteXml(writer, filter);
     writer.writeEndDocument();
-    if (writer.hasError()) {
+    bool const written = output.finish();
+    if (writer.hasError() || !written) {
         m_errorText =
             QStringLiteral("%1: write failed: %2").arg(deviceName(), device.errorString());
         return false;

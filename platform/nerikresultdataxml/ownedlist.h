@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <algorithm>
 
@@ -22,7 +23,7 @@ public:
             m_items.append(new T(*item));
         }
     }
-    OwnedList(OwnedList&& other) noexcept { m_items.swap(other.m_items); }
+    OwnedList(OwnedList&& other) noexcept { swap(other); }
     // Copy before letting go: other may belong to one of our own objects.
     OwnedList& operator=(OwnedList const& other)
     {
@@ -50,8 +51,47 @@ public:
     {
         qDeleteAll(m_items);
         m_items.clear();
+        forgetIndex();
     }
-    void swap(OwnedList& other) noexcept { m_items.swap(other.m_items); }
+    void swap(OwnedList& other) noexcept
+    {
+        m_items.swap(other.m_items);
+        forgetIndex();
+        other.forgetIndex();
+    }
+
+    /// The last object whose GetID() is id, or null: what a search from the end finds. The
+    /// list keeps an index of IDs that grows with the list, so that looking up in a list that
+    /// only grows (the usual life of a document's blocks) costs constant time instead of a
+    /// walk through every object; a list changed through items() in another way, or an
+    /// object whose ID changed, is indexed anew.
+    T* findLastById(int id) const
+    {
+        bool const onlyGrew = m_indexed <= m_items.size() &&
+                              (m_indexed == 0 || m_items[m_indexed - 1] == m_indexedTail);
+        if (!onlyGrew) {
+            forgetIndex();
+        }
+        for (; m_indexed < m_items.size(); ++m_indexed) {
+            m_idIndex.insert(m_items[m_indexed]->GetID(), m_indexed);
+        }
+        m_indexedTail = m_indexed > 0 ? m_items[m_indexed - 1] : nullptr;
+        auto const found = m_idIndex.constFind(id);
+        if (found == m_idIndex.constEnd()) {
+            return nullptr;
+        }
+        T* const item = m_items[*found];
+        if (item->GetID() == id) {
+            return item;
+        }
+        forgetIndex();
+        for (int i = m_items.size() - 1; i >= 0; --i) {
+            if (m_items[i]->GetID() == id) {
+                return m_items[i];
+            }
+        }
+        return nullptr;
+    }
 
     QList<T*>& items() { return m_items; }
     QList<T*> const& items() const { return m_items; }
@@ -70,7 +110,19 @@ public:
     bool operator!=(OwnedList const& other) const { return !(*this == other); }
 
 private:
+    void forgetIndex() const
+    {
+        m_idIndex.clear();
+        m_indexed = 0;
+        m_indexedTail = nullptr;
+    }
+
     QList<T*> m_items;
+    // The ID index of findLastById(): IDs of the first m_indexed objects, the last of which
+    // was m_indexedTail when they were indexed.
+    mutable QHash<int, int> m_idIndex;
+    mutable int m_indexed = 0;
+    mutable T const* m_indexedTail = nullptr;
 };
 
 } // namespace NerikResultDataXml

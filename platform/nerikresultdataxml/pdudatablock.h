@@ -74,6 +74,8 @@ public:
     void AddPDUDataBlock(PDUDataBlock* child);
     QList<PDUDataBlock*>& GetPDUDataBlocks() { return m_children.items(); }
     QList<PDUDataBlock*> const& GetPDUDataBlocks() const { return m_children.items(); }
+    /// The last of these blocks with the ID, or null (an indexed lookup, see OwnedList).
+    PDUDataBlock* FindPDUDataBlock(int id) const { return m_children.findLastById(id); }
 
     /// Appends an item; the block takes ownership.
     void AddUserData(UserData* userData);

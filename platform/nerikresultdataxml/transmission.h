@@ -53,6 +53,8 @@ public:
     void AddPDUDataBlock(PDUDataBlock* block);
     QList<PDUDataBlock*>& GetPDUDataBlocks() { return m_pduDataBlocks.items(); }
     QList<PDUDataBlock*> const& GetPDUDataBlocks() const { return m_pduDataBlocks.items(); }
+    /// The last of these blocks with the ID, or null (an indexed lookup, see OwnedList).
+    PDUDataBlock* FindPDUDataBlock(int id) const { return m_pduDataBlocks.findLastById(id); }
 
     /// Deletes every info, data block and PDU data block.
     void Clear();
