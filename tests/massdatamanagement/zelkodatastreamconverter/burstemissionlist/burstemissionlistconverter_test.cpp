@@ -156,6 +156,12 @@ TEST(BurstConverter, EveryCutFrameIsIgnoredAndSlackIsNot)
     EXPECT_TRUE(std::get<0>(converter.processFrame(good))) << "records ending at the frame end";
     EXPECT_TRUE(std::get<0>(converter.processFrame(good + QByteArray(4, '\0'))))
         << "slack after the records";
+    // The smallest frame that holds the fixed fields: no extension, one record over them.
+    BurstListFrame smallest = frame(5, 0, 1, levels(1));
+    smallest.headerExtensionWords = 0;
+    smallest.strideWords = 9;
+    ASSERT_EQ(smallest.frameBytes().size(), 60);
+    EXPECT_TRUE(std::get<0>(converter.processFrame(smallest.frameBytes())));
 }
 
 TEST(BurstConverter, OldestSegmentIsDroppedAtTheMaximum)
