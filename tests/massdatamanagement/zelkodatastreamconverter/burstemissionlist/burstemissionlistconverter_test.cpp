@@ -2,8 +2,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <cstring>
-#include <limits>
 #include <gtest/gtest.h>
+#include <limits>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <recordingwriter/hoppergenerator.h>
