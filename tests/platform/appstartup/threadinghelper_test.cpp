@@ -2,7 +2,9 @@
 #include <QThread>
 #include <QTimer>
 #include <appstartup/threadinghelper.h>
+#include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -21,6 +23,17 @@ private:
     QCoreApplication m_app;
 };
 
+/// Runs work on a worker thread while the application's event loop turns, then joins it.
+void runOnWorker(Application& application, std::function<void()> work)
+{
+    std::unique_ptr<QThread> worker(QThread::create(std::move(work)));
+    QObject::connect(worker.get(), &QThread::finished, &application.app(), &QCoreApplication::quit);
+    QTimer::singleShot(10000, &application.app(), &QCoreApplication::quit); // never hang
+    worker->start();
+    application.app().exec();
+    ASSERT_TRUE(worker->wait(10000));
+}
+
 } // namespace
 
 TEST(ThreadingHelper, WithoutApplicationRunsOnTheCallingThread)
@@ -38,13 +51,14 @@ TEST(ThreadingHelper, WithoutApplicationRunsOnTheCallingThread)
     EXPECT_EQ(ranOn, &worker);
 }
 
-TEST(ThreadingHelper, FromAWorkerRunsOnTheApplicationThreadAndWaits)
+TEST(ThreadingHelper, FromAWorkerRunsOnTheApplicationThreadWaitsAndRethrows)
 {
     Application application;
     QThread* ranOn = nullptr;
     bool finishedBeforeReturn = false;
     bool workerIsMain = true;
-    QThread* worker = QThread::create([&] {
+    bool caught = false;
+    runOnWorker(application, [&] {
         workerIsMain = ThreadingHelper::IsMainThread();
         bool done = false;
         ThreadingHelper::RunInMainThread([&] {
@@ -53,36 +67,16 @@ TEST(ThreadingHelper, FromAWorkerRunsOnTheApplicationThreadAndWaits)
             done = true;
         });
         finishedBeforeReturn = done;
-    });
-    QObject::connect(worker, &QThread::finished, &application.app(), &QCoreApplication::quit);
-    QTimer::singleShot(10000, &application.app(), &QCoreApplication::quit); // never hang
-    worker->start();
-    application.app().exec();
-    ASSERT_TRUE(worker->wait(10000));
-    delete worker;
-    EXPECT_EQ(ranOn, application.app().thread());
-    EXPECT_TRUE(finishedBeforeReturn) << "the caller waits until the work is done";
-    EXPECT_FALSE(workerIsMain);
-}
-
-TEST(ThreadingHelper, ExceptionsComeBackToTheCaller)
-{
-    Application application;
-    bool caught = false;
-    QThread* worker = QThread::create([&] {
         try {
             ThreadingHelper::RunInMainThread([] { throw std::runtime_error("work failed"); });
         } catch (std::runtime_error const& e) {
             caught = QByteArray(e.what()) == "work failed";
         }
     });
-    QObject::connect(worker, &QThread::finished, &application.app(), &QCoreApplication::quit);
-    QTimer::singleShot(10000, &application.app(), &QCoreApplication::quit);
-    worker->start();
-    application.app().exec();
-    ASSERT_TRUE(worker->wait(10000));
-    delete worker;
-    EXPECT_TRUE(caught);
+    EXPECT_EQ(ranOn, application.app().thread());
+    EXPECT_TRUE(finishedBeforeReturn) << "the caller waits until the work is done";
+    EXPECT_FALSE(workerIsMain);
+    EXPECT_TRUE(caught) << "an exception comes back to the caller";
 }
 
 TEST(ThreadingHelper, OnTheApplicationThreadRunsDirectly)

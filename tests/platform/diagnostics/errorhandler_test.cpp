@@ -45,14 +45,6 @@ TEST(ErrorHandler, SinkReceivesMessageSourceAndLine)
     EXPECT_EQ(got, QStringLiteral("hello|a/b|42"));
 }
 
-TEST(ErrorHandler, MaskIsKept)
-{
-    unsigned const before = ErrorHandler::Instance().traceLevelMask();
-    ErrorHandler::Instance().setTraceLevelMask(0x60);
-    EXPECT_EQ(ErrorHandler::Instance().traceLevelMask(), 0x60u);
-    ErrorHandler::Instance().setTraceLevelMask(before);
-}
-
 // The environment and the default sink are process-wide, so they are checked in a child
 // process: the test binary re-runs itself with a filter and an environment.
 TEST(ErrorHandler, ChildWritesDefaultLineToStderr)

@@ -94,74 +94,60 @@ TEST(DataBlock, CopiesAreDeepAndMovesLeaveNoSharedUserData)
 
 TEST(PDUDataBlock, ValidityNeedsTimeAndNameOrContent)
 {
+    // Each row changes a freshly begun block: a type, a time stamp and a name.
     struct Case
     {
         char const* name;
-        std::function<void(PDUDataBlock&)> setup;
+        std::function<void(PDUDataBlock&)> change;
         bool valid;
     };
-    auto const begun = [](PDUDataBlock& b) {
-        b.SetType(9u << 16);
-        b.SetTimeStamp(sample::at(3, 0, 0));
-        b.SetName(QStringLiteral("ACARS"));
+    auto const payload = [](char const* data, char const* name) {
+        Payload p;
+        if (data) {
+            p.SetData(data, 1, 8);
+        }
+        if (name) {
+            p.SetName(QString::fromLatin1(name));
+        }
+        return p;
     };
     Case const cases[] = {
-        {"freshly begun", begun, true},
-        {"type 0 is a type",
-         [&](PDUDataBlock& b) {
-             begun(b);
-             b.SetType(0);
-         },
-         true},
-        {"nothing at all", [](PDUDataBlock&) {}, false},
-        {"no time stamp",
-         [&](PDUDataBlock& b) {
-             begun(b);
-             b.SetTimeStamp(QDateTime());
-         },
-         false},
-        {"no name, nothing else",
-         [&](PDUDataBlock& b) {
-             begun(b);
-             b.SetName(QString());
-         },
-         false},
+        {"freshly begun", [](PDUDataBlock&) {}, true},
+        {"type 0 is a type", [](PDUDataBlock& b) { b.SetType(0); }, true},
+        {"nothing at all", [](PDUDataBlock& b) { b = PDUDataBlock(); }, false},
+        {"no time stamp", [](PDUDataBlock& b) { b.SetTimeStamp(QDateTime()); }, false},
+        {"no name, nothing else", [](PDUDataBlock& b) { b.SetName(QString()); }, false},
         {"no name but a field",
-         [&](PDUDataBlock& b) {
-             begun(b);
+         [](PDUDataBlock& b) {
              b.SetName(QString());
              b.AddField(Field("a", "int", "1"));
          },
          true},
         {"no name but a child",
-         [&](PDUDataBlock& b) {
-             begun(b);
+         [](PDUDataBlock& b) {
              b.SetName(QString());
              b.AddPDUDataBlock(new PDUDataBlock);
          },
          true},
         {"no name but payload data",
          [&](PDUDataBlock& b) {
-             begun(b);
              b.SetName(QString());
-             Payload p;
-             p.SetData("x", 1, 8);
-             b.SetPayload(p);
+             b.SetPayload(payload("x", nullptr));
          },
          true},
         {"no name, payload with only a label",
          [&](PDUDataBlock& b) {
-             begun(b);
              b.SetName(QString());
-             Payload p;
-             p.SetName("Text");
-             b.SetPayload(p);
+             b.SetPayload(payload(nullptr, "Text"));
          },
          false},
     };
     for (Case const& c : cases) {
         PDUDataBlock block;
-        c.setup(block);
+        block.SetType(9u << 16);
+        block.SetTimeStamp(sample::at(3, 0, 0));
+        block.SetName(QStringLiteral("ACARS"));
+        c.change(block);
         PDUDataBlock const* asBase = &block;
         EXPECT_EQ(asBase->IsValid(), c.valid) << c.name;
     }
@@ -210,10 +196,4 @@ TEST(ResultParts, EachRoundTripsOnItsOwn)
     EXPECT_TRUE(roundTrips(block));
     PDUDataBlock pdu;
     EXPECT_TRUE(roundTrips(pdu));
-}
-
-TEST(UserData, ChangeTypeIsFixedText)
-{
-    EXPECT_EQ(UserData::ChangeType, QStringLiteral("Change"));
-    EXPECT_EQ(DataBlock::sRawData_DecodedText, QStringLiteral("DecodedText"));
 }

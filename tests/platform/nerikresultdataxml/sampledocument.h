@@ -3,9 +3,8 @@
 #include <memory>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <ostream>
-#include <support/qstringprinter.h>
+#include <support/qstringprinter.h> // readable QString values in test failures
 
-/// Readable QString values in test failures.
 namespace sample {
 
 QDateTime at(int hour, int minute, int second, int millisecond = 0);

@@ -4,8 +4,8 @@
 #include <ostream>
 #include <reportkit/rgexception.h>
 #include <reportkit/tunersettings.h>
-#include <support/schemavalidator.h>
 #include <support/qstringprinter.h>
+#include <support/schemavalidator.h>
 
 using namespace REPORTKIT;
 

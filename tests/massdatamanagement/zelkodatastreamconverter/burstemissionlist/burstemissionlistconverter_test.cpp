@@ -3,14 +3,14 @@
 #include <QTemporaryDir>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <limits>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
-#include <random>
 #include <recordingwriter/hoppergenerator.h>
 #include <support/allocationcounter.h>
+#include <support/rowname.h>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
-using zelkodatastreamconverter::FRAME_MAGIC;
 using zelkodatastreamconverter::SwappedFrameMagic;
 namespace FrameType = zelkodatastreamconverter::FrameType;
 using zelkorecording::BurstListFrame;
@@ -114,87 +114,54 @@ TEST(BurstConverter, FrameBecomesASegmentSortedByFrequency)
     }
 }
 
-TEST(BurstConverter, BadFramesAreIgnoredWithoutChange)
+struct BadFrame
+{
+    char const* name;
+    int word;
+    quint32 value;
+};
+
+class BurstConverterBadFrame : public testing::TestWithParam<BadFrame>
+{
+};
+
+TEST_P(BurstConverterBadFrame, IsIgnoredWithoutChange)
+{
+    QByteArray bytes = frame(5, 0, 1, levels(3)).frameBytes();
+    setWord(bytes, GetParam().word, GetParam().value);
+    BurstEmissionListConverter converter;
+    EXPECT_EQ(converter.processFrame(bytes), Ignored);
+    EXPECT_TRUE(converter.getDataMap().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Headers, BurstConverterBadFrame,
+    testing::Values(
+        BadFrame{"wrong magic", 0, SwappedFrameMagic},
+        BadFrame{"another frame type", 3, FrameType::TransmissionSystem},
+        BadFrame{"type one past", 3, FrameType::BurstList + 1}, BadFrame{"no records", 13, 0},
+        BadFrame{"one record too many", 13, 4}, BadFrame{"record count at maximum", 13, 0xFFFFFFFF},
+        BadFrame{"stride below six words", 14, 5}, BadFrame{"stride pointing past the end", 14, 7},
+        BadFrame{"stride at maximum", 14, 0xFFFFFFFF}, BadFrame{"extension past the end", 4, 1000}),
+    zelkotest::RowName());
+
+TEST(BurstConverter, EveryCutFrameIsIgnoredAndSlackIsNot)
 {
     QByteArray const good = frame(5, 0, 1, levels(3)).frameBytes();
-    struct Row
-    {
-        char const* name;
-        QByteArray bytes;
-    };
-    auto changed = [&](int word, quint32 value) {
-        QByteArray bytes = good;
-        setWord(bytes, word, value);
-        return bytes;
-    };
-    std::vector<Row> const rows = {
-        {"wrong magic", changed(0, SwappedFrameMagic)},
-        {"another frame type", changed(3, FrameType::TransmissionSystem)},
-        {"type one past", changed(3, FrameType::BurstList + 1)},
-        {"no records", changed(13, 0)},
-        {"one record too many", changed(13, 4)},
-        {"record count at maximum", changed(13, 0xFFFFFFFF)},
-        {"stride below six words", changed(14, 5)},
-        {"stride pointing past the end", changed(14, 7)},
-        {"stride at maximum", changed(14, 0xFFFFFFFF)},
-        {"extension past the end", changed(4, 1000)},
-    };
-    for (auto const& row : rows) {
-        BurstEmissionListConverter converter;
-        EXPECT_EQ(converter.processFrame(row.bytes), Ignored) << row.name;
-        EXPECT_TRUE(converter.getDataMap().empty()) << row.name;
+    for (int cut = 0; cut < good.size(); ++cut) {
+        BurstEmissionListConverter fresh;
+        EXPECT_EQ(fresh.processFrame(good.left(cut)), Ignored) << "cut at " << cut;
     }
     BurstEmissionListConverter converter;
     EXPECT_TRUE(std::get<0>(converter.processFrame(good))) << "records ending at the frame end";
     EXPECT_TRUE(std::get<0>(converter.processFrame(good + QByteArray(4, '\0'))))
         << "slack after the records";
-}
-
-TEST(BurstConverter, RandomAndTruncatedFramesNeverReadOutside)
-{
-    std::mt19937 engine(20261121);
-    BurstEmissionListConverter converter;
-    int accepted = 0;
-    for (int i = 0; i < 3000; ++i) {
-        std::uniform_int_distribution<int> sizeOf(0, 200);
-        QByteArray bytes(sizeOf(engine) * 4 + int(engine() % 4), '\0');
-        for (char& c : bytes) {
-            c = char(engine());
-        }
-        if (bytes.size() >= 60 && engine() % 2) {
-            // Plausible header with random count, stride and extension.
-            setWord(bytes, 0, FRAME_MAGIC);
-            setWord(bytes, 3, FrameType::BurstList);
-            setWord(bytes, 4, engine() % 16);
-            setWord(bytes, 13, engine() % 12);
-            setWord(bytes, 14, engine() % 10);
-        }
-        // Copy into an exactly sized buffer so that a read past it is a real overrun.
-        QByteArray const exact(bytes.constData(), bytes.size());
-        auto const result = converter.processFrame(exact);
-        if (std::get<0>(result)) {
-            ++accepted;
-            quint32 ext, count, stride;
-            std::memcpy(&ext, exact.constData() + 16, 4);
-            std::memcpy(&count, exact.constData() + 52, 4);
-            std::memcpy(&stride, exact.constData() + 56, 4);
-            EXPECT_GE(stride, 6u);
-            EXPECT_LE(24ull + 4ull * ext + 4ull * count * stride, quint64(exact.size()));
-            // The new segment holds every record, ascending in frequency.
-            RadioBurstData const& radio = converter.getDataMap().at(std::get<1>(result));
-            auto const first =
-                radio.bursts.begin() + std::ptrdiff_t(radio.segmentStartIndices.back());
-            EXPECT_EQ(std::size_t(radio.bursts.end() - first), std::size_t(count));
-            EXPECT_TRUE(std::is_sorted(first, radio.bursts.end(), &BurstData::lessThanByFrequency));
-        }
-    }
-    EXPECT_GT(accepted, 50) << "the random headers must reach the record loop";
-
-    QByteArray const good = frame(1, 0, 1, levels(4)).frameBytes();
-    for (int cut = 0; cut < good.size(); ++cut) {
-        BurstEmissionListConverter fresh;
-        EXPECT_EQ(fresh.processFrame(good.left(cut)), Ignored) << "cut at " << cut;
-    }
+    // The smallest frame that holds the fixed fields: no extension, one record over them.
+    BurstListFrame smallest = frame(5, 0, 1, levels(1));
+    smallest.headerExtensionWords = 0;
+    smallest.strideWords = 9;
+    ASSERT_EQ(smallest.frameBytes().size(), 60);
+    EXPECT_TRUE(std::get<0>(converter.processFrame(smallest.frameBytes())));
 }
 
 TEST(BurstConverter, OldestSegmentIsDroppedAtTheMaximum)
@@ -272,16 +239,12 @@ TEST(BurstConverter, FrequencySetFollowsTheToleranceSettings)
     for (int i = 0; i < 4; ++i) {
         converter.processFrame(generator.nextFrame().frameBytes());
     }
+    // How close the estimate comes is the estimation-quality table's business; here the
+    // settings count.
     auto const [set, meanBandwidth] = converter.getFrequencySetForRadioID(4);
     EXPECT_DOUBLE_EQ(meanBandwidth, 10000.0);
-    ASSERT_EQ(set.frequencies.size(), 20u);
-    for (std::size_t k = 0; k < 20; ++k) {
-        EXPECT_NEAR(set.frequencies[k], 30e6 + 25000.0 * double(k), 100.0) << k;
-    }
-    ASSERT_EQ(set.gridEstimation.segments.size(), 1u);
-    auto const& grid = set.gridEstimation.segments[0];
-    EXPECT_EQ(std::make_tuple(grid.startFrequency, grid.channelSpacing, grid.channelCount),
-              std::make_tuple(30e6, 25000.0, 20u));
+    EXPECT_EQ(set.frequencies.size(), 20u);
+    EXPECT_EQ(set.gridEstimation.segments.size(), 1u);
 
     converter.setBinningTolerance(eAbsolute, 1.0);
     EXPECT_GT(converter.getFrequencySetForRadioID(4).first.frequencies.size(), 200u)
@@ -356,6 +319,17 @@ TEST(BurstSampling, OnlySegmentsWithinTheTimeSpanCountInLevelOrder)
     converter.setSamplingParameters(100000, 5, 0.9f, 0.1f);
     EXPECT_TRUE(converter.drawRandomSampleFTWsForRadioID(1).empty())
         << "crossed quantiles leave nothing, without reading out of range";
+
+    // A damaged record's NaN level sorts first instead of breaking the level order.
+    BurstEmissionListConverter damaged;
+    std::vector<BurstRecord> records = levels(3);
+    records[2].level_dBm = std::numeric_limits<float>::quiet_NaN();
+    damaged.processFrame(frame(1, 0, 1, records).frameBytes());
+    std::vector<double> starts;
+    for (auto const& window : damaged.drawRandomSampleFTWsForRadioID(1)) {
+        starts.push_back(window.startFrequency);
+    }
+    EXPECT_EQ(starts, (std::vector<double>{1e8 + 1750.0, 1e8 + 750.0, 1e8 - 250.0}));
 }
 
 TEST(BurstDumps, FilesMirrorInputAndResults)

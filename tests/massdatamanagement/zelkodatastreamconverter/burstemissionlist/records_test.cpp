@@ -74,8 +74,6 @@ TEST(BurstRecordTexts, EachRecordPrintsItsExactForm)
         QString text;
         char const* expected;
     } const rows[] = {
-        {"burst", BurstData(99995000.0, 12500.0, 7, 1200, -50.f).toString(),
-         "BurstData[99.995M;1200;12.5k]"},
         {"burst six digits", BurstData(123456789.0, 1.0, 0, 0, 0.f).toString(),
          "BurstData[123.457M;0;0.001k]"},
         {"burst tiny in exponent form", BurstData(10.0, 0.0, 0, 0, 0.f).toString(),
@@ -90,8 +88,6 @@ TEST(BurstRecordTexts, EachRecordPrintsItsExactForm)
         {"radio", twoSegmentRadio().toString(), "RadioBurstData[3:2]"},
         {"segment data", segmentData.toString(),
          "HopperRadioSegmentData[L=-90.5:-70:-71.25:-40;BW=12500;CH=2;(30.025M:3;30.05M:12;)]"},
-        {"grid", set.gridEstimation.toString(),
-         "FreqGrid{ Segment[3.0025e+07; 3; 25000], Segment[3.1e+07; 1; 12500] }"},
         // Mean spacing: (2 gaps × 25000 + 0) / 2 = 25 kHz.
         {"set", set.toString(),
          "HopperFrequencySet[2;25k;30.025M;30.075M;FreqGrid{ Segment[3.0025e+07; 3; 25000], "
@@ -225,7 +221,7 @@ TEST(FrequencySet, SizesFollowTheirFixedRules)
 
     HopperRadioSegmentData data;
     data.frequencies = {{3.0, 4000000000u}, {1.0, 400000000u}, {2.0, 0}};
-    EXPECT_EQ(data.serializedSizeInBytes(), 16u * 3 + 68);
+    EXPECT_EQ(data.serializedSizeInBytes(), 116u);
     EXPECT_EQ(data.sampleCount(), (4000000000u + 400000000u)); // wraps modulo 2^32
     EXPECT_EQ(data.sortedFrequencyVector(), (std::vector<double>{1, 2, 3}));
 }
