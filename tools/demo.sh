@@ -46,6 +46,14 @@ for sample in pocsag-paging acars-multiblock; do
     echo "   ..."
 done
 echo
+echo "== AIS: ten minutes of an NMEA log imported, then converted into the result document and"
+echo "   one station file per ship"
+"$zelko" import aivdm --quiet data/samples/ais-elbe.nmea -o "$out/ais-elbe.zdr"
+"$zelko" convert --trace 0 --quiet -o "$out/ais" "$out/ais-elbe.zdr" | awk '{print $1, $3, $NF}'
+station=$(ls "$out"/ais/AISStation_211234567_*.xml)
+echo "-- the first report of $station"
+grep -m 1 -A 14 '<PDUDataBlock' "$station" | sed -e 's/^ *//' -e 's/ method="[^"]*"//'
+echo
 echo "== Frequency hoppers: hop-frequency set and channel grid of radio 7, with a plot"
 "$zelko" bursts data/samples/hoppers.zdr --radio 7 --plot "$out/radio7.png" | sed -n '1,40p'
 echo

@@ -79,7 +79,7 @@ TEST(SampleGenerator, ReproducesTheBundledSamples)
     QTemporaryDir dir;
     ASSERT_EQ(run(QStringLiteral(ZELKO_SAMPLEGEN), {dir.path()}).exitCode, 0);
     QStringList const bundled = QDir(QStringLiteral(ZELKO_SOURCE_DIR "/data/samples"))
-                                    .entryList({QStringLiteral("*.zdr")}, QDir::Files);
+                                    .entryList({QStringLiteral("*.zdr"), QStringLiteral("*.nmea")}, QDir::Files);
     EXPECT_GE(bundled.size(), 4);
     for (QString const& sample : bundled) {
         QFile original(QStringLiteral(ZELKO_SOURCE_DIR "/data/samples/") + sample);
