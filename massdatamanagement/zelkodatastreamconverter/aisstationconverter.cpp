@@ -51,7 +51,7 @@ REPORTKIT::Results AISStationConverter::convertFile(QString const& inputPath,
         recorder.markChanged();
     };
     return FrameConversionDriver::run(model, steps, inputPath, outputDirectory, aisSettings,
-                                      QStringLiteral("aisstationconverter"), m_progress);
+                                      QStringLiteral("aisstationconverter"), progress());
 }
 
 } // namespace zelkodatastreamconverter

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <massdatamanagement/zelkodatastreamconverter/frameconversiondriver.h>
-#include <massdatamanagement/zelkodatastreamconverter/idatastreamconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/progressreportingconverter.h>
 
 namespace zelkodatastreamconverter {
 
@@ -15,20 +15,12 @@ namespace zelkodatastreamconverter {
 /// are "AISStation_<MMSI>_<yyyyMMdd_hhmmss>.xml" with the file code "AISStation", written and
 /// completed at the end. Job settings that name another transmission system are kept, and no
 /// station file is written then.
-class AISStationConverter : public IDataStreamConverter
+class AISStationConverter : public ProgressReportingConverter
 {
 public:
     REPORTKIT::Results convertFile(QString const& inputPath, QString const& outputDirectory,
                                    JobSpec::Settings const& settings,
                                    unsigned long long startTimeMicroseconds) override;
-
-    void setProgressCallback(FrameConversionDriver::Progress progress)
-    {
-        m_progress = std::move(progress);
-    }
-
-private:
-    FrameConversionDriver::Progress m_progress;
 };
 
 } // namespace zelkodatastreamconverter

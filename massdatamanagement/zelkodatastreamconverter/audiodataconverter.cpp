@@ -112,10 +112,10 @@ REPORTKIT::Results AudioDataConverter::convertFile(QString const& inputPath,
     QDateTime const startTime = startTimeOf(startTimeMicroseconds);
 
     qint64 const inputBytes = QFileInfo(inputPath).size();
-    if (m_progress) {
+    if (progress()) {
         m_transformer->SetProgress([this, inputBytes](qint64 framesDone, qint64 framesTotal) {
             if (framesTotal > 0) {
-                m_progress(qint64(double(inputBytes) * double(framesDone) / double(framesTotal)),
+                progress()(qint64(double(inputBytes) * double(framesDone) / double(framesTotal)),
                            inputBytes);
             }
         });

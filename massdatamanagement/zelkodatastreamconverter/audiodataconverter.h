@@ -1,8 +1,7 @@
 #pragma once
 
-#include <massdatamanagement/zelkodatastreamconverter/idatastreamconverter.h>
-
 #include <functional>
+#include <massdatamanagement/zelkodatastreamconverter/progressreportingconverter.h>
 
 namespace zelkodatastreamconverter {
 
@@ -22,7 +21,7 @@ class IAudioTransformer;
 /// "AudioDataConverter: Cannot load AudioFileExport.DLL" goes to the trace (warning bit) and
 /// to standard output. The destructor releases the library on the application's main thread
 /// (ThreadingHelper), which must then be processing events if the converter dies elsewhere.
-class AudioDataConverter : public IDataStreamConverter
+class AudioDataConverter : public ProgressReportingConverter
 {
 public:
     AudioDataConverter();
@@ -40,12 +39,7 @@ public:
     /// True when the audio export library was loaded.
     bool isLoaded() const { return m_transformer != nullptr; }
 
-    /// Told of the input bytes converted now and then during convertFile() (estimated from
-    /// the frames written), for a progress display.
-    void setProgressCallback(std::function<void(qint64 done, qint64 total)> progress)
-    {
-        m_progress = std::move(progress);
-    }
+    // Progress (setProgressCallback) counts input bytes, estimated from the frames written.
 
 private:
     /// The WAV path for a recording: its file name without the last extension, ".wav"
@@ -53,7 +47,6 @@ private:
     static QString getOutputFilePath(QString const& inputPath, QString const& outputDirectory);
 
     IAudioTransformer* m_transformer = nullptr; // owned by the start-up library's loader
-    std::function<void(qint64, qint64)> m_progress;
 };
 
 } // namespace zelkodatastreamconverter

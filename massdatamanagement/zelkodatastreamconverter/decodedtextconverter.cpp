@@ -18,7 +18,7 @@ REPORTKIT::Results DecodedTextConverter::convertFile(QString const& inputPath,
         return model.processData(frame, nullptr);
     };
     return FrameConversionDriver::run(model, steps, inputPath, outputDirectory, settings,
-                                      QStringLiteral("decodedtextconverter"), m_progress);
+                                      QStringLiteral("decodedtextconverter"), progress());
 }
 
 } // namespace zelkodatastreamconverter

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <massdatamanagement/zelkodatastreamconverter/frameconversiondriver.h>
-#include <massdatamanagement/zelkodatastreamconverter/idatastreamconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/progressreportingconverter.h>
 
 namespace zelkodatastreamconverter {
 
@@ -12,21 +12,12 @@ namespace zelkodatastreamconverter {
 /// The result file is named "NerikResultData_<yyyyMMdd_hhmmss>.xml" in the output directory
 /// and listed as a REPORTKIT::Text record with the file code "DecodedText". A frame of any
 /// other type ends the conversion; what was converted before it is kept.
-class DecodedTextConverter : public IDataStreamConverter
+class DecodedTextConverter : public ProgressReportingConverter
 {
 public:
     REPORTKIT::Results convertFile(QString const& inputPath, QString const& outputDirectory,
                                    JobSpec::Settings const& settings,
                                    unsigned long long startTimeMicroseconds) override;
-
-    /// Told of the bytes read now and then during convertFile(), for a progress display.
-    void setProgressCallback(FrameConversionDriver::Progress progress)
-    {
-        m_progress = std::move(progress);
-    }
-
-private:
-    FrameConversionDriver::Progress m_progress;
 };
 
 } // namespace zelkodatastreamconverter

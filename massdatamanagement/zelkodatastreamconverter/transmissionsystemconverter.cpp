@@ -40,7 +40,7 @@ REPORTKIT::Results TransmissionSystemConverter::convertFile(QString const& input
     };
     steps.rejectLine = RejectedFrameLine;
     return FrameConversionDriver::run(model, steps, inputPath, outputDirectory, settings,
-                                      QStringLiteral("transmissionsystemconverter"), m_progress);
+                                      QStringLiteral("transmissionsystemconverter"), progress());
 }
 
 } // namespace zelkodatastreamconverter

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <massdatamanagement/zelkodatastreamconverter/frameconversiondriver.h>
-#include <massdatamanagement/zelkodatastreamconverter/idatastreamconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/progressreportingconverter.h>
 
 namespace zelkodatastreamconverter {
 
@@ -15,21 +15,12 @@ namespace zelkodatastreamconverter {
 ///
 /// An AX.25 disconnect request does not close the transmission here: a recording is one
 /// transmission. Hosts that convert live read TransmissionSystemModel::getEndConnection().
-class TransmissionSystemConverter : public IDataStreamConverter
+class TransmissionSystemConverter : public ProgressReportingConverter
 {
 public:
     REPORTKIT::Results convertFile(QString const& inputPath, QString const& outputDirectory,
                                    JobSpec::Settings const& settings,
                                    unsigned long long startTimeMicroseconds) override;
-
-    /// Told of the bytes read now and then during convertFile(), for a progress display.
-    void setProgressCallback(FrameConversionDriver::Progress progress)
-    {
-        m_progress = std::move(progress);
-    }
-
-private:
-    FrameConversionDriver::Progress m_progress;
 };
 
 } // namespace zelkodatastreamconverter
