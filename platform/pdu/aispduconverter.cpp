@@ -87,7 +87,8 @@ Field dateTime(AisBitReader& bits)
     int const minute = int(bits.take(6));
     int const second = int(bits.take(6));
     return CPDU_FieldContainer::objectValue(
-        PDU_REPRESENTATION_DATETIME, std::make_unique<CPDU_DateTime>(year, month, day, hour, minute, second));
+        PDU_REPRESENTATION_DATETIME,
+        std::make_unique<CPDU_DateTime>(year, month, day, hour, minute, second));
 }
 
 Field eta(AisBitReader& bits)
@@ -100,12 +101,12 @@ Field eta(AisBitReader& bits)
         return notAvailable();
     }
     auto part = [](unsigned value, bool missing) {
-        return missing ? QStringLiteral("??") : QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
+        return missing ? QStringLiteral("??")
+                       : QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
     };
     QString const text = QStringLiteral("%1-%2 %3:%4 UTC")
-                             .arg(part(month, month == 0 || month > 12),
-                                  part(day, day == 0), part(hour, hour > 23),
-                                  part(minute, minute > 59));
+                             .arg(part(month, month == 0 || month > 12), part(day, day == 0),
+                                  part(hour, hour > 23), part(minute, minute > 59));
     return CPDU_FieldContainer::stringValue(text.toLatin1());
 }
 
@@ -172,9 +173,9 @@ std::unique_ptr<CPDU> AisPduConverter::decodeMessage(QByteArray const& message, 
     peek.take(32); // repeat indicator and MMSI
     int const part = type == 24 ? int(peek.take(2)) : -1;
     MessageLayout const& layout = layoutFor(type, part);
-    // A part number that is no known part keeps its bits as payload.
-    auto pdu = std::make_unique<CPDU>(pduId(type, layout.part == part ? part : -1), timeStamp,
-                                      checkSumState);
+    // A part number that is no known part keeps its bits as payload, under an ID of its own:
+    // the ID names the block and its labels, which must be the reserved layout's then.
+    auto pdu = std::make_unique<CPDU>(pduId(type, part), timeStamp, checkSumState);
     AisBitReader bits(message, bitCount);
     for (FieldSpec const& spec : layout.fields) {
         if (Field field = decodeField(spec, bits)) {
@@ -207,9 +208,9 @@ std::vector<CPDU*> AisPduConverter::decodeFrame(QByteArray const& frame)
             message.append(char(bits >> shift));
         }
     }
-    ePDU_CHECKSUM_STATE const checkSum =
-        state == PDU_CHECKSUM_OK || state == PDU_CHECKSUM_WRONG ? ePDU_CHECKSUM_STATE(state)
-                                                                : PDU_CHECKSUM_NONE;
+    ePDU_CHECKSUM_STATE const checkSum = state == PDU_CHECKSUM_OK || state == PDU_CHECKSUM_WRONG
+                                             ? ePDU_CHECKSUM_STATE(state)
+                                             : PDU_CHECKSUM_NONE;
     pdus.push_back(decodeMessage(message, bitCount, timeStamp, checkSum).release());
     return pdus;
 }

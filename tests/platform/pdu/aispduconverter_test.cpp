@@ -71,7 +71,9 @@ std::vector<Decoded> decodeFrame(QByteArray const& frame)
     std::vector<Decoded> result;
     for (CPDU* pdu : pdus) {
         Decoded decoded{fromWide(PduNaming::PDUIdTranslator::pduIdToString(pdu->getPDU_ID())),
-                        {}, pdu->getCheckSumState(), pdu->getTimeStamp()};
+                        {},
+                        pdu->getCheckSumState(),
+                        pdu->getTimeStamp()};
         std::vector<std::wstring> const headers =
             PduNaming::PDUFieldNameProvider::getHeaders(pdu->getPDU_ID());
         for (std::size_t i = 0; i < pdu->getFields().size(); ++i) {
@@ -171,22 +173,32 @@ TEST_P(AisMessages, DecodeToNamedLabelledFields)
     }
 }
 
-QStringList const classAHamburg = {
-    "Message Type=1", "Repeat Indicator=0", "MMSI=211234567",
-    "Navigational Status=under way using engine", u8"Rate of Turn (\u00B0/min)=not available",
-    "Speed over Ground (kn)=12.3", "Position Accuracy=high (10 m or less)",
-    u8"Position=N 53\u00B032'10.5'' E 9\u00B058'0''", u8"Course over Ground (\u00B0)=123.4",
-    u8"True Heading (\u00B0)=120", "Time Stamp (s)=30", "Special Manoeuvre=not available",
-    "RAIM=false", "Communication State=0"};
+QStringList const classAHamburg = {"Message Type=1",
+                                   "Repeat Indicator=0",
+                                   "MMSI=211234567",
+                                   "Navigational Status=under way using engine",
+                                   u8"Rate of Turn (\u00B0/min)=not available",
+                                   "Speed over Ground (kn)=12.3",
+                                   "Position Accuracy=high (10 m or less)",
+                                   u8"Position=N 53\u00B032'10.5'' E 9\u00B058'0''",
+                                   u8"Course over Ground (\u00B0)=123.4",
+                                   u8"True Heading (\u00B0)=120",
+                                   "Time Stamp (s)=30",
+                                   "Special Manoeuvre=not available",
+                                   "RAIM=false",
+                                   "Communication State=0"};
 
 INSTANTIATE_TEST_SUITE_P(
     Types, AisMessages,
     ::testing::Values(
         MessageRow{"type1_every_field", AisEncoder::positionReportA(hamburgShip()),
                    "AIS Position Report Class A", classAHamburg},
-        MessageRow{"type2_assigned", AisEncoder::positionReportA(hamburgShip(), 2),
-                   "AIS Position Report Class A (Assigned Schedule)", {"Message Type=2"}},
-        MessageRow{"type3_south_west_and_limits", AisEncoder::positionReportA(southWestShip(), 3),
+        MessageRow{"type2_assigned",
+                   AisEncoder::positionReportA(hamburgShip(), 2),
+                   "AIS Position Report Class A (Assigned Schedule)",
+                   {"Message Type=2"}},
+        MessageRow{"type3_south_west_and_limits",
+                   AisEncoder::positionReportA(southWestShip(), 3),
                    "AIS Position Report Class A (Response to Interrogation)",
                    {"Navigational Status=AIS-SART, MOB-AIS or EPIRB-AIS active",
                     u8"Rate of Turn (\u00B0/min)=turning right at more than 5\u00B0 per 30 s",
@@ -194,19 +206,25 @@ INSTANTIATE_TEST_SUITE_P(
                     u8"Position=S 33\u00B051'0'' W 151\u00B012'0''",
                     u8"Course over Ground (\u00B0)=0", u8"True Heading (\u00B0)=359",
                     "Time Stamp (s)=dead reckoning"}},
-        MessageRow{"type1_nothing_available", AisEncoder::positionReportA(AisVessel{}),
+        MessageRow{"type1_nothing_available",
+                   AisEncoder::positionReportA(AisVessel{}),
                    "AIS Position Report Class A",
                    {"MMSI=0", "Navigational Status=not defined",
                     "Speed over Ground (kn)=not available", "Position=not available",
                     u8"Course over Ground (\u00B0)=not available",
                     u8"True Heading (\u00B0)=not available", "Time Stamp (s)=not available"}},
-        MessageRow{"type1_rate_left", AisEncoder::positionReportA(withRateOfTurn(-127)),
+        MessageRow{"type1_rate_left",
+                   AisEncoder::positionReportA(withRateOfTurn(-127)),
                    "AIS Position Report Class A",
                    {u8"Rate of Turn (\u00B0/min)=turning left at more than 5\u00B0 per 30 s"}},
-        MessageRow{"type1_rate_64", AisEncoder::positionReportA(withRateOfTurn(64)),
-                   "AIS Position Report Class A", {u8"Rate of Turn (\u00B0/min)=182.8"}},
-        MessageRow{"type1_rate_minus_1", AisEncoder::positionReportA(withRateOfTurn(-1)),
-                   "AIS Position Report Class A", {u8"Rate of Turn (\u00B0/min)=0"}},
+        MessageRow{"type1_rate_64",
+                   AisEncoder::positionReportA(withRateOfTurn(64)),
+                   "AIS Position Report Class A",
+                   {u8"Rate of Turn (\u00B0/min)=182.8"}},
+        MessageRow{"type1_rate_minus_1",
+                   AisEncoder::positionReportA(withRateOfTurn(-1)),
+                   "AIS Position Report Class A",
+                   {u8"Rate of Turn (\u00B0/min)=0"}},
         MessageRow{"type4_base_station",
                    AisEncoder::baseStation(2190047, 2024, 5, 17, 8, 30, 0, 55.5, 12.25),
                    "AIS Base Station Report",
@@ -215,49 +233,62 @@ INSTANTIATE_TEST_SUITE_P(
                     "Position Fixing Device=surveyed"}},
         MessageRow{"type4_missing_date",
                    AisEncoder::baseStation(2190047, 0, 0, 0, 24, 60, 60, 55.5, 12.25),
-                   "AIS Base Station Report", {"UTC Date and Time=????-??-?? ??:??:?? UTC"}},
-        MessageRow{"type5_static_and_voyage", AisEncoder::staticAndVoyage(hamburgShip()),
+                   "AIS Base Station Report",
+                   {"UTC Date and Time=????-??-?? ??:??:?? UTC"}},
+        MessageRow{"type5_static_and_voyage",
+                   AisEncoder::staticAndVoyage(hamburgShip()),
                    "AIS Static and Voyage Related Data",
                    {"MMSI=211234567", "IMO Number=9123456", "Call Sign=DABC", "Name=MS ZELKO",
-                    "Ship and Cargo Type=cargo, all ships of this type",
-                    "Dimension to Bow (m)=100", "Dimension to Stern (m)=20",
-                    "Dimension to Port (m)=8", "Dimension to Starboard (m)=12",
-                    "Position Fixing Device=GPS", "ETA=05-17 08:30 UTC",
-                    "Maximum Draught (m)=7.5", "Destination=HAMBURG"}},
-        MessageRow{"type5_nothing_available", AisEncoder::staticAndVoyage(AisVessel{}),
+                    "Ship and Cargo Type=cargo, all ships of this type", "Dimension to Bow (m)=100",
+                    "Dimension to Stern (m)=20", "Dimension to Port (m)=8",
+                    "Dimension to Starboard (m)=12", "Position Fixing Device=GPS",
+                    "ETA=05-17 08:30 UTC", "Maximum Draught (m)=7.5", "Destination=HAMBURG"}},
+        MessageRow{"type5_nothing_available",
+                   AisEncoder::staticAndVoyage(AisVessel{}),
                    "AIS Static and Voyage Related Data",
                    {"IMO Number=not available", "Call Sign=not available", "Name=not available",
                     "Ship and Cargo Type=not available", "ETA=not available",
                     "Maximum Draught (m)=not available", "Destination=not available"}},
-        MessageRow{"type5_eta_at_its_limits", AisEncoder::staticAndVoyage([] {
-                       AisVessel v = hamburgShip();
-                       v.etaMonth = 12;
-                       v.etaDay = 31;
-                       v.etaHour = 23;
-                       v.etaMinute = 59;
-                       return v;
-                   }()),
-                   "AIS Static and Voyage Related Data", {"ETA=12-31 23:59 UTC"}},
-        MessageRow{"type5_eta_one_past", AisEncoder::staticAndVoyage([] {
-                       AisVessel v = hamburgShip();
-                       v.etaMonth = 13;
-                       v.etaHour = 24;
-                       v.etaMinute = 60;
-                       return v;
-                   }()),
-                   "AIS Static and Voyage Related Data", {"ETA=??-17 ??:?? UTC"}},
-        MessageRow{"type5_eta_without_month", AisEncoder::staticAndVoyage([] {
-                       AisVessel v = hamburgShip();
-                       v.etaMonth = 0;
-                       return v;
-                   }()),
-                   "AIS Static and Voyage Related Data", {"ETA=??-17 08:30 UTC"}},
-        MessageRow{"type9_sar_aircraft", AisEncoder::sarAircraft([] {
-                       AisVessel plane = hamburgShip();
-                       plane.altitude = 4094;
-                       plane.speedKnots = 140;
-                       return plane;
-                   }()),
+        MessageRow{"type5_eta_at_its_limits",
+                   AisEncoder::staticAndVoyage(
+                       [] {
+                           AisVessel v = hamburgShip();
+                           v.etaMonth = 12;
+                           v.etaDay = 31;
+                           v.etaHour = 23;
+                           v.etaMinute = 59;
+                           return v;
+                       }()),
+                   "AIS Static and Voyage Related Data",
+                   {"ETA=12-31 23:59 UTC"}},
+        MessageRow{"type5_eta_one_past",
+                   AisEncoder::staticAndVoyage(
+                       [] {
+                           AisVessel v = hamburgShip();
+                           v.etaMonth = 13;
+                           v.etaHour = 24;
+                           v.etaMinute = 60;
+                           return v;
+                       }()),
+                   "AIS Static and Voyage Related Data",
+                   {"ETA=??-17 ??:?? UTC"}},
+        MessageRow{"type5_eta_without_month",
+                   AisEncoder::staticAndVoyage(
+                       [] {
+                           AisVessel v = hamburgShip();
+                           v.etaMonth = 0;
+                           return v;
+                       }()),
+                   "AIS Static and Voyage Related Data",
+                   {"ETA=??-17 08:30 UTC"}},
+        MessageRow{"type9_sar_aircraft",
+                   AisEncoder::sarAircraft(
+                       [] {
+                           AisVessel plane = hamburgShip();
+                           plane.altitude = 4094;
+                           plane.speedKnots = 140;
+                           return plane;
+                       }()),
                    "AIS Standard SAR Aircraft Position Report",
                    {"Altitude (m)=4094 or more", "Speed over Ground (kn)=140",
                     u8"Position=N 53\u00B032'10.5'' E 9\u00B058'0''"}},
@@ -265,40 +296,57 @@ INSTANTIATE_TEST_SUITE_P(
                    AisEncoder::safetyBroadcast(2655001, "STORM WARNING GERMAN BIGHT"),
                    "AIS Safety Related Broadcast Message",
                    {"MMSI=2655001", "Text=STORM WARNING GERMAN BIGHT"}},
-        MessageRow{"type18_class_b", AisEncoder::positionReportB(hamburgShip()),
+        MessageRow{"type18_class_b",
+                   AisEncoder::positionReportB(hamburgShip()),
                    "AIS Standard Class B CS Position Report",
                    {"Speed over Ground (kn)=12.3", u8"Position=N 53\u00B032'10.5'' E 9\u00B058'0''",
                     "Class B CS Unit=true"}},
-        MessageRow{"type19_extended_class_b", AisEncoder::extendedClassB(hamburgShip()),
+        MessageRow{"type19_extended_class_b",
+                   AisEncoder::extendedClassB(hamburgShip()),
                    "AIS Extended Class B Position Report",
                    {"Speed over Ground (kn)=12.3", "Name=MS ZELKO",
                     "Ship and Cargo Type=cargo, all ships of this type",
                     "Dimension to Bow (m)=100"}},
-        MessageRow{"type21_aid_with_name_extension", AisEncoder::aidToNavigation([] {
-                       AisVessel aid = hamburgShip();
-                       aid.name = "ELBE APPROACH CARDINAL NORTH";
-                       return aid;
-                   }(), 20),
+        MessageRow{"type21_aid_with_name_extension",
+                   AisEncoder::aidToNavigation(
+                       [] {
+                           AisVessel aid = hamburgShip();
+                           aid.name = "ELBE APPROACH CARDINAL NORTH";
+                           return aid;
+                       }(),
+                       20),
                    "AIS Aid-to-Navigation Report",
                    {"Aid Type=cardinal mark N", "Name=ELBE APPROACH CARDIN",
                     "Position Fixing Device=surveyed", "Virtual Aid=true",
                     "Name Extension=AL NORTH"}},
-        MessageRow{"type24_part_a", AisEncoder::staticDataReport(hamburgShip(), 0),
-                   "AIS Static Data Report Part A", {"Part Number=0", "Name=MS ZELKO"}},
-        MessageRow{"type24_part_b", AisEncoder::staticDataReport(hamburgShip(), 1),
+        MessageRow{"type24_part_a",
+                   AisEncoder::staticDataReport(hamburgShip(), 0),
+                   "AIS Static Data Report Part A",
+                   {"Part Number=0", "Name=MS ZELKO"}},
+        MessageRow{"type24_part_b",
+                   AisEncoder::staticDataReport(hamburgShip(), 1),
                    "AIS Static Data Report Part B",
                    {"Part Number=1", "Ship and Cargo Type=cargo, all ships of this type",
                     "Vendor ID=ZLK", "Unit Model Code=1", "Serial Number=4711", "Call Sign=DABC",
                     "Dimension to Starboard (m)=12"}},
-        MessageRow{"type27_long_range", AisEncoder::longRange(hamburgShip()),
+        MessageRow{"type27_long_range",
+                   AisEncoder::longRange(hamburgShip()),
                    "AIS Long-Range Position Report",
                    {"Navigational Status=under way using engine",
                     u8"Position=N 53\u00B032'12'' E 9\u00B058'0''", "Speed over Ground (kn)=12",
                     u8"Course over Ground (\u00B0)=123", "Position Latency=less than 5 s"}},
-        MessageRow{"type8_binary_payload", AisBitWriter().put(8, 6).put(0, 2).put(1, 30).put(0, 2).put(0xABC, 12),
-                   "AIS Binary Broadcast Message", {"MMSI=1", "Data=2af0/14"}},
-        MessageRow{"reserved_type_40", AisBitWriter().put(40, 6).put(0, 2).put(7, 30).put(5, 3),
-                   "AIS Reserved Message", {"Message Type=40", "MMSI=7", "Data=a0/3"}}),
+        MessageRow{"type8_binary_payload",
+                   AisBitWriter().put(8, 6).put(0, 2).put(1, 30).put(0, 2).put(0xABC, 12),
+                   "AIS Binary Broadcast Message",
+                   {"MMSI=1", "Data=2af0/14"}},
+        MessageRow{"type24_unknown_part",
+                   AisBitWriter().put(24, 6).put(0, 2).put(9, 30).put(2, 2).put(1, 3),
+                   "AIS Reserved Message",
+                   {"Message Type=24", "MMSI=9", "Data=88/5"}},
+        MessageRow{"reserved_type_40",
+                   AisBitWriter().put(40, 6).put(0, 2).put(7, 30).put(5, 3),
+                   "AIS Reserved Message",
+                   {"Message Type=40", "MMSI=7", "Data=a0/3"}}),
     [](auto const& info) { return std::string(info.param.name); });
 
 TEST(AisFrames, RecordBoundsAndChecksumState)
@@ -356,7 +404,8 @@ TEST(AisNaming, UnknownIdsAndTheLabelsOfEveryLayout)
 TEST(AisPositions, SecondsKeepUpToThreeDecimals)
 {
     // One ten-thousandth of a minute is 6 ms of arc.
-    EXPECT_EQ(fromWide(CPDU_Position(1, -1).toWString()), u8"N 0\u00B00'0.006'' W 0\u00B00'0.006''");
+    EXPECT_EQ(fromWide(CPDU_Position(1, -1).toWString()),
+              u8"N 0\u00B00'0.006'' W 0\u00B00'0.006''");
     EXPECT_EQ(fromWide(CPDU_Position(0, 0).toWString()), u8"N 0\u00B00'0'' E 0\u00B00'0''");
     EXPECT_EQ(fromWide(CPDU_Position(54000000, 108000000).toWString()),
               u8"N 90\u00B00'0'' E 180\u00B00'0''");
