@@ -6,6 +6,7 @@
 #include "moduletrace.h"
 #include "nerikresultcallback.h"
 
+#include <algorithm>
 #include <jobspec/demodulatorsettings.h>
 #include <jobspec/settings.h>
 #include <jobspec/station.h>
@@ -848,15 +849,17 @@ void NerikResultModel::addPDUDataBlock(PDUDataBlock* parent, PDUDataBlock const&
 
 void NerikResultModel::addInfo(Transmission* transmission, Info const& info)
 {
-    if (transmission == nullptr) {
-        return;
+    if (transmission != nullptr && !hasInfoAt(transmission, info.GetTimestamp())) {
+        transmission->AddInfo(new Info(info));
     }
-    for (Info const* existing : transmission->GetInfos()) {
-        if (existing->GetTimestamp() == info.GetTimestamp()) {
-            return;
-        }
-    }
-    transmission->AddInfo(new Info(info));
+}
+
+bool NerikResultModel::hasInfoAt(Transmission const* transmission, QDateTime const& time)
+{
+    // From the newest: infos arrive in time order, so a repeated time is found at once.
+    QList<Info*> const& infos = transmission->GetInfos();
+    return std::any_of(infos.crbegin(), infos.crend(),
+                       [&time](Info const* existing) { return existing->GetTimestamp() == time; });
 }
 
 // ---- AIS station reports -------------------------------------------------------------

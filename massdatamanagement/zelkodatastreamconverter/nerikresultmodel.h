@@ -241,6 +241,8 @@ public:
 
     /// Adds a copy of info unless transmission has an info of the same time stamp.
     void addInfo(Transmission* transmission, Info const& info);
+    /// Whether the transmission holds an info record of that time stamp.
+    static bool hasInfoAt(Transmission const* transmission, QDateTime const& time);
 
     /// Reads an AIS station report: a PDU block whose name begins with "AIS" and that has a
     /// field "MMSI". Fills station's ID and time, its name from a later "Call Sign" field and

@@ -231,6 +231,11 @@ std::shared_ptr<AISRecorderData> RecorderModel::getAISRecorderData(int mmsi) con
 void RecorderModel::addCurrentInfo(QDateTime const& time, bool isNew)
 {
     guarded("addCurrentInfo", [&] {
+        // The settings' XML costs more than the rest of a frame: only for a new time.
+        Transmission const* const current = getCurrentTransmission();
+        if (current == nullptr || hasInfoAt(current, time)) {
+            return;
+        }
         Info info(time);
         info.SetItem(TypeTunerSettings, getTunerSettings().GetXmlString());
         info.SetItem(TypeDemodulatorSettings, getDemodulatorSettings().GetXmlString());
