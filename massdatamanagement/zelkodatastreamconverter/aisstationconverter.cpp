@@ -1,6 +1,7 @@
 #include "aisstationconverter.h"
 
 #include "recordermodel.h"
+#include "transmissionsystemconverter.h"
 #include "transmissionsystemmodel.h"
 
 #include <jobspec/settings.h>
@@ -22,22 +23,13 @@ REPORTKIT::Results AISStationConverter::convertFile(QString const& inputPath,
         demodulator.SetTransmissionSystemMode(QStringLiteral("AIS"));
     }
     TransmissionSystemModel model;
-    FrameConversionDriver::Steps steps;
-    steps.prepareRecorder = [](RecorderModel& recorder) {
-        recorder.setFileCode(QStringLiteral("TransmissionSystem"));
-        // The job's settings arrive before the recording's first frame: no change during it
-        // (see TransmissionSystemConverter).
+    FrameConversionDriver::Steps steps = TransmissionSystemConverter::frameSteps(model);
+    steps.prepareRecorder = [setFileCode = steps.prepareRecorder](RecorderModel& recorder) {
+        setFileCode(recorder);
+        // The job's settings arrive before the recording's first frame: no change during it.
         std::unique_ptr<Transmission>(recorder.takeCurrentTransmission());
     };
-    bool firstFrame = true;
-    steps.processFrame = [&model, &firstFrame](QByteArray const& frame) {
-        if (firstFrame) {
-            std::unique_ptr<Transmission>(model.takeCurrentTransmission());
-            firstFrame = false;
-        }
-        QByteArray shared = frame;
-        return model.processData(shared);
-    };
+    steps.rejectLine = 0; // this converter's trace cites the driver
     steps.recordFrame = [&model](RecorderModel& recorder) {
         int const firstNew = model.getPDUOffset();
         if (firstNew < 0) {

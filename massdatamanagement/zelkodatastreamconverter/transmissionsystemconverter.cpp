@@ -20,12 +20,18 @@ REPORTKIT::Results TransmissionSystemConverter::convertFile(QString const& input
                                                             unsigned long long)
 {
     TransmissionSystemModel model;
+    return FrameConversionDriver::run(model, frameSteps(model), inputPath, outputDirectory,
+                                      settings, QStringLiteral("transmissionsystemconverter"),
+                                      progress());
+}
+
+FrameConversionDriver::Steps TransmissionSystemConverter::frameSteps(TransmissionSystemModel& model)
+{
     FrameConversionDriver::Steps steps;
     steps.prepareRecorder = [](RecorderModel& recorder) {
         recorder.setFileCode(QStringLiteral("TransmissionSystem"));
     };
-    bool firstFrame = true;
-    steps.processFrame = [&model, &firstFrame](QByteArray const& frame) {
+    steps.processFrame = [&model, firstFrame = true](QByteArray const& frame) mutable {
         if (firstFrame) {
             // Taking the settings of the job is no change during the recording: left pending,
             // it would let every frame stamped before the conversion's wall-clock time close
@@ -39,8 +45,7 @@ REPORTKIT::Results TransmissionSystemConverter::convertFile(QString const& input
         return model.processData(shared);
     };
     steps.rejectLine = RejectedFrameLine;
-    return FrameConversionDriver::run(model, steps, inputPath, outputDirectory, settings,
-                                      QStringLiteral("transmissionsystemconverter"), progress());
+    return steps;
 }
 
 } // namespace zelkodatastreamconverter

@@ -5,6 +5,8 @@
 
 namespace zelkodatastreamconverter {
 
+class TransmissionSystemModel;
+
 /// Converts transmission-system recordings (frame type 368) into a result document: one
 /// transmission whose PDU data blocks are the decoded messages (TransmissionSystemModel).
 ///
@@ -21,6 +23,10 @@ public:
     REPORTKIT::Results convertFile(QString const& inputPath, QString const& outputDirectory,
                                    JobSpec::Settings const& settings,
                                    unsigned long long startTimeMicroseconds) override;
+
+    /// The steps of the frame driver that every transmission-system conversion shares: the
+    /// file code, and the model fed frame by frame from the recording's first frame on.
+    static FrameConversionDriver::Steps frameSteps(TransmissionSystemModel& model);
 };
 
 } // namespace zelkodatastreamconverter
