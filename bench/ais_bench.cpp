@@ -29,10 +29,7 @@ qint64 sentenceTarget()
 
 QByteArray tagged(quint64 seconds, QString const& sentence)
 {
-    QByteArray const tags = "c:" + QByteArray::number(seconds);
-    return '\\' + tags + '*' +
-           QByteArray::number(AisEncoder::checksum(tags), 16).rightJustified(2, '0').toUpper() +
-           '\\' + sentence.toLatin1() + '\n';
+    return AisEncoder::tagBlock("c:" + QByteArray::number(seconds)) + sentence.toLatin1() + '\n';
 }
 
 // A busy coast: 2000 vessels report positions in turn, every 50th report comes with the
@@ -61,8 +58,8 @@ qint64 writeLog(QString const& path, qint64 sentences)
         vessel.destination = "HAMBURG";
         vessel.shipType = 70;
         quint64 const seconds = 1715934600u + quint64(i / 100);
-        AisBitWriter const message = i % 50 == 0 ? AisEncoder::staticAndVoyage(vessel)
-                                                  : AisEncoder::positionReportA(vessel);
+        AisBitWriter const message =
+            i % 50 == 0 ? AisEncoder::staticAndVoyage(vessel) : AisEncoder::positionReportA(vessel);
         QStringList const lines = AisEncoder::sentences(message, i % 2 ? 'B' : 'A', sequence);
         sequence = (sequence + 1) % 10;
         for (QString const& line : lines) {
@@ -98,10 +95,10 @@ int main()
     }
     std::string const recording = directory.filePath(QStringLiteral("coast.zdr")).toStdString();
     QString const out = directory.filePath(QStringLiteral("out"));
-    std::vector<std::string> const import = {ZELKO_TOOL, "import", "aivdm", "--quiet",
-                                             log.toStdString(), "-o", recording};
-    std::vector<std::string> const convert = {ZELKO_TOOL, "convert", "--quiet", "--trace", "0",
-                                              "-o", out.toStdString(), recording};
+    std::vector<std::string> const import = {ZELKO_TOOL,        "import", "aivdm",  "--quiet",
+                                             log.toStdString(), "-o",     recording};
+    std::vector<std::string> const convert = {ZELKO_TOOL, "convert", "--quiet",         "--trace",
+                                              "0",        "-o",      out.toStdString(), recording};
     QString const gpsdecode = QStandardPaths::findExecutable(QStringLiteral("gpsdecode"));
 
     Run importRun;
@@ -111,7 +108,8 @@ int main()
     for (int round = 0; round < 2; ++round) {
         if (!gpsdecode.isEmpty()) {
             warmCache(log);
-            baseline = better(baseline, runProgram({gpsdecode.toStdString(), "-j"}, log.toStdString()));
+            baseline =
+                better(baseline, runProgram({gpsdecode.toStdString(), "-j"}, log.toStdString()));
         }
         warmCache(log);
         QDir(out).removeRecursively();
@@ -139,11 +137,13 @@ int main()
                 convertRun.peakMiB / documentMiB);
     std::printf("import+convert: %9.0f messages/s\n", double(messages) / ours.seconds);
     if (gpsdecode.isEmpty() || !baseline.ok) {
-        std::printf("gpsdecode: not installed or failed, no baseline (apt-get install gpsd-clients)\n");
+        std::printf(
+            "gpsdecode: not installed or failed, no baseline (apt-get install gpsd-clients)\n");
         return 0;
     }
     std::printf("gpsdecode -j:   %9.0f messages/s  peak RSS %7.1f MiB\n",
                 double(messages) / baseline.seconds, baseline.peakMiB);
-    std::printf("ratio to gpsdecode: %.2f (speed), goal at least 1\n", baseline.seconds / ours.seconds);
+    std::printf("ratio to gpsdecode: %.2f (speed), goal at least 1\n",
+                baseline.seconds / ours.seconds);
     return 0;
 }

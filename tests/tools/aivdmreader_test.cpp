@@ -23,7 +23,7 @@ AisVessel vessel()
 
 QByteArray withChecksum(QByteArray const& body)
 {
-    return '!' + body + '*' + QByteArray::number(AisEncoder::checksum(body), 16).rightJustified(2, '0').toUpper();
+    return '!' + AisEncoder::withChecksum(body);
 }
 
 struct Feed
@@ -77,14 +77,10 @@ TEST(AivdmReader, OurSentencesComeBackBitForBit)
 TEST(AivdmReader, TagBlockTimeInSecondsOrMilliseconds)
 {
     QByteArray const sentence = sentencesOf(AisEncoder::positionReportA(vessel()))[0];
-    auto tagged = [&](QByteArray const& tags) {
-        return '\\' + tags + '*' +
-               QByteArray::number(AisEncoder::checksum(tags), 16).rightJustified(2, '0') + '\\' +
-               sentence;
-    };
-    Feed const result = feed({tagged("s:r003669945,c:1715934600"), tagged("c:1715934600250"),
-                              tagged("s:station"), "\\c:1715934600*00\\" + sentence,
-                              "\\c:1715934600" + sentence});
+    auto tagged = [&](QByteArray const& tags) { return AisEncoder::tagBlock(tags) + sentence; };
+    Feed const result =
+        feed({tagged("s:r003669945,c:1715934600"), tagged("c:1715934600250"), tagged("s:station"),
+              "\\c:1715934600*00\\" + sentence, "\\c:1715934600" + sentence});
     ASSERT_EQ(result.messages.size(), 3u);
     EXPECT_EQ(result.messages[0].time, std::optional<quint64>(1715934600000000ull));
     EXPECT_EQ(result.messages[1].time, std::optional<quint64>(1715934600250000ull));
@@ -124,15 +120,22 @@ INSTANTIATE_TEST_SUITE_P(
         BadLines{"six_fields", {withChecksum("AIVDM,1,1,,A,15M67FC000G")}, 0, 1, 0, 0},
         BadLines{"part_beyond_count", {withChecksum("AIVDM,1,2,,A,15M67FC000G,0")}, 0, 1, 0, 0},
         BadLines{"fill_6", {withChecksum("AIVDM,1,1,,A,15M67FC000G,6")}, 0, 1, 0, 0},
-        BadLines{"character_outside_the_armour", {withChecksum("AIVDM,1,1,,A,15M67FC0Z0G,0")}, 0,
-                 1, 0, 0},
+        BadLines{"character_outside_the_armour",
+                 {withChecksum("AIVDM,1,1,,A,15M67FC0Z0G,0")},
+                 0,
+                 1,
+                 0,
+                 0},
         BadLines{"second_part_alone", {twoParts[1]}, 0, 1, 0, 0},
         BadLines{"first_part_alone", {twoParts[0]}, 0, 0, 1, 0},
         BadLines{"first_part_twice", {twoParts[0], twoParts[0], twoParts[1]}, 0, 0, 1, 1},
         BadLines{"parts_of_other_channels_apart",
                  {twoParts[0], sentencesOf(AisEncoder::staticAndVoyage(vessel()), 3, 'A')[0],
                   twoParts[1]},
-                 0, 0, 1, 1},
+                 0,
+                 0,
+                 1,
+                 1},
         BadLines{"own_station_sentence", {withChecksum("AIVDO,1,1,,,15M67FC000G,0")}, 0, 0, 0, 1},
         BadLines{"empty_payload", {withChecksum("AIVDM,1,1,,A,,0")}, 0, 1, 0, 0}),
     [](auto const& info) { return std::string(info.param.name); });

@@ -14,7 +14,8 @@ AisBitWriter& AisBitWriter::put(quint32 value, unsigned bits)
             m_bytes.append('\0');
         }
         if ((value >> i) & 1u) {
-            m_bytes[int(m_bits / 8)] = char(quint8(m_bytes[int(m_bits / 8)]) | (0x80u >> (m_bits % 8)));
+            m_bytes[int(m_bits / 8)] =
+                char(quint8(m_bytes[int(m_bits / 8)]) | (0x80u >> (m_bits % 8)));
         }
         ++m_bits;
     }
@@ -182,8 +183,10 @@ AisBitWriter AisEncoder::longRange(AisVessel const& vessel)
     bits.putSigned(qint32(std::lround(vessel.longitude * 600.0)), 18);
     bits.putSigned(qint32(std::lround(vessel.latitude * 600.0)), 17);
     // 0 to 62 knots; 63 says "not available".
-    bits.put(vessel.speedKnots < 0 ? 63u : quint32(std::min(62L, std::lround(vessel.speedKnots))), 6);
-    bits.put(vessel.courseDegrees < 0 ? 511u : quint32(std::lround(vessel.courseDegrees)) % 360u, 9);
+    bits.put(vessel.speedKnots < 0 ? 63u : quint32(std::min(62L, std::lround(vessel.speedKnots))),
+             6);
+    bits.put(vessel.courseDegrees < 0 ? 511u : quint32(std::lround(vessel.courseDegrees)) % 360u,
+             9);
     bits.put(0, 1).put(0, 1);
     return bits;
 }
@@ -211,20 +214,18 @@ QByteArray frameStart(quint64 microseconds)
 
 } // namespace
 
-QByteArray AisEncoder::frameRecord(AisBitWriter const& message, char channel,
-                                   quint32 checkSumState)
+QByteArray AisEncoder::frameRecord(AisBitWriter const& message, char channel, quint32 checkSumState)
 {
     return record(message.bytes(), message.bitCount(), channel, checkSumState);
 }
 
-QByteArray AisEncoder::framePayload(quint64 microseconds, AisBitWriter const& message,
-                                    char channel)
+QByteArray AisEncoder::framePayload(quint64 microseconds, AisBitWriter const& message, char channel)
 {
     return frameStart(microseconds) + frameRecord(message, channel);
 }
 
-QByteArray AisEncoder::framePayload(quint64 microseconds, QByteArray const& bits,
-                                    unsigned bitCount, char channel, quint32 checkSumState)
+QByteArray AisEncoder::framePayload(quint64 microseconds, QByteArray const& bits, unsigned bitCount,
+                                    char channel, quint32 checkSumState)
 {
     return frameStart(microseconds) + record(bits, bitCount, channel, checkSumState);
 }
@@ -236,6 +237,16 @@ quint8 AisEncoder::checksum(QByteArray const& body)
         sum ^= quint8(c);
     }
     return sum;
+}
+
+QByteArray AisEncoder::withChecksum(QByteArray const& body)
+{
+    return body + '*' + QByteArray::number(checksum(body), 16).rightJustified(2, '0').toUpper();
+}
+
+QByteArray AisEncoder::tagBlock(QByteArray const& tags)
+{
+    return '\\' + withChecksum(tags) + '\\';
 }
 
 QStringList AisEncoder::sentences(AisBitWriter const& message, char channel, int sequenceId,
@@ -263,9 +274,7 @@ QStringList AisEncoder::sentences(AisBitWriter const& message, char channel, int
             (sequenceId >= 0 && count > 1 ? QByteArray::number(sequenceId) : QByteArray()) + ',' +
             QByteArray(1, channel) + ',' + armoured.mid(part * 60, 60) + ',' +
             QByteArray::number(part == count - 1 ? fill : 0);
-        result << QStringLiteral("!%1*%2").arg(
-                      QString::fromLatin1(body),
-                      QString::number(checksum(body), 16).rightJustified(2, QLatin1Char('0')).toUpper());
+        result << QString::fromLatin1('!' + withChecksum(body));
     }
     return result;
 }

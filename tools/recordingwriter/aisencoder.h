@@ -81,14 +81,18 @@ public:
     static QByteArray framePayload(quint64 microseconds, AisBitWriter const& message,
                                    char channel = 'A');
     /// The same for message bits that were not written here (an imported log's).
-    static QByteArray framePayload(quint64 microseconds, QByteArray const& bits,
-                                   unsigned bitCount, char channel, quint32 checkSumState = 1);
+    static QByteArray framePayload(quint64 microseconds, QByteArray const& bits, unsigned bitCount,
+                                   char channel, quint32 checkSumState = 1);
     /// "!AIVDM,n,i,s,c,payload,fill*hh" sentences, 60 payload characters each at most;
     /// sequenceId < 0 leaves the field empty (single-sentence messages).
     static QStringList sentences(AisBitWriter const& message, char channel, int sequenceId,
                                  QByteArray const& talker = "AIVDM");
     /// The NMEA checksum: XOR of the characters between '!' or '$' and '*'.
     static quint8 checksum(QByteArray const& body);
+    /// body followed by '*' and its checksum in two upper-case hexadecimal digits.
+    static QByteArray withChecksum(QByteArray const& body);
+    /// A tag block, "\<tags>*hh\", to stand before a sentence.
+    static QByteArray tagBlock(QByteArray const& tags);
 };
 
 } // namespace zelkorecording

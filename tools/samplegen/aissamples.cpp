@@ -52,20 +52,22 @@ AisVessel vessel(quint32 mmsi, double latitude, double longitude, QByteArray cal
 std::vector<Ship> fleet()
 {
     return {
-        {vessel(211234567, 53.8700, 8.7000, "DABC", "ELBE TRADER", "HAMBURG", 70), 0.0, 14.0, false},
-        {vessel(244650123, 53.9200, 8.2000, "PDXY", "NOORDZEE", "ROTTERDAM", 80), -3.0, -12.0, false},
-        {vessel(636019825, 53.8300, 8.9500, "D5QX7", "ATLANTIC STAR", "HAMBURG", 71), 2.0, 10.5, false},
-        {vessel(503000001, 53.9000, 8.5000, "VJN4321", "SOUTHERN CROSS", "SYDNEY", 60), 0.0, -16.0, false},
+        {vessel(211234567, 53.8700, 8.7000, "DABC", "ELBE TRADER", "HAMBURG", 70), 0.0, 14.0,
+         false},
+        {vessel(244650123, 53.9200, 8.2000, "PDXY", "NOORDZEE", "ROTTERDAM", 80), -3.0, -12.0,
+         false},
+        {vessel(636019825, 53.8300, 8.9500, "D5QX7", "ATLANTIC STAR", "HAMBURG", 71), 2.0, 10.5,
+         false},
+        {vessel(503000001, 53.9000, 8.5000, "VJN4321", "SOUTHERN CROSS", "SYDNEY", 60), 0.0, -16.0,
+         false},
         {vessel(211998877, 53.8800, 8.6500, "DK1234", "SEESCHWALBE", "", 37), 1.0, 5.0, true},
     };
 }
 
 QByteArray tagged(quint64 seconds, QString const& sentence)
 {
-    QByteArray const tags = "s:elbe,c:" + QByteArray::number(seconds);
-    return '\\' + tags + '*' +
-           QByteArray::number(AisEncoder::checksum(tags), 16).rightJustified(2, '0').toUpper() +
-           '\\' + sentence.toLatin1() + '\n';
+    return AisEncoder::tagBlock("s:elbe,c:" + QByteArray::number(seconds)) + sentence.toLatin1() +
+           '\n';
 }
 
 void append(QByteArray& log, quint64 seconds, AisBitWriter const& message, char channel,
@@ -93,11 +95,14 @@ QByteArray makeLog()
             // Knots to degrees in ten seconds: a minute of latitude is a nautical mile.
             v.latitude += ship.northKnots * 10.0 / 3600.0 / 60.0;
             v.longitude += ship.eastKnots * 10.0 / 3600.0 / 60.0 / 0.59;
-            v.speedKnots = std::sqrt(ship.northKnots * ship.northKnots + ship.eastKnots * ship.eastKnots);
-            v.courseDegrees = std::fmod(std::atan2(ship.eastKnots, ship.northKnots) * 180.0 / M_PI + 360.0, 360.0);
+            v.speedKnots =
+                std::sqrt(ship.northKnots * ship.northKnots + ship.eastKnots * ship.eastKnots);
+            v.courseDegrees = std::fmod(
+                std::atan2(ship.eastKnots, ship.northKnots) * 180.0 / M_PI + 360.0, 360.0);
             v.heading = int(v.courseDegrees);
             v.second = second % 60;
-            append(log, now, ship.classB ? AisEncoder::positionReportB(v) : AisEncoder::positionReportA(v),
+            append(log, now,
+                   ship.classB ? AisEncoder::positionReportB(v) : AisEncoder::positionReportA(v),
                    channel, sequence);
             if (second % 300 == 0) {
                 if (ship.classB) {
@@ -125,8 +130,10 @@ QByteArray makeLog()
             aid.longitude = 8.1100;
             aid.second = 0;
             append(log, now, AisEncoder::aidToNavigation(aid, 31), channel, sequence);
-            append(log, now, AisEncoder::safetyBroadcast(2111240, "SECURITE ELBE FAIRWAY BUOY 5 OFF POSITION"),
-                   channel, sequence);
+            append(
+                log, now,
+                AisEncoder::safetyBroadcast(2111240, "SECURITE ELBE FAIRWAY BUOY 5 OFF POSITION"),
+                channel, sequence);
         }
         if (second == 300) {
             AisVessel plane;
@@ -145,10 +152,13 @@ QByteArray makeLog()
     // What a real log also holds: another talker's sentence, a line hit by noise (its
     // checksum no longer matches) and the first half of a message whose second half was lost.
     log += "$GPGGA,083000,5352.45,N,00842.59,E,1,08,0.9,5.0,M,46.9,M,,*4D\n";
-    QByteArray noisy = tagged(LogStart + 600, AisEncoder::sentences(AisEncoder::positionReportA(ships[0].vessel), 'A', -1)[0]);
+    QByteArray noisy =
+        tagged(LogStart + 600,
+               AisEncoder::sentences(AisEncoder::positionReportA(ships[0].vessel), 'A', -1)[0]);
     noisy[noisy.size() - 10] = noisy[noisy.size() - 10] == '0' ? '1' : '0';
     log += noisy;
-    log += tagged(LogStart + 600, AisEncoder::sentences(AisEncoder::staticAndVoyage(ships[1].vessel), 'B', 9)[0]);
+    log += tagged(LogStart + 600,
+                  AisEncoder::sentences(AisEncoder::staticAndVoyage(ships[1].vessel), 'B', 9)[0]);
     return log;
 }
 

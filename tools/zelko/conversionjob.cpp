@@ -15,6 +15,7 @@
 #include <alphabetkit/alphabetcatalog.h>
 #include <appstartup/cfgcenter.h>
 #include <atomic>
+#include <cstring>
 #include <diagnostics/errorhandler.h>
 #include <functional>
 #include <map>
@@ -23,13 +24,13 @@
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <memory>
 #include <mutex>
+#include <pdu/pdutypes.h>
 #include <reportkit/xmltime.h>
 #include <thread>
 #include <unistd.h>
-#include <cstring>
-#include <pdu/pdutypes.h>
 #include <vector>
 
 namespace zelkotool {
@@ -82,16 +83,15 @@ std::map<QString, ConverterFactory> const& converterFactories()
 // A PDU frame (code 16) whose record the AIS decoder reads: station files are wanted.
 bool isAisFrame(QByteArray const& frame)
 {
-    constexpr int CodePosition = 48;
-    constexpr int RecordPosition = 52;
-    if (frame.size() < RecordPosition + 4) {
+    using Model = zelkodatastreamconverter::TransmissionSystemModel;
+    if (frame.size() < Model::RecordOffset + 4) {
         return false;
     }
     quint32 code = 0;
     quint32 system = 0;
-    std::memcpy(&code, frame.constData() + CodePosition, 4);
-    std::memcpy(&system, frame.constData() + RecordPosition, 4);
-    return (code & 0xFFu) == 16 && system == COMMSYS_AIS;
+    std::memcpy(&code, frame.constData() + Model::CodeOffset, 4);
+    std::memcpy(&system, frame.constData() + Model::RecordOffset, 4);
+    return (code & 0xFFu) == Model::PduCode && system == COMMSYS_AIS;
 }
 
 // The kind from the first complete frame; empty (and error set) when there is none.
