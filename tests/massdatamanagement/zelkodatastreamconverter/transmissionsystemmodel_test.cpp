@@ -11,7 +11,6 @@
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/transmission.h>
-#include <recordingwriter/aisencoder.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/qstringprinter.h>
@@ -124,7 +123,6 @@ INSTANTIATE_TEST_SUITE_P(
                       FrequencyRow{"MHz", 145012500, "145.0125 MHz"},
                       FrequencyRow{"MHzSevenDigits", 7040000, "7.04 MHz"},
                       FrequencyRow{"LastDigitNeverLookedAt", 145000001, "145. MHz"},
-                      FrequencyRow{"MHzNoZero", 145012345, "145.012345 MHz"},
                       FrequencyRow{"TenDigits", 4294967295u, "4.294967295 GHz"},
                       FrequencyRow{"FourDigits", 1234, "12.34 kHz"},
                       FrequencyRow{"FiveDigits", 12340, "1234.0 kHz"},
@@ -500,26 +498,6 @@ TEST_F(TransmissionSystemModelTest, PduFramesGoThroughTheDecodingLibrary)
     EXPECT_EQ(nested->GetTimeStamp(), utc(BaseTime)); // the parent's time, not its own
     EXPECT_EQ(nested->GetPayload().GetName(), QStringLiteral("?"));
     EXPECT_EQ(nested->GetPayload().GetContent(), QStringLiteral("ABC"));
-}
-
-// A real AIS safety broadcast: named and labelled by the library, its text also the message.
-TEST_F(TransmissionSystemModelTest, AisTextIsAlsoTheMessage)
-{
-    zelkorecording::AisBitWriter const message =
-        zelkorecording::AisEncoder::safetyBroadcast(2655001, "STORM WARNING");
-    QByteArray aisFrame = zelkorecording::RecordingWriter::frameBytes(
-        FrameType::TransmissionSystem, zelkorecording::AisEncoder::framePayload(BaseTime, message));
-    ASSERT_TRUE(m_model.processData(aisFrame));
-    ASSERT_EQ(blockCount(), 1);
-    PDUDataBlock const* block = m_model.getCurrentTransmission()->GetPDUDataBlocks().front();
-    EXPECT_EQ(block->GetName(), QStringLiteral("AIS Safety Related Broadcast Message"));
-    EXPECT_EQ(block->GetCRC(), QStringLiteral("ok"));
-    EXPECT_EQ(fieldsOf(block), QStringList({"Message Type=14|int", "Repeat Indicator=0|int",
-                                            "MMSI=2655001|int", "Text=STORM WARNING|string"}));
-    EXPECT_EQ(block->GetPayload().GetName(), QStringLiteral("Text"));
-    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("STORM WARNING"));
-    EXPECT_TRUE(block->GetPayload().GetContentCode().isEmpty());
-    EXPECT_FALSE(block->GetPayload().GetContentDirectionRTL());
 }
 
 // --- The converter ---------------------------------------------------------------------------
