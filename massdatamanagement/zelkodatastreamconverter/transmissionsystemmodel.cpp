@@ -8,11 +8,11 @@
 #include <QLocale>
 #include <alphabetkit/udadecoder.h>
 #include <charconv>
-#include <pdu/pdunaming.h>
 #include <cstring>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/pdudatablock.h>
 #include <nerikresultdataxml/transmission.h>
+#include <pdu/pdunaming.h>
 
 namespace zelkodatastreamconverter {
 
@@ -166,7 +166,7 @@ bool TransmissionSystemModel::processData(QByteArray& frame)
         ProcessPDU(frame);
         return true;
     }
-    // The record is read in place; Word() and WordsAvailable() keep processors inside it.
+    // The record is read in place; WordsAvailable() keeps processors inside it.
     m_frameBegin = frame.constData();
     m_frameEnd = m_frameBegin + frame.size();
     FrameBlocks blocks;
@@ -742,8 +742,7 @@ void TransmissionSystemModel::ProcessPDUVector(std::vector<CPDU*>& pdus)
             continue;
         }
         QDateTime const time = ToDateTime(pdu->getTimeStamp());
-        PDUDataBlock* block =
-            BeginBlock(pdu->getPDU_ID(), time, pduName(pdu->getPDU_ID()));
+        PDUDataBlock* block = BeginBlock(pdu->getPDU_ID(), time, pduName(pdu->getPDU_ID()));
         SetCRC(block, pdu->getCheckSumState());
         QStringList headers = pduHeaders(pdu->getPDU_ID());
         ProcessPDUFields(block, pdu->getFields(), headers, pdu->getTimeStamp());
@@ -760,8 +759,7 @@ void TransmissionSystemModel::ProcessPDUSubVectors(PDUDataBlock* parent, std::ve
         if (pdu == nullptr) {
             continue;
         }
-        PDUDataBlock* block = BeginBlock(pdu->getPDU_ID(), parentTime,
-                                         pduName(pdu->getPDU_ID()));
+        PDUDataBlock* block = BeginBlock(pdu->getPDU_ID(), parentTime, pduName(pdu->getPDU_ID()));
         SetCRC(block, pdu->getCheckSumState());
         QStringList headers = pduHeaders(pdu->getPDU_ID());
         ProcessPDUFields(block, pdu->getFields(), headers, time);
@@ -791,7 +789,9 @@ void TransmissionSystemModel::ProcessPDUFields(PDUDataBlock* block,
             ProcessPDUSubVectors(block, subPdus, label, time);
             deletePDUs(subPdus);
         } else if (field->getDataTranslation() != 0) {
-            AddField(block, label, QString::fromStdWString(PduNaming::PDUDataTranslator::dataIdToString(field->getDataTranslation())),
+            AddField(block, label,
+                     QString::fromStdWString(
+                         PduNaming::PDUDataTranslator::dataIdToString(field->getDataTranslation())),
                      TypeString);
         } else if (field->getFieldClass() == CPDU_FieldContainer::PayloadFieldClass) {
             unsigned* data = field->getData(bits, count);
@@ -862,21 +862,6 @@ unsigned TransmissionSystemModel::WordsAvailable(void const* record, unsigned in
     }
     quint64 const words = quint64(m_frameEnd - begin) / 4u;
     return words > index ? unsigned(words - index) : 0u;
-}
-
-quint32 TransmissionSystemModel::Word(void const* record, unsigned index) const
-{
-    if (WordsAvailable(record, index) == 0) {
-        return 0;
-    }
-    quint32 value;
-    std::memcpy(&value, static_cast<char const*>(record) + 4u * quint64(index), sizeof value);
-    return value;
-}
-
-int* TransmissionSystemModel::WordAt(void* record, unsigned index)
-{
-    return reinterpret_cast<int*>(static_cast<char*>(record) + 4u * quint64(index));
 }
 
 } // namespace zelkodatastreamconverter

@@ -198,14 +198,9 @@ private:
 
     // --- Records ------------------------------------------------------------------------------
 
-    /// Word index of a record, read in host order; 0 beyond the end of the frame, so that a
-    /// short record reads as zeros.
-    quint32 Word(void const* record, unsigned index) const;
     /// How many whole words the frame holds from word index of record on (0 past its end).
-    /// Processors clamp the counts that a record states with it.
+    /// Processors read their records through a RecordWords view bounded by it.
     unsigned WordsAvailable(void const* record, unsigned index) const;
-    /// Address of word index of record (for the text and payload helpers).
-    static int* WordAt(void* record, unsigned index);
 
     // --- The per-system processors (one unit each) --------------------------------------------
 
@@ -236,7 +231,7 @@ private:
     bool m_endConnection = false;
     std::unique_ptr<AlphabetKit::UdaDecoder> m_decoder;
 
-    // The frame being processed, for Word() and WordsAvailable().
+    // The frame being processed, for WordsAvailable().
     char const* m_frameBegin = nullptr;
     char const* m_frameEnd = nullptr;
 };

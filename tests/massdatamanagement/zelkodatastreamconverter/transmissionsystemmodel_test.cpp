@@ -9,6 +9,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
+#include <massdatamanagement/zelkodatastreamconverter/transmissionsystemprocessors/recordwords.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/transmission.h>
 #include <recordingwriter/payloadbuilder.h>
@@ -38,8 +39,9 @@ struct TransmissionSystemModelTestAccess
     {
         model.m_frameBegin = frame.constData();
         model.m_frameEnd = frame.constData() + frame.size();
-        return {model.WordsAvailable(frame.constData() + offset, index),
-                model.Word(frame.constData() + offset, index)};
+        void* const record = const_cast<char*>(frame.constData()) + offset;
+        return {model.WordsAvailable(record, index),
+                RecordWords(record, model.WordsAvailable(record, 0)).at(index)};
     }
     int& pduOffset() { return model.m_pduOffset; }
     template <typename... Args>
@@ -197,7 +199,13 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"String16", 6, 2, 16, {0x00E90048u}, "Hé", "string"},
         FormatRow{"String32", 6, 2, 32, {0x4F, 0x4B}, "OK", "string"},
         FormatRow{"StringOddWidth", 6, 1, 12, {0x41}, "<untouched>", "<untouched>"},
-        FormatRow{"Position", 7, 2, 64, {}, "N 53°32'10.5'' W 9°58'0'' N 53°32'10.5'' W 9°58'0''", "position"},
+        FormatRow{"Position",
+                  7,
+                  2,
+                  64,
+                  {},
+                  "N 53°32'10.5'' W 9°58'0'' N 53°32'10.5'' W 9°58'0''",
+                  "position"},
         FormatRow{"DateTimeAlike", 8, 1, 64, {}, "N 53°32'10.5'' W 9°58'0''", "datetime"},
         FormatRow{"NullData", 3, 1, 8, {}, "<untouched>", "<untouched>"},
         FormatRow{"NoElements", 3, 0, 8, {1}, "<untouched>", "<untouched>"},
