@@ -4,12 +4,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
-#include <cstring>
 #include <gtest/gtest.h>
-#include <recordingwriter/recordingwriter.h>
 #include <reportkit/results.h>
 #include <support/schemavalidator.h>
 #include <support/toolrun.h>
@@ -223,30 +220,41 @@ INSTANTIATE_TEST_SUITE_P(
                 "no frame found"}),
     [](testing::TestParamInfo<BadCall> const& info) { return std::string(info.param.name); });
 
-// A transmission-system recording is chosen by its first frame and written as PDU blocks.
-TEST_F(ZelkoConvert, TransmissionSystemRecording)
+// Transmission-system and AIS recordings are told apart by their first frame.
+struct KindRow
 {
-    QFile input(m_dir.filePath(QStringLiteral("pager.zdr")));
-    ASSERT_TRUE(input.open(QIODevice::WriteOnly));
-    zelkorecording::RecordingWriter writer(&input);
-    QByteArray payload(32, '\0'); // time, the name "Pager", code 14 (a system without fields)
-    payload.replace(8, 5, "Pager");
-    payload[24] = 14;
-    quint64 const time = 1700000000000000; // 2023-11-14 22:13:20 UTC
-    std::memcpy(payload.data(), &time, sizeof time);
-    ASSERT_TRUE(writer.writeFrame(368, payload));
-    input.close();
+    char const* name;
+    char const* sample;
+    char const* code;
+    int rows; // with that code
+};
 
-    ToolRun const result = run({QStringLiteral("-o"), output(), input.fileName()});
+class ZelkoConvertKind : public ZelkoConvert, public testing::WithParamInterface<KindRow>
+{
+};
+
+TEST_P(ZelkoConvertKind, IsChosenByTheFirstFrame)
+{
+    ToolRun const result = run({QStringLiteral("-o"), output(), sample(GetParam().sample)});
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
-    EXPECT_TRUE(result.out.contains(QStringLiteral("TransmissionSystem")));
+    QStringList const rows = result.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1);
     QStringList const files = resultFiles();
-    ASSERT_EQ(files.size(), 1);
-    EXPECT_TRUE(readResult(files.front()).contains(QStringLiteral("name=\"Pager\"")));
+    ASSERT_EQ(files.size(), rows.size());
+    int coded = 0;
+    for (QString const& row : rows) {
+        coded += row.split(QLatin1Char(' '), Qt::SkipEmptyParts).value(2) == GetParam().code;
+    }
+    EXPECT_EQ(coded, GetParam().rows) << result.out.toStdString();
     EXPECT_EQ(zelkotest::validateXmlFile(QDir(output()).filePath(files.front()),
                                          QStringLiteral("nerikresultdata.xsd")),
               QString());
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Samples, ZelkoConvertKind,
+    testing::Values(KindRow{"pager", "pocsag-paging.zdr", "TransmissionSystem", 1},
+                    KindRow{"ais_stations", "ais-elbe.zdr", "AISStation", 8}),
+    [](testing::TestParamInfo<KindRow> const& info) { return std::string(info.param.name); });
 
 // An alphabet is never dropped unseen: without a decoder the first that offers it is used,
 // and where the decoder cannot use it a note says so.
