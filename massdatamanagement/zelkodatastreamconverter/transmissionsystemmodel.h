@@ -210,6 +210,9 @@ private:
     void Process_FMS_BOS(PDUDataBlock* block, void* record);
     void Process_ZVEI(PDUDataBlock* block, void* record);
     void Process_ZVEI_VDEW(PDUDataBlock* block, void* record);
+    /// The fields both five-tone calls share: the EVU word split into maker and model, the
+    /// status and the mode with its meaning.
+    void AddFiveToneFields(PDUDataBlock* block, quint32 evu, quint32 status, QString const& mode);
     void Process_POCSAG(PDUDataBlock* block, void* record);
     void Process_PACKET_RADIO(PDUDataBlock* block, void* record);
     void Process_MPT1327(PDUDataBlock* block, void* record);
