@@ -6,8 +6,8 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <diagnostics/errorhandler.h>
 #include <algorithm>
+#include <diagnostics/errorhandler.h>
 #include <memory>
 #include <sndfile.h>
 #include <vector>
@@ -121,47 +121,24 @@ OutputFormat outputFormatFor(int inputFormat)
 }
 
 template <typename Sample>
-struct SampleIo;
-template <>
-struct SampleIo<short>
-{
-    static constexpr auto read = sf_readf_short;
-    static constexpr auto write = sf_writef_short;
-};
-template <>
-struct SampleIo<int>
-{
-    static constexpr auto read = sf_readf_int;
-    static constexpr auto write = sf_writef_int;
-};
-template <>
-struct SampleIo<float>
-{
-    static constexpr auto read = sf_readf_float;
-    static constexpr auto write = sf_writef_float;
-};
-template <>
-struct SampleIo<double>
-{
-    static constexpr auto read = sf_readf_double;
-    static constexpr auto write = sf_writef_double;
-};
+using FrameIo = sf_count_t (*)(SNDFILE*, Sample*, sf_count_t);
 
-// Copies every frame that can be read; false when the output refuses a write.
+// Copies every frame that can be read; false when the output refuses a write. The sample type
+// is the one libsndfile converts to and from without loss for the output format.
 template <typename Sample>
-bool copyFrames(SNDFILE* input, SNDFILE* output, SF_INFO const& info,
-                Progress const& progress)
+bool copyFrames(SNDFILE* input, SNDFILE* output, SF_INFO const& info, Progress const& progress,
+                FrameIo<Sample> const read, FrameIo<Sample const> const write)
 {
     sf_count_t const framesPerChunk = std::max<sf_count_t>(1, ChunkSamples / info.channels);
     std::vector<Sample> buffer(size_t(framesPerChunk * info.channels));
     qint64 const total = info.frames;
     qint64 done = 0;
     for (;;) {
-        sf_count_t const frames = SampleIo<Sample>::read(input, buffer.data(), framesPerChunk);
+        sf_count_t const frames = read(input, buffer.data(), framesPerChunk);
         if (frames <= 0) {
             return true;
         }
-        if (SampleIo<Sample>::write(output, buffer.data(), frames) != frames) {
+        if (write(output, buffer.data(), frames) != frames) {
             return false;
         }
         done += frames;
@@ -213,14 +190,14 @@ bool copyAll(SampleType type, SNDFILE* input, SNDFILE* output, SF_INFO const& in
 {
     switch (type) {
     case SampleType::Short:
-        return copyFrames<short>(input, output, info, progress);
+        return copyFrames<short>(input, output, info, progress, sf_readf_short, sf_writef_short);
     case SampleType::Int:
-        return copyFrames<int>(input, output, info, progress);
+        return copyFrames<int>(input, output, info, progress, sf_readf_int, sf_writef_int);
     case SampleType::Float:
-        return copyFrames<float>(input, output, info, progress);
+        return copyFrames<float>(input, output, info, progress, sf_readf_float, sf_writef_float);
     case SampleType::Double:
     default:
-        return copyFrames<double>(input, output, info, progress);
+        return copyFrames<double>(input, output, info, progress, sf_readf_double, sf_writef_double);
     }
 }
 
@@ -244,8 +221,9 @@ bool AudioTransformer::ConvertToWav(QString const& inputPath, QString const& wav
 
     QString const partPath = wavPath + QStringLiteral(".part");
     auto fail = [&](QString const& reason) {
-        warn(QStringLiteral("ConvertToWav(%1): cannot write %2: %3").arg(inputPath, wavPath, reason),
-             __LINE__);
+        warn(
+            QStringLiteral("ConvertToWav(%1): cannot write %2: %3").arg(inputPath, wavPath, reason),
+            __LINE__);
         QFile::remove(partPath);
         return false;
     };
@@ -297,10 +275,10 @@ bool AudioTransformer::WriteSession(QStringList const& wavPaths, QString& sessio
         SF_BROADCAST_INFO broadcast;
         bool const hasBroadcast =
             sf_command(wav.get(), SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) == SF_TRUE;
-        session.append({QFileInfo(wavPath).absoluteFilePath(),
-                        hasBroadcast ? BroadcastWave::startTime(broadcast, info.samplerate)
-                                     : QDateTime(),
-                        info.samplerate, info.channels, qint64(info.frames)});
+        session.append(
+            {QFileInfo(wavPath).absoluteFilePath(),
+             hasBroadcast ? BroadcastWave::startTime(broadcast, info.samplerate) : QDateTime(),
+             info.samplerate, info.channels, qint64(info.frames)});
     }
     QString const path = AudioSessionFile::pathFor(wavPaths.first());
     QString error;
