@@ -61,6 +61,16 @@ void dimensions(AisBitWriter& bits, AisVessel const& vessel)
     bits.put(quint32(vessel.toPort), 6).put(quint32(vessel.toStarboard), 6);
 }
 
+// Class B reports (types 18 and 19) begin alike: reserved byte, speed, accuracy, position,
+// course, heading and time stamp.
+void classBMotion(AisBitWriter& bits, AisVessel const& vessel)
+{
+    bits.put(0, 8).put(tenths(vessel.speedKnots, 10, 1023), 10).put(0, 1);
+    position(bits, vessel.latitude, vessel.longitude);
+    bits.put(tenths(vessel.courseDegrees, 10, 3600), 12).put(quint32(vessel.heading), 9);
+    bits.put(quint32(vessel.second), 6);
+}
+
 } // namespace
 
 AisBitWriter AisEncoder::positionReportA(AisVessel const& vessel, int type)
@@ -92,10 +102,8 @@ AisBitWriter AisEncoder::positionReportB(AisVessel const& vessel)
 {
     AisBitWriter bits;
     header(bits, 18, vessel.mmsi);
-    bits.put(0, 8).put(tenths(vessel.speedKnots, 10, 1023), 10).put(0, 1);
-    position(bits, vessel.latitude, vessel.longitude);
-    bits.put(tenths(vessel.courseDegrees, 10, 3600), 12).put(quint32(vessel.heading), 9);
-    bits.put(quint32(vessel.second), 6).put(0, 2).put(1, 1).put(0, 5).put(0, 1).put(0, 1);
+    classBMotion(bits, vessel);
+    bits.put(0, 2).put(1, 1).put(0, 5).put(0, 1).put(0, 1);
     bits.put(1, 1).put(0, 19);
     return bits;
 }
@@ -151,10 +159,8 @@ AisBitWriter AisEncoder::extendedClassB(AisVessel const& vessel)
 {
     AisBitWriter bits;
     header(bits, 19, vessel.mmsi);
-    bits.put(0, 8).put(tenths(vessel.speedKnots, 10, 1023), 10).put(0, 1);
-    position(bits, vessel.latitude, vessel.longitude);
-    bits.put(tenths(vessel.courseDegrees, 10, 3600), 12).put(quint32(vessel.heading), 9);
-    bits.put(quint32(vessel.second), 6).put(0, 4).putText(vessel.name, 20);
+    classBMotion(bits, vessel);
+    bits.put(0, 4).putText(vessel.name, 20);
     bits.put(quint32(vessel.shipType), 8);
     dimensions(bits, vessel);
     bits.put(1, 4).put(0, 1).put(0, 1).put(0, 1).put(0, 4);
