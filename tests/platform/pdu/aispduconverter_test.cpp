@@ -4,6 +4,7 @@
 
 #include <QStringList>
 #include <gtest/gtest.h>
+#include <pdu/aisbitreader.h>
 #include <pdu/aispduconverter.h>
 #include <pdu/cpdu_converter.h>
 #include <pdu/pdunaming.h>
@@ -145,6 +146,18 @@ AisVessel withRateOfTurn(int indicator)
     return vessel;
 }
 
+// A message of the given type whose every bit after the header is set: a spare field of the
+// wrong width shifts a zero into the last field, the communication state.
+AisBitWriter allOnesAfterHeader(unsigned type, int bits)
+{
+    AisBitWriter message;
+    message.put(type, 6).put(0, 2).put(1, 30);
+    for (int left = bits - 38; left > 0; left -= 16) {
+        message.put(0xFFFFu >> (16 - std::min(left, 16)), std::min(left, 16));
+    }
+    return message;
+}
+
 struct MessageRow
 {
     char const* name;
@@ -225,6 +238,30 @@ INSTANTIATE_TEST_SUITE_P(
                    {"MMSI=2190047", "UTC Date and Time=2024-05-17 08:30:00 UTC",
                     u8"Position=N 55\u00B030'0'' E 12\u00B015'0''",
                     "Position Fixing Device=surveyed"}},
+        MessageRow{"type4_earliest_date",
+                   AisEncoder::baseStation(2190047, 1, 12, 1, 0, 0, 0, 55.5, 12.25),
+                   "AIS Base Station Report",
+                   {"UTC Date and Time=0001-12-01 00:00:00 UTC"}},
+        MessageRow{"type4_latest_times",
+                   AisEncoder::baseStation(2190047, 2024, 1, 31, 23, 59, 59, 55.5, 12.25),
+                   "AIS Base Station Report",
+                   {"UTC Date and Time=2024-01-31 23:59:59 UTC"}},
+        MessageRow{"type1_all_ones",
+                   allOnesAfterHeader(1, 168),
+                   "AIS Position Report Class A",
+                   {"RAIM=true", "Communication State=524287"}},
+        MessageRow{"type4_all_ones",
+                   allOnesAfterHeader(4, 168),
+                   "AIS Base Station Report",
+                   {"RAIM=true", "Communication State=524287"}},
+        MessageRow{"type9_all_ones",
+                   allOnesAfterHeader(9, 168),
+                   "AIS Standard SAR Aircraft Position Report",
+                   {"Communication State=524287"}},
+        MessageRow{"type11_as_base_station",
+                   allOnesAfterHeader(11, 168),
+                   "AIS UTC and Date Response",
+                   {"Communication State=524287"}},
         MessageRow{"type4_missing_date",
                    AisEncoder::baseStation(2190047, 0, 0, 0, 24, 60, 60, 55.5, 12.25),
                    "AIS Base Station Report",
@@ -244,14 +281,15 @@ INSTANTIATE_TEST_SUITE_P(
                     "Ship and Cargo Type=not available", "ETA=not available",
                     "Maximum Draught (m)=not available", "Destination=not available"}},
         MessageRow{"type5_eta_at_its_limits",
-                   AisEncoder::staticAndVoyage([] {
-                       AisVessel v = hamburgShip();
-                       v.etaMonth = 12;
-                       v.etaDay = 31;
-                       v.etaHour = 23;
-                       v.etaMinute = 59;
-                       return v;
-                   }()),
+                   AisEncoder::staticAndVoyage(
+                       [] {
+                           AisVessel v = hamburgShip();
+                           v.etaMonth = 12;
+                           v.etaDay = 31;
+                           v.etaHour = 23;
+                           v.etaMinute = 59;
+                           return v;
+                       }()),
                    "AIS Static and Voyage Related Data",
                    {"ETA=12-31 23:59 UTC"}},
         MessageRow{"type5_eta_one_past",
@@ -329,9 +367,9 @@ INSTANTIATE_TEST_SUITE_P(
                     u8"Position=N 53\u00B032'12'' E 9\u00B058'0''", "Speed over Ground (kn)=12",
                     u8"Course over Ground (\u00B0)=123", "Position Latency=less than 5 s"}},
         MessageRow{"type8_binary_payload",
-                   AisBitWriter().put(8, 6).put(0, 2).put(1, 30).put(0, 2).put(0xABC, 12),
+                   AisBitWriter().put(8, 6).put(0, 2).put(1, 30).put(0xABCD, 16),
                    "AIS Binary Broadcast Message",
-                   {"MMSI=1", "Data=2af0/14"}},
+                   {"MMSI=1", "Data=abcd/16"}},
         MessageRow{"type24_unknown_part",
                    AisBitWriter().put(24, 6).put(0, 2).put(9, 30).put(2, 2).put(1, 3),
                    "AIS Reserved Message",
@@ -390,6 +428,16 @@ TEST(AisNaming, UnknownIdsAndTheLabelsOfEveryLayout)
     EXPECT_EQ(ship(99), "other type, no additional information");
     EXPECT_EQ(ship(150), "reserved for regional use");
     EXPECT_EQ(ship(255), "reserved for future use");
+    // The ends of the position-fixing and aid-type ranges.
+    auto text = [](unsigned id) {
+        return fromWide(PduNaming::PDUDataTranslator::dataIdToString(id));
+    };
+    EXPECT_EQ(text(0x300), "undefined");
+    EXPECT_EQ(text(0x309), "not used");
+    EXPECT_EQ(text(0x30E), "not used");
+    EXPECT_EQ(text(0x500), "not specified");
+    EXPECT_EQ(text(0x51F), "light vessel, LANBY or rig");
+    EXPECT_EQ(text(0x520), "");
 }
 
 TEST(AisPositions, SecondsKeepUpToThreeDecimals)
@@ -405,3 +453,13 @@ TEST(AisPositions, SecondsKeepUpToThreeDecimals)
 }
 
 } // namespace
+
+TEST(AisBits, OneBitSignAndAWholeByteRest)
+{
+    ais::AisBitReader reader(QByteArray::fromHex("ffff"), 16);
+    EXPECT_EQ(reader.takeSigned(1), -1);
+    EXPECT_EQ(reader.take(7), 127u);
+    unsigned bits = 0;
+    EXPECT_EQ(reader.takeRest(bits), QByteArray::fromHex("ff"));
+    EXPECT_EQ(bits, 8u);
+}
