@@ -1,15 +1,10 @@
-// Estimation quality on synthetic hoppers: for grids of at least half occupancy and jitter
-// below 5 % of the spacing, the estimated spacing must equal the true one within the
-// resolution and the start frequency must lie within one resolution step of the lowest used
-// channel. The table is printed (ZELKO_LIST_MISSES=1 adds the names of the misses).
-//
-// Known misses, kept on purpose: a spacing that is not a whole multiple of its resolution
-// (8.33 kHz with its 10 Hz resolution). The spacing candidates lie on the resolution grid, so
-// the estimate is off by a fraction of the resolution (3.3 Hz), which is allowed, but that
-// error adds up over the channels, and the least-squares start of a long grid moves by up to
-// half the accumulated drift (several hundred hertz for 200 channels). Every such case is
-// expected to miss the start, every other case to pass, so a change in either direction
-// shows up.
+// Estimation quality on synthetic hoppers of at least half occupancy and jitter below 5 % of
+// the spacing: the spacing must come within the resolution, every segment must start on the
+// true grid and the first within one resolution step of the lowest used channel. Expected
+// misses: spacings that are no whole multiple of their resolution (8.33 kHz at 10 Hz), whose
+// small spacing error adds up over a long grid and moves the least-squares start by up to
+// hundreds of hertz. Every such case must miss and every other pass, so a change either way
+// shows. The table is printed.
 
 #include <cmath>
 #include <cstdio>
@@ -67,11 +62,10 @@ bool estimateWithinResolution(QualityCase const& c, quint32 seed)
         segments.empty() ? 0.0
                          : segments.front().startFrequency - radio.usedChannelFrequencies().front();
     within = within && spacingError <= resolution && std::abs(startError) <= resolution;
-    std::printf(
-        "%8.1f Hz %3u ch %3d %% j%4.1f %% %9.0f%s: %zu segments, spacing %+.1f, start %+.1f%s\n",
-        c.spacing, c.channels, int(c.occupancy * 100), c.jitter * 100, c.start,
-        c.shape == zelkorecording::JitterShape::Gaussian ? " gauss" : "", segments.size(),
-        spacingError, startError, within ? "" : "  MISSED");
+    std::printf("%8.1f Hz %3u ch %3.0f %% j%4.1f %% %9.0f %d: %zu segments, spacing %+.1f, "
+                "start %+.1f%s\n",
+                c.spacing, c.channels, c.occupancy * 100, c.jitter * 100, c.start, int(c.shape),
+                segments.size(), spacingError, startError, within ? "" : "  MISSED");
     return within;
 }
 

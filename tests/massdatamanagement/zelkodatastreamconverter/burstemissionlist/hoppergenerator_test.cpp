@@ -1,7 +1,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <recordingwriter/hoppergenerator.h>
-#include <set>
 
 using namespace zelkorecording;
 
@@ -44,48 +43,29 @@ TEST(BurstListFrame, PayloadLaysOutFieldsThenRecords)
     EXPECT_EQ(frame.frameBytes(ByteOrder::Swapped).left(4).toHex(), QByteArray("fb746572"));
 }
 
-TEST(HopperGenerator, RadiosTakeTurnsAndBurstsStayOnTheirChannels)
+// Where the bursts lie is the estimation-quality table's business: its estimates must meet the
+// generated grids.
+TEST(HopperGenerator, RadiosTakeTurnsAndTimeRunsOn)
 {
     HopperScenario scenario;
-    HopperRadio a;
-    a.radioID = 10;
-    a.segments = {{30e6, 25000, 8, {true, false, true, true, false, false, true, true}},
-                  {31e6, 12500, 4, {}}};
-    a.jitterHz = 500;
-    HopperRadio b = a;
-    b.radioID = 20;
-    scenario.radios = {a, b};
+    HopperRadio radio;
+    radio.segments = {{30e6, 25000, 8, {}}};
+    scenario.radios = {radio, radio};
+    scenario.radios[1].radioID = 20;
     scenario.burstsPerFrame = 300;
     scenario.startTime = 5000000;
     scenario.frameDuration = 50;
     scenario.timeRunsBackwardsAfterFrame = 3;
     HopperGenerator generator(scenario);
     HopperGenerator twin(scenario);
-    std::vector<BurstListFrame> frames;
     for (int i = 0; i < 5; ++i) {
-        frames.push_back(generator.nextFrame());
-        EXPECT_EQ(frames.back().frameBytes(), twin.nextFrame().frameBytes()) << "same seed";
-        EXPECT_EQ(frames.back().radioID, i % 2 ? 20u : 10u);
-        EXPECT_EQ(frames.back().startTime, 5000000u + quint64(i % 3) * 50000u) << "back at 3";
+        BurstListFrame const frame = generator.nextFrame();
+        EXPECT_EQ(frame.frameBytes(), twin.nextFrame().frameBytes()) << "same seed";
+        EXPECT_EQ(frame.radioID, i % 2 ? 20u : 1u);
+        EXPECT_EQ(frame.startTime, 5000000u + quint64(i % 3) * 50000u) << "back at 3";
+        EXPECT_EQ(frame.records.size(), 300u);
+        EXPECT_LE(quint64(frame.records.back().timeOffset) + frame.records.back().length, 50000u);
     }
-    scenario.seed = 2;
-    EXPECT_NE(HopperGenerator(scenario).nextFrame().frameBytes(), frames[0].frameBytes());
-
-    // Bursts lie on used channels within the jitter and inside the frame, in time order.
-    std::vector<double> const channels = a.usedChannelFrequencies();
-    EXPECT_EQ(channels.size(), 5u + 4u);
-    std::set<double> hit;
-    quint32 previous = 0;
-    for (BurstRecord const& record : frames[0].records) {
-        double const f = double(frames[0].centreFrequency) + record.frequencyOffset;
-        auto const nearest = std::lower_bound(channels.begin(), channels.end(), f - 501.0);
-        ASSERT_TRUE(nearest != channels.end() && *nearest <= f + 501.0) << f;
-        hit.insert(*nearest);
-        EXPECT_LE(quint64(record.timeOffset) + record.length, 50000u);
-        EXPECT_GE(record.timeOffset, previous);
-        previous = record.timeOffset;
-    }
-    EXPECT_EQ(hit.size(), channels.size()) << "300 bursts reach all 9 channels";
 }
 
 TEST(HopperGenerator, ChannelUseHasTheAskedOccupancy)
