@@ -67,7 +67,8 @@ TEST(BurstRecordTexts, EachRecordPrintsItsExactForm)
     set.gridEstimation.segments = {segment(30025000.0, 25000.0, 3),
                                    segment(31000000.0, 12500.0, 1)};
 
-    EXPECT_EQ(BurstData(123456789.0, 1.0, 0, 0, 0.f).toString(), "BurstData[123.457M;0;0.001k]");
+    EXPECT_EQ(BurstData(123456789.0, 1234567.0, 0, 0, 0.f).toString(),
+              "BurstData[123.457M;0;1234.57k]");
     EXPECT_EQ(BurstData(10.0, 0.0, 0, 0, 0.f).toString(), "BurstData[1e-05M;0;0k]");
     EXPECT_EQ(FrequencyTimeWindow(99999999.9, 100000000.0, 5, 18446744073709551615ull).toString(),
               "FTW{[99M;100M], [5, 18446744073709551615]}");
@@ -153,6 +154,7 @@ TEST(GridEstimation, FoldsOverSegmentsInOrder)
               (std::vector<double>{1000, 1010, 1020, 3000}));
 
     EXPECT_EQ(HopperFrequencyGridEstimation(100.0, 0.5, 4).getMinChannelSpacing(), 0.0);
+    EXPECT_EQ(HopperFrequencyGridEstimation(100.0, 1.0, 4).getMinChannelSpacing(), 1.0);
     EXPECT_EQ(HopperFrequencyGridEstimation(100.0, 25.0, 1).getMeanChannelSpacing(), 0.0);
 }
 
@@ -238,6 +240,7 @@ TEST(BurstStreams, RoundTripsAndCuts)
         }
     };
     check(twoSegmentRadio());
+    check(RadioBurstData());
     check(BurstData(123456789.125, 12500.0, 18446744073709551615ull, 4294967295u, -99.5f), false);
     check(FrequencyTimeWindow(1.5, 2.5, 3, 18446744073709551615ull), false);
     HopperFrequencySet set;
