@@ -1,11 +1,9 @@
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
-#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <recordingwriter/hoppergenerator.h>
 #include <set>
 #include <support/allocationcounter.h>
@@ -380,37 +378,6 @@ TEST(BurstDumps, UnreadableOrDamagedDumpFilesGiveWhatWasIntact)
     writeAll(dir.filePath("damaged.bin"), damaged);
     EXPECT_TRUE(
         BurstEmissionListConverter::parseBinaryBurstData(dir.filePath("damaged.bin")).empty());
-}
-
-TEST(BurstConverter, SwappedRecordingReadsLikeHostOrder)
-{
-    QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    zelkorecording::HopperScenario const hopper = scenario(12500, 30, 200, 100);
-    std::vector<std::vector<BurstData>> perOrder;
-    for (auto order : {zelkorecording::ByteOrder::Host, zelkorecording::ByteOrder::Swapped}) {
-        QString const path = dir.filePath(order == zelkorecording::ByteOrder::Host ? "h" : "s");
-        {
-            QFile file(path);
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            zelkorecording::RecordingWriter writer(&file);
-            zelkorecording::HopperGenerator generator(hopper);
-            ASSERT_TRUE(generator.writeFrames(writer, 3, order));
-        }
-        zelkodatastreamconverter::FileReader reader(path);
-        BurstEmissionListConverter converter;
-        QByteArray type, bytes;
-        while (reader.isWorking()) {
-            if (reader.readFrame()) {
-                reader.takeFrameData(type, bytes);
-                EXPECT_TRUE(std::get<0>(converter.processFrame(bytes)));
-            }
-        }
-        auto const& held = converter.getDataMap().at(1).bursts;
-        perOrder.emplace_back(held.begin(), held.end());
-    }
-    ASSERT_EQ(perOrder[0].size(), 600u);
-    EXPECT_EQ(perOrder[0], perOrder[1]);
 }
 
 TEST(BurstConverter, SteadyStateFramesDoNotAllocate)
