@@ -6,6 +6,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/hopperfrequencyset.h>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/hopperradiosegmentdata.h>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/radioburstdata.h>
+#include <support/qstringprinter.h>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
 
@@ -69,7 +70,9 @@ TEST(BurstRecordTexts, EachRecordPrintsItsExactForm)
     EXPECT_EQ(BurstData(10.0, 0.0, 0, 0, 0.f).toString(), "BurstData[1e-05M;0;0k]");
     EXPECT_EQ(FrequencyTimeWindow(99999999.9, 100000000.0, 5, 18446744073709551615ull).toString(),
               "FTW{[99M;100M], [5, 18446744073709551615]}");
-    EXPECT_EQ(FrequencyTimeWindow(-5e6, 1e6, 0, 0).toString(), "FTW{[0M;1M], [0, 0]}");
+    // Below zero shows 0; 2^64 MHz and beyond the largest count.
+    EXPECT_EQ(FrequencyTimeWindow(-5e6, 18446744073709551616e6, 0, 0).toString(),
+              "FTW{[0M;18446744073709551615M], [0, 0]}");
     EXPECT_EQ(
         segmentData.toString(),
         "HopperRadioSegmentData[L=-90.5:-70:-71.25:-40;BW=12500;CH=2;(30.025M:3;30.05M:12;)]");
@@ -83,6 +86,23 @@ TEST(BurstRecords, WindowOfBurstSpansBandwidthAndLength)
 {
     EXPECT_EQ(BurstData(1000.0, 25.0, 50, 4294967295u, 0.f).toFTW(),
               FrequencyTimeWindow(987.5, 1012.5, 50, 4294967345ull));
+}
+
+// Round trips compare through equality, so each field must count.
+TEST(BurstRecords, EveryFieldCountsForEquality)
+{
+    BurstData const burst(1, 2, 3, 4, 5.f);
+    for (BurstData const& other :
+         {BurstData(9, 2, 3, 4, 5.f), BurstData(1, 9, 3, 4, 5.f), BurstData(1, 2, 9, 4, 5.f),
+          BurstData(1, 2, 3, 9, 5.f), BurstData(1, 2, 3, 4, 9.f)}) {
+        EXPECT_FALSE(burst == other) << other.toString().toStdString();
+    }
+    FrequencyTimeWindow const window(1, 2, 3, 4);
+    for (FrequencyTimeWindow const& other :
+         {FrequencyTimeWindow(9, 2, 3, 4), FrequencyTimeWindow(1, 9, 3, 4),
+          FrequencyTimeWindow(1, 2, 9, 4), FrequencyTimeWindow(1, 2, 3, 9)}) {
+        EXPECT_FALSE(window == other) << other.toString().toStdString();
+    }
 }
 
 TEST(GridSegment, ChannelArithmeticAndBoundaries)
