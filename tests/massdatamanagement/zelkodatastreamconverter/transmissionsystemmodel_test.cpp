@@ -85,12 +85,12 @@ QDateTime utc(quint64 microseconds)
     return QDateTime::fromMSecsSinceEpoch(qint64(microseconds / 1000), Qt::UTC);
 }
 
-// A frame with no record: time, block name, code.
+// A frame: time, block name, code and record.
 QByteArray frame(quint64 time, QByteArray const& name, quint32 code,
-                 quint32 type = FrameType::TransmissionSystem)
+                 quint32 type = FrameType::TransmissionSystem, QByteArray const& record = {})
 {
     zelkorecording::PayloadBuilder builder;
-    builder.uint64(time).bytes(name.leftJustified(16, '\0', true)).word(code);
+    builder.uint64(time).bytes(name.leftJustified(16, '\0', true)).word(code).bytes(record);
     return zelkorecording::RecordingWriter::frameBytes(type, builder.data());
 }
 
@@ -548,6 +548,36 @@ TEST(TransmissionSystemConverter, RejectedThirdFrameEndsTheConversionAndKeepsThe
         names << block->GetName();
     }
     EXPECT_EQ(names, QStringList({"One", "Two"}));
+}
+
+// Progress is told whenever another 4 MiB are read, and once at the end.
+TEST(TransmissionSystemConverter, ProgressEveryFourMebibytesAndAtTheEnd)
+{
+    QTemporaryDir directory;
+    QString const input = directory.filePath(QStringLiteral("in.zdr"));
+    // Ignored frames of 64 KiB each: the 64th ends exactly at 4 MiB.
+    int const padding = 65536 - frame(BaseTime, "Pad", 13).size();
+    QByteArray const padded =
+        frame(BaseTime, "Pad", 13, FrameType::TransmissionSystem, QByteArray(padding, 'p'));
+    QFile file(input);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 144; ++i) {
+        ASSERT_EQ(file.write(padded), padded.size());
+    }
+    file.close();
+    qint64 const mebibyte = 1 << 20;
+    zelkotest::TraceCapture const endOfFileTraces;
+
+    TransmissionSystemConverter silent; // no callback: nothing to tell
+    silent.convertFile(input, directory.path(), JobSpec::Settings(), 0);
+    TransmissionSystemConverter converter;
+    std::vector<std::pair<qint64, qint64>> told;
+    converter.setProgressCallback(
+        [&told](qint64 done, qint64 total) { told.emplace_back(done, total); });
+    converter.convertFile(input, directory.path(), JobSpec::Settings(), 0);
+    EXPECT_EQ(told, (std::vector<std::pair<qint64, qint64>>{{4 * mebibyte, 9 * mebibyte},
+                                                            {8 * mebibyte, 9 * mebibyte},
+                                                            {9 * mebibyte, 9 * mebibyte}}));
 }
 
 } // namespace
