@@ -1,5 +1,3 @@
-#include "memoryframereader.h"
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -7,6 +5,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
+#include <support/memoryframereader.h>
 #include <support/tracecapture.h>
 
 using zelkodatastreamconverter::FileReader;
