@@ -191,9 +191,9 @@ TEST_F(DecodedTextModelTest, FramesThatAreNoDecodedTextAreRejectedWithoutTrace)
     };
     std::vector<Row> const rows = {
         {"wrong magic", wrongMagic},
-        {"PDU frame",
-         zelkorecording::RecordingWriter::frameBytes(
-             zelkodatastreamconverter::FrameType::TransmissionSystem, textPayload(BaseTime, {}))},
+        {"PDU frame", zelkorecording::RecordingWriter::frameBytes(
+                          zelkodatastreamconverter::FrameType::TransmissionSystem,
+                          decodedTextPayload(BaseTime, {}))},
         {"swapped byte order", swapped},
         {"header only", good.left(24)},
         {"count cut short", good.left(38)},
@@ -209,7 +209,7 @@ TEST_F(DecodedTextModelTest, FramesThatAreNoDecodedTextAreRejectedWithoutTrace)
     ASSERT_TRUE(model.processData(good, nullptr));
     EXPECT_FALSE(model.processData(zelkorecording::RecordingWriter::frameBytes(
                                        zelkodatastreamconverter::FrameType::TransmissionSystem,
-                                       textPayload(BaseTime + 5000000, {})),
+                                       decodedTextPayload(BaseTime + 5000000, {})),
                                    nullptr));
     EXPECT_EQ(model.getCurrentTransmission()->GetStopTime(), timeOf(BaseTime));
     EXPECT_EQ(content(1), QStringLiteral("A"));
