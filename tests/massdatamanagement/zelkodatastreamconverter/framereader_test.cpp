@@ -1,5 +1,8 @@
 #include <QtEndian>
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <massdatamanagement/zelkodatastreamconverter/wordswap.h>
+#include <numeric>
 #include <random>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
@@ -182,6 +185,24 @@ TEST(FrameReader, SwappedFrameIsConvertedWordByWord)
         frames[0].data.toHex(),
         RecordingWriter::frameBytes(FrameType::DecodedText, payload.data(), ByteOrder::Host, extras)
             .toHex());
+}
+
+// Every form of the swap this processor runs, on lengths around the shuffle widths, at an odd
+// address and with guard bytes on both sides: each word reversed, nothing around it touched.
+TEST(WordSwap, EveryFormReversesEachWordAndNothingElse)
+{
+    for (auto const& form : zelkodatastreamconverter::WordSwap::forms()) {
+        for (int words : {0, 1, 3, 4, 5, 7, 8, 9, 17}) {
+            QByteArray data(4 * words + 5, '\0');
+            std::iota(data.begin(), data.end(), char(1));
+            QByteArray expected = data;
+            for (int w = 0; w < words; ++w) {
+                std::reverse(expected.begin() + 1 + 4 * w, expected.begin() + 5 + 4 * w);
+            }
+            form.swap(data.data() + 1, words);
+            EXPECT_EQ(data.toHex(), expected.toHex()) << form.name << ", " << words << " words";
+        }
+    }
 }
 
 // Reader and writer of the test recordings share frameformat.h, so a wrong constant there
