@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <massdatamanagement/zelkodatastreamconverter/framereader.h>
 #include <vector>
 
@@ -62,7 +63,7 @@ private:
 /// hanging it.
 template <typename OnFrame>
 void forEachFrame(zelkodatastreamconverter::FrameReader& reader, OnFrame onFrame,
-                  int maxSteps = 10000000)
+                  int maxSteps = 1000000)
 {
     QByteArray type;
     QByteArray frame;
@@ -87,7 +88,7 @@ void forEachFrame(uint8_t const* data, size_t size, OnFrame onFrame)
             unsigned const choice = (pattern >> 16) % 17;
             return choice == 16 ? missing : std::min(missing, int(choice) + 1);
         });
-    forEachFrame(reader, onFrame);
+    forEachFrame(reader, onFrame, std::numeric_limits<int>::max());
 }
 
 struct Frame
@@ -97,7 +98,7 @@ struct Frame
 };
 
 inline std::vector<Frame> readAllFrames(zelkodatastreamconverter::FrameReader& reader,
-                                        int maxSteps = 10000000)
+                                        int maxSteps = 1000000)
 {
     std::vector<Frame> frames;
     forEachFrame(

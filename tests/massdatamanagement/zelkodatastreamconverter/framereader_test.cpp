@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <massdatamanagement/zelkodatastreamconverter/wordswap.h>
 #include <numeric>
-#include <random>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/memoryframereader.h>
@@ -264,48 +263,6 @@ TEST(FrameReader, ReadDirectReadsRawBytes)
     EXPECT_EQ(out, QByteArray("fgh"));
     reader.readDirect(out, -3);
     EXPECT_TRUE(out.isEmpty());
-}
-
-// Random bytes, random frames with random damage, random cut points: the reader must end,
-// never hand out a frame shorter than a header or longer than the input, and never crash.
-TEST(FrameReader, RandomAndTruncatedInputAlwaysEnds)
-{
-    zelkotest::TraceCapture capture;
-    std::mt19937 random(20261121);
-    for (int round = 0; round < 100; ++round) {
-        QByteArray stream;
-        int const pieces = int(random() % 12);
-        for (int i = 0; i < pieces; ++i) {
-            switch (random() % 5) {
-            case 0:
-                stream += RecordingWriter::garbage(int(random() % 200), random(), true);
-                break;
-            case 1:
-                stream += frame(random() % 400,
-                                RecordingWriter::garbage(int(random() % 300), random(), true),
-                                random() % 2 ? ByteOrder::Host : ByteOrder::Swapped);
-                break;
-            case 2:
-                stream += header(FRAME_MAGIC, random() % 0x5000000, FrameType::DecodedText,
-                                 random() % 2 ? ByteOrder::Host : ByteOrder::Swapped);
-                break;
-            case 3:
-                stream += QByteArray(int(random() % 64), '\0');
-                break;
-            default:
-                stream += header(FRAME_MAGIC, random() % 40, random());
-                break;
-            }
-        }
-        stream.truncate(int(random() % (stream.size() + 1)));
-        MemoryFrameReader reader(stream, 1 + int(random() % 64));
-        auto const frames = readAllFrames(reader, 1000000);
-        EXPECT_FALSE(reader.isWorking()) << "round " << round << " did not end";
-        for (auto const& f : frames) {
-            EXPECT_GE(f.data.size(), FrameHeaderSize);
-            EXPECT_LE(f.data.size(), stream.size());
-        }
-    }
 }
 
 } // namespace

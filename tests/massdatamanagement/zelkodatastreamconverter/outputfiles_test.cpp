@@ -111,38 +111,6 @@ QStringList fileNames(QString const& directory)
     return QDir(directory).entryList(QDir::Files, QDir::Name);
 }
 
-TEST(OutputFileNaming, FilesOfOneSecondGetCountedSuffixes)
-{
-    for (Kind kind : {Kind::Binary, Kind::Text, Kind::Result}) {
-        SCOPED_TRACE(int(kind));
-        QTemporaryDir dir;
-        Clock::Override const clock(LastSecondOfJanuary);
-        RecordLog log;
-        std::unique_ptr<BinaryFile> file = makeFile(kind, &log);
-        file->setDirectory(dir.path());
-        QStringList made;
-        for (int i = 0; i < 4; ++i) {
-            if (i == 3) {
-                Clock::advance(1000); // the next second needs no suffix
-            }
-            QFile* const opened = file->getFile();
-            ASSERT_NE(opened, nullptr);
-            made << QFileInfo(opened->fileName()).fileName();
-            EXPECT_EQ(opened->fileName(), dir.filePath(made.last()));
-            file->closeFile(false);
-        }
-        bool const result = kind == Kind::Result;
-        QStringList expected;
-        for (char const* time :
-             {"20240131_235959", "20240131_235959_0", "20240131_235959_1", "20240201_000000"}) {
-            expected << (result ? "NerikResultData_" : "") + QString(time) +
-                            (result ? ".xml" : ".txt");
-        }
-        EXPECT_EQ(made, expected);
-        EXPECT_EQ(fileNames(dir.path()), expected);
-    }
-}
-
 TEST(OutputFileNaming, HundredNamesAreTriedThenCreationGivesUp)
 {
     struct Case
