@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <climits>
 #include <gtest/gtest.h>
 #include <massdatamanagement/zelkodatastreamconverter/clock.h>
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
@@ -21,7 +20,6 @@
 using namespace decodedtexttest;
 using NerikResultDataXml::NerikResultData;
 using zelkodatastreamconverter::Clock;
-using zelkorecording::ByteOrder;
 using zelkorecording::RecordingWriter;
 
 namespace {
@@ -52,13 +50,6 @@ protected:
         QString const path = m_directory.filePath(name);
         EXPECT_TRUE(writeFile(path, bytes));
         return path;
-    }
-
-    static QByteArray frame(quint64 microseconds, std::vector<Entry> const& entries,
-                            ByteOrder order = ByteOrder::Host)
-    {
-        return RecordingWriter::frameBytes(DecodedTextType,
-                                           decodedTextPayload(microseconds, entries), order);
     }
 
     /// Converts into a new directory; the single result file must be valid.
@@ -127,9 +118,9 @@ TEST_F(DecodedTextConverterTest, SamplesGiveTheGoldenDocuments)
 TEST_F(DecodedTextConverterTest, ForeignFrameEndsTheConversionOnce)
 {
     using namespace ita2;
-    QByteArray const first = frame(BaseTime, onChannel(1, {A, S}));
-    QByteArray const second = frame(BaseTime + 1000000, {{1, E}, {2, T}});
-    QByteArray const after = frame(BaseTime + 3000000, onChannel(1, {I}));
+    QByteArray const first = textFrame(BaseTime, onChannel(1, {A, S}));
+    QByteArray const second = textFrame(BaseTime + 1000000, {{1, E}, {2, T}});
+    QByteArray const after = textFrame(BaseTime + 3000000, onChannel(1, {I}));
     struct Row
     {
         char const* name;
@@ -192,7 +183,7 @@ TEST_F(DecodedTextConverterTest, UnknownAlphabetKeepsTheRawData)
     using namespace ita2;
     std::vector<quint16> const codes = {Figures, T, Letters, H, 0x2400, 0xFFFE};
     QString const input =
-        recording(QStringLiteral("raw.zdr"), {frame(BaseTime, onChannel(5, codes))});
+        recording(QStringLiteral("raw.zdr"), {textFrame(BaseTime, onChannel(5, codes))});
     QString expected;
     for (quint16 const code : codes) {
         expected.append(QChar(code));

@@ -118,7 +118,6 @@ TEST_F(DecodedTextModelTest, EntriesGoToTheBlockOfTheirChannel)
     std::vector<Row> const rows = {
         many,
         {"3, 3, 5, 3", {{3, A}, {3, S}, {5, E}, {3, I}}, {{3, codes({A, S, I})}, {5, codes({E})}}},
-        {"negative and zero", {{-1, A}, {0, S}, {-1, E}}, {{-1, codes({A, E})}, {0, codes({S})}}},
         {"extremes",
          {{INT_MIN, A}, {INT_MAX, S}, {INT_MIN, E}},
          {{INT_MIN, codes({A, E})}, {INT_MAX, codes({S})}}},
@@ -274,8 +273,6 @@ TEST_F(DecodedTextModelTest, SetAlphabet)
         {"empty name, International not offered", "NAVTEX", none, "", false, none, true},
         {"same name leaves changed alone", "RTTY", intl, intl, true, intl, false},
         {"offered alphabet", "BAUDOT", intl, "US-TTY", true, "US-TTY", true},
-        {"NAVTEX code", "NAVTEX", none, "CCIR 476", true, "CCIR 476", true},
-        {"exact case only", "RTTY", intl, "international", false, none, true},
         {"alphabet of another decoder", "RTTY", intl, "CCIR 476", false, none, true},
         {"unknown name", "ITA2", intl, "Klingon", false, none, true},
         {"None again", "RTTY", none, none, true, none, false},
