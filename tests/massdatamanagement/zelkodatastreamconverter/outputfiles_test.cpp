@@ -321,6 +321,44 @@ TEST(OutputFileRecords, ExceptionsOfTheCallbackAreTracedPerModule)
     }
 }
 
+// A copy, constructed or assigned, takes over every setting but no file: it makes a file of
+// its own, and the file of an object assigned over is dropped without being completed.
+TEST(OutputFileCopy, ACopyTakesTheSettingsButNotTheFile)
+{
+    QTemporaryDir dir;
+    Clock::Override const clock(LastSecondOfJanuary);
+    RecordLog log;
+    BinaryFile original(QStringLiteral("Data"), QStringLiteral("BIN"), 5000, &log);
+    original.setDirectory(dir.path());
+    original.setFileName(QStringLiteral("copy_%1%2.bin"));
+    original.setFrequency(2182000.0);
+    original.saveToFile("original");
+    BinaryFile copy(original);
+    RecordLog otherLog;
+    BinaryFile assigned(QStringLiteral("Other"), QStringLiteral("OTH"), 1000, &otherLog);
+    assigned.setDirectory(dir.path());
+    assigned.saveToFile("dropped");
+    assigned = original;
+    for (BinaryFile* file : {&copy, &assigned}) {
+        EXPECT_FALSE(file->isOpen());
+        EXPECT_EQ(file->getMaxFileSize(), 5000);
+        file->saveToFile("copy");
+        file->closeFile(false);
+    }
+    original.closeFile(false);
+    EXPECT_EQ(fileNames(dir.path()),
+              (QStringList{"20240131_235959.txt", "copy_20240131_235959.bin",
+                           "copy_20240131_235959_0.bin", "copy_20240131_235959_1.bin"}));
+    EXPECT_EQ(readAll(dir.filePath(QStringLiteral("copy_20240131_235959.bin"))), "original");
+    EXPECT_EQ(otherLog.entries.size(), 1u); // announced, never completed
+    ASSERT_EQ(log.entries.size(), 6u);
+    for (auto const& entry : log.entries) {
+        EXPECT_EQ(entry.type, QStringLiteral("Data"));
+        EXPECT_EQ(entry.code, QStringLiteral("BIN"));
+        EXPECT_EQ(entry.frequency, 2182000.0);
+    }
+}
+
 TEST(OutputFileReopen, KeptFileStartsOverEmpty)
 {
     for (bool textStream : {false, true}) {
