@@ -1,6 +1,7 @@
 // Output files: naming under the inter-process lock, size split, reopen, records, file-system
 // faults, and unique names chosen by several processes at once.
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -499,6 +500,27 @@ TEST(XmlFileDocument, NameTakenUnseenGoesToTheNextSuffix)
     EXPECT_EQ(QFileInfo(file.getOpenFile()->fileName()).fileName(),
               QStringLiteral("NerikResultData_20240131_235959_0.xml"));
     EXPECT_TRUE(QFileInfo(plain).isSymLink());
+}
+
+// Where the directory takes no staged file (here every staged name this process will use is
+// taken), the document is written in place through the result file.
+TEST(XmlFileDocument, WithoutAStagedFileTheDocumentIsWrittenInPlace)
+{
+    QTemporaryDir dir;
+    Clock::Override const clock(LastSecondOfJanuary);
+    for (int n = 0; n < 100; ++n) {
+        ASSERT_TRUE(QDir(dir.path())
+                        .mkdir(QStringLiteral(".zelko-%1-%2.part")
+                                   .arg(QCoreApplication::applicationPid())
+                                   .arg(n)));
+    }
+    XmlFile file(nullptr);
+    file.setDirectory(dir.path());
+    EXPECT_TRUE(file.writeDocument([](QFile& target) { return target.write("first") == 5; }));
+    QString const path = file.getOpenFile()->fileName();
+    EXPECT_EQ(readAll(path), "first");
+    EXPECT_FALSE(file.writeDocument([](QFile&) { return false; }));
+    EXPECT_TRUE(file.isOpen());
 }
 
 TEST(OutputFileFaults, UnwritableDirectoryDropsWritesUntilAUsableOneIsSet)
