@@ -286,6 +286,9 @@ TEST_F(DecodedTextModelTest, SetAlphabet)
         EXPECT_EQ(fresh->getAlphabet(), row.after);
         EXPECT_EQ(changed, row.changed);
     }
+    DecodedTextModel withoutHandler;
+    bool changed = false;
+    EXPECT_FALSE(withoutHandler.setAlphabet(QStringLiteral("International"), changed));
 }
 
 TEST_F(DecodedTextModelTest, SetDecoderKeepsTheAlphabetOnlyWhenOffered)
@@ -301,6 +304,7 @@ TEST_F(DecodedTextModelTest, SetDecoderKeepsTheAlphabetOnlyWhenOffered)
         {"national alphabet kept", "BAUDOT", "MTK-2", "RTTY", "MTK-2"},
         {"NAVTEX to teleprinter", "NAVTEX", "CCIR 476", "BAUDOT", "None"},
         {"to no decoder", "RTTY", "US-TTY", "NONE", "None"},
+        {"same decoder again", "RTTY", "US-TTY", "RTTY", "US-TTY"},
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
@@ -390,6 +394,7 @@ TEST_F(DecodedTextModelTest, TranslateBlockAfterAnAlphabetChange)
     one->AddUserData(new NerikResultDataXml::UserData(0, 1, QStringLiteral("Comment"), "x"));
 
     ASSERT_TRUE(model.setAlphabet(QStringLiteral("International"), changed));
+    model.translateBlock(nullptr); // nothing to translate
     model.translateCurrentTransmission();
     EXPECT_EQ(one->GetContent(), QStringLiteral("51T"));
     EXPECT_EQ(one->GetContentCode(), QStringLiteral("International"));
