@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <limits>

@@ -84,14 +84,6 @@ TEST_F(FileReaderTest, MissingFileIsNotWorkingWithoutMessage)
     EXPECT_TRUE(capture.messages().isEmpty());
 }
 
-TEST_F(FileReaderTest, DirectoryEndsWithoutFrames)
-{
-    zelkotest::TraceCapture capture;
-    FileReader reader(m_dir.path());
-    EXPECT_TRUE(zelkotest::readAllFrames(reader, 1000).empty());
-    EXPECT_FALSE(reader.isWorking());
-}
-
 TEST_F(FileReaderTest, SeekInsideAFrameResynchronisesSilently)
 {
     QByteArray const payload = PayloadBuilder().word(1).word(2).word(3).data();
