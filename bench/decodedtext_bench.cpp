@@ -18,11 +18,11 @@
 #include <jobspec/settings.h>
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
-#include <recordingwriter/payloadbuilder.h>
+#include <recordingwriter/decodedtextpayload.h>
 #include <recordingwriter/recordingwriter.h>
 #include <string>
+#include <vector>
 
-using zelkorecording::PayloadBuilder;
 using zelkorecording::RecordingWriter;
 
 namespace {
@@ -40,12 +40,12 @@ QByteArray framePayload(quint64 microseconds, int frameIndex)
 {
     static quint16 const text[] = {31, 10, 21, 10, 21, 4,  14, 23, 4,  27, 23, 22, 1, 16,
                                    4,  31, 3,  3,  29, 29, 4,  27, 16, 23, 22, 22, 8, 2};
-    PayloadBuilder payload;
-    payload.uint64(microseconds).word(0).int32(EntriesPerFrame);
+    std::vector<zelkorecording::DecodedTextEntry> entries;
+    entries.reserve(EntriesPerFrame);
     for (int k = 0; k < EntriesPerFrame; ++k) {
-        payload.int32(1 + (k & 1)).halfWords(text[(frameIndex + k / 2) % 28], 0);
+        entries.push_back({1 + (k & 1), text[(frameIndex + k / 2) % 28]});
     }
-    return payload.data();
+    return zelkorecording::decodedTextPayload(microseconds, entries);
 }
 
 qint64 writeRecording(QString const& path, qint64& characters)

@@ -1,16 +1,12 @@
 #include "framereader.h"
 
 #include "moduletrace.h"
+#include "wordswap.h"
 
 #include <QtEndian>
 #include <algorithm>
 #include <array>
 #include <cstring>
-
-#if defined(__GNUC__) && defined(__x86_64__)
-#define ZELKO_X86_DISPATCH 1
-#include <immintrin.h>
-#endif
 
 namespace zelkodatastreamconverter {
 
@@ -25,62 +21,6 @@ ModuleTrace const& moduleTrace()
 // The lowest bytes of the two forms of the magic word, searched for when resynchronising.
 constexpr char NativeMagicFirstByte = char(0x72);
 constexpr char SwappedMagicFirstByte = char(0xFB);
-
-// Byte-swaps each 32-bit word in place: a 64-bit field keeps the order of its halves, two
-// 16-bit fields sharing a word change places. Swapped recordings run through this for every
-// byte, so it uses the widest byte shuffle the processor has.
-void swapWordsPortable(char* data, int words)
-{
-    for (int i = 0; i < words; ++i) {
-        quint32 word;
-        std::memcpy(&word, data + 4 * i, sizeof word);
-        word = qbswap(word);
-        std::memcpy(data + 4 * i, &word, sizeof word);
-    }
-}
-
-#ifdef ZELKO_X86_DISPATCH
-__attribute__((target("avx2"))) void swapWordsAvx2(char* data, int words)
-{
-    __m256i const order = _mm256_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12,
-                                           3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
-    int i = 0;
-    for (; i + 8 <= words; i += 8) {
-        auto* at = reinterpret_cast<__m256i*>(data + 4 * i);
-        _mm256_storeu_si256(at, _mm256_shuffle_epi8(_mm256_loadu_si256(at), order));
-    }
-    swapWordsPortable(data + 4 * i, words - i);
-}
-
-__attribute__((target("ssse3"))) void swapWordsSsse3(char* data, int words)
-{
-    __m128i const order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
-    int i = 0;
-    for (; i + 4 <= words; i += 4) {
-        auto* at = reinterpret_cast<__m128i*>(data + 4 * i);
-        _mm_storeu_si128(at, _mm_shuffle_epi8(_mm_loadu_si128(at), order));
-    }
-    swapWordsPortable(data + 4 * i, words - i);
-}
-
-using SwapWords = void (*)(char*, int);
-
-SwapWords pickSwapWords()
-{
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) {
-        return swapWordsAvx2;
-    }
-    if (__builtin_cpu_supports("ssse3")) {
-        return swapWordsSsse3;
-    }
-    return swapWordsPortable;
-}
-
-SwapWords const swapWords = pickSwapWords();
-#else
-constexpr auto swapWords = swapWordsPortable;
-#endif
 
 // Lower-case hex without prefix, written into the caller's array so that a reused array
 // is not reallocated for every frame.
@@ -227,7 +167,7 @@ bool FrameReader::readHeader()
 void FrameReader::convertFilledWords()
 {
     if (m_convertByteOrder) {
-        swapWords(m_buffer.data(), m_filledSize / 4);
+        WordSwap::swap(m_buffer.data(), m_filledSize / 4);
     }
 }
 

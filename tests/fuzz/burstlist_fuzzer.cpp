@@ -1,11 +1,9 @@
 // Arbitrary bytes as a burst-list recording: then every radio's frequency set, grid and
 // random sample are estimated.
-#include "memoryframereader.h"
-
 #include <algorithm>
-#include <vector>
-
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
+#include <support/memoryframereader.h>
+#include <vector>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
 
@@ -14,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     BurstEmissionListConverter converter;
     converter.seedRandomEngine(1);
     std::vector<unsigned int> radios;
-    zelkofuzz::forEachFrame(data, size, [&](QByteArray const&, QByteArray const& frame) {
+    zelkotest::forEachFrame(data, size, [&](QByteArray const&, QByteArray const& frame) {
         auto const [held, radioID, window] = converter.processFrame(frame);
         if (held) {
             radios.push_back(radioID);

@@ -1,10 +1,9 @@
 // Arbitrary bytes as a burst-list recording drawn as `zelko bursts --plot` draws it: levels,
 // frequencies and times from a recording become colours, histogram bins and pixel positions.
-#include "memoryframereader.h"
-
 #include <QGuiApplication>
 #include <burstplot.h>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
+#include <support/memoryframereader.h>
 #include <vector>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
@@ -23,7 +22,7 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
 {
     BurstEmissionListConverter converter;
-    zelkofuzz::forEachFrame(data, size, [&converter](QByteArray const&, QByteArray const& frame) {
+    zelkotest::forEachFrame(data, size, [&converter](QByteArray const&, QByteArray const& frame) {
         converter.processFrame(frame);
     });
     std::vector<unsigned int> radios;

@@ -1,15 +1,14 @@
 // Arbitrary bytes as a decoded-text recording, translated through a three-shift alphabet and
 // rendered as a result document that must be well-formed.
-#include "memoryframereader.h"
-
 #include <QBuffer>
 #include <QXmlStreamReader>
 #include <alphabetkit/codechandler.h>
-#include <massdatamanagement/zelkodatastreamconverter/decodedtextmodel.h>
 #include <cstdlib>
+#include <massdatamanagement/zelkodatastreamconverter/decodedtextmodel.h>
 #include <memory>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/transmission.h>
+#include <support/memoryframereader.h>
 
 using namespace zelkodatastreamconverter;
 
@@ -37,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
 {
     DecodedTextModel& decoded = model();
     decoded.clear();
-    zelkofuzz::forEachFrame(data, size, [&decoded](QByteArray const&, QByteArray const& frame) {
+    zelkotest::forEachFrame(data, size, [&decoded](QByteArray const&, QByteArray const& frame) {
         decoded.processData(frame, nullptr);
     });
     QBuffer out;
@@ -51,6 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     if (reader.hasError()) {
         std::abort();
     }
-    std::unique_ptr<NerikResultDataXml::Transmission> const taken(decoded.takeCurrentTransmission());
+    std::unique_ptr<NerikResultDataXml::Transmission> const taken(
+        decoded.takeCurrentTransmission());
     return 0;
 }

@@ -1,12 +1,11 @@
 // Arbitrary bytes as a transmission-system recording: every frame through the model (payloads
 // decoded with an alphabet), then re-translated and rendered as a result document.
-#include "memoryframereader.h"
-
 #include <QBuffer>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <memory>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/transmission.h>
+#include <support/memoryframereader.h>
 
 using namespace zelkodatastreamconverter;
 
@@ -32,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
 {
     TransmissionSystemModel& messages = model();
     messages.clear();
-    zelkofuzz::forEachFrame(data, size, [&messages](QByteArray const&, QByteArray const& frame) {
+    zelkotest::forEachFrame(data, size, [&messages](QByteArray const&, QByteArray const& frame) {
         QByteArray copy = frame;
         messages.processData(copy);
     });

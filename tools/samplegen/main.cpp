@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <alphabetkit/codechandler.h>
 #include <functional>
-
+#include <recordingwriter/decodedtextpayload.h>
 #include <recordingwriter/hoppergenerator.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
@@ -19,6 +19,8 @@
 
 using zelkodatastreamconverter::FRAME_MAGIC;
 using zelkorecording::ByteOrder;
+using zelkorecording::DecodedTextEntry;
+using zelkorecording::decodedTextPayload;
 using zelkorecording::PayloadBuilder;
 using zelkorecording::RecordingWriter;
 namespace FrameType = zelkodatastreamconverter::FrameType;
@@ -62,23 +64,6 @@ void writeMixedDamaged(RecordingWriter& out)
     out.writeTruncatedFrame(FrameType::DecodedText, opaquePayload(64, 16), 100);
 }
 
-// One decoded-text frame: the time stamp, then per character the channel and its code.
-struct TextEntry
-{
-    qint32 channel;
-    quint16 code;
-};
-
-QByteArray decodedTextPayload(quint64 microseconds, std::vector<TextEntry> const& entries)
-{
-    PayloadBuilder payload;
-    payload.uint64(microseconds).word(0).int32(qint32(entries.size()));
-    for (TextEntry const& entry : entries) {
-        payload.int32(entry.channel).halfWords(entry.code, 0);
-    }
-    return payload.data();
-}
-
 // Encodes text with an alphabet of the shipped set, as a teleprinter decoder would deliver it.
 QString encode(QString const& alphabetsDirectory, QString const& decoder, QString const& alphabet,
                QString const& text)
@@ -112,7 +97,7 @@ void writeTeleprinterTwoChannels(RecordingWriter& out, QString const& alphabets)
         alphabets, QStringLiteral("RTTY"), QStringLiteral("International"),
         QStringLiteral("ZCZC 0412 URGENT\r\nHAMBURG, 15 MARCH (PRESS) - THE PORT REPORTED 1.234 "
                        "CONTAINERS (+3 PCT) IN WEEK 11.\r\nNNNN\r\n"));
-    std::vector<TextEntry> interleaved;
+    std::vector<DecodedTextEntry> interleaved;
     for (int i = 0; i < std::max(weather.size(), press.size()); ++i) {
         if (i < weather.size()) {
             interleaved.push_back({1, weather[i].unicode()});
@@ -124,7 +109,7 @@ void writeTeleprinterTwoChannels(RecordingWriter& out, QString const& alphabets)
     constexpr int perFrame = 23;
     quint64 time = TextStart;
     for (size_t first = 0; first < interleaved.size(); first += perFrame) {
-        std::vector<TextEntry> const frame(
+        std::vector<DecodedTextEntry> const frame(
             interleaved.begin() + long(first),
             interleaved.begin() + long(std::min(interleaved.size(), first + perFrame)));
         out.writeFrame(FrameType::DecodedText, decodedTextPayload(time, frame));
@@ -143,7 +128,7 @@ void writeNavtex(RecordingWriter& out, QString const& alphabets)
     constexpr int perFrame = 16;
     quint64 time = TextStart + 30ull * 60ull * 1000000ull;
     for (int first = 0; first < codes.size(); first += perFrame) {
-        std::vector<TextEntry> frame;
+        std::vector<DecodedTextEntry> frame;
         for (int i = first; i < std::min(codes.size(), first + perFrame); ++i) {
             frame.push_back({0, codes[i].unicode()});
         }
@@ -204,7 +189,7 @@ bool writeFromCodes(QString const& codesPath, double baud, QString const& output
                             << in.errorString() << '\n';
         return false;
     }
-    std::vector<TextEntry> entries;
+    std::vector<DecodedTextEntry> entries;
     int lineNumber = 0;
     while (!in.atEnd()) {
         QByteArray const line = in.readLine().trimmed();
@@ -234,9 +219,9 @@ bool writeFromCodes(QString const& codesPath, double baud, QString const& output
     constexpr size_t perFrame = 16;
     double const microsecondsPerCode = 7.5 * 1e6 / baud;
     for (size_t first = 0; first < entries.size(); first += perFrame) {
-        std::vector<TextEntry> const frame(entries.begin() + long(first),
-                                           entries.begin() +
-                                               long(std::min(entries.size(), first + perFrame)));
+        std::vector<DecodedTextEntry> const frame(
+            entries.begin() + long(first),
+            entries.begin() + long(std::min(entries.size(), first + perFrame)));
         quint64 const time = TextStart + quint64(double(first) * microsecondsPerCode);
         writer.writeFrame(FrameType::DecodedText, decodedTextPayload(time, frame));
     }

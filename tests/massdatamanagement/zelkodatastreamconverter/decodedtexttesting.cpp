@@ -8,7 +8,6 @@
 #include <memory>
 #include <nerikresultdataxml/datablock.h>
 #include <nerikresultdataxml/transmission.h>
-#include <recordingwriter/payloadbuilder.h>
 
 namespace decodedtexttest {
 
@@ -50,22 +49,11 @@ private:
 
 } // namespace
 
-QByteArray textPayload(quint64 microseconds, std::vector<Entry> const& entries,
-                       std::optional<qint32> claimedCount)
-{
-    zelkorecording::PayloadBuilder payload;
-    payload.uint64(microseconds).word(0).int32(claimedCount.value_or(qint32(entries.size())));
-    for (Entry const& entry : entries) {
-        payload.int32(entry.channel).halfWords(entry.code, 0);
-    }
-    return payload.data();
-}
-
 QByteArray textFrame(quint64 microseconds, std::vector<Entry> const& entries,
                      std::optional<qint32> claimedCount)
 {
     return zelkorecording::RecordingWriter::frameBytes(
-        DecodedTextType, textPayload(microseconds, entries, claimedCount));
+        DecodedTextType, decodedTextPayload(microseconds, entries, claimedCount));
 }
 
 std::vector<Entry> onChannel(qint32 channel, std::vector<quint16> const& codes)

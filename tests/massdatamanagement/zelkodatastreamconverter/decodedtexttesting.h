@@ -9,16 +9,12 @@
 #include <jobspec/settings.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <optional>
-#include <ostream>
+#include <recordingwriter/decodedtextpayload.h>
 #include <recordingwriter/recordingwriter.h>
 #include <reportkit/results.h>
-#include <vector>
 #include <support/qstringprinter.h>
+#include <vector>
 
-inline std::ostream& operator<<(std::ostream& os, QString const& text)
-{
-    return os << text.toStdString();
-}
 namespace decodedtexttest {
 
 /// ITA2 codes as a teleprinter decoder delivers them (first element after the start element
@@ -34,16 +30,9 @@ constexpr quint32 DecodedTextType = zelkodatastreamconverter::FrameType::Decoded
 /// 2024-03-15 10:00:00 UTC in microseconds.
 constexpr quint64 BaseTime = 1710496800ull * 1000000ull;
 
-struct Entry
-{
-    qint32 channel;
-    quint16 code;
-};
+using Entry = zelkorecording::DecodedTextEntry;
+using zelkorecording::decodedTextPayload;
 
-/// The payload of one decoded-text frame; claimedCount, when given, is written as the entry
-/// count instead of the true one.
-QByteArray textPayload(quint64 microseconds, std::vector<Entry> const& entries,
-                       std::optional<qint32> claimedCount = std::nullopt);
 /// The complete frame in host order, as the model receives it from the reader.
 QByteArray textFrame(quint64 microseconds, std::vector<Entry> const& entries,
                      std::optional<qint32> claimedCount = std::nullopt);

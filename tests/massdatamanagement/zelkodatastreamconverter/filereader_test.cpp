@@ -1,5 +1,3 @@
-#include "memoryframereader.h"
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -7,6 +5,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
+#include <support/memoryframereader.h>
 #include <support/tracecapture.h>
 
 using zelkodatastreamconverter::FileReader;
@@ -85,14 +84,6 @@ TEST_F(FileReaderTest, MissingFileIsNotWorkingWithoutMessage)
     EXPECT_TRUE(capture.messages().isEmpty());
 }
 
-TEST_F(FileReaderTest, DirectoryEndsWithoutFrames)
-{
-    zelkotest::TraceCapture capture;
-    FileReader reader(m_dir.path());
-    EXPECT_TRUE(zelkotest::readAllFrames(reader, 1000).empty());
-    EXPECT_FALSE(reader.isWorking());
-}
-
 TEST_F(FileReaderTest, SeekInsideAFrameResynchronisesSilently)
 {
     QByteArray const payload = PayloadBuilder().word(1).word(2).word(3).data();
@@ -126,13 +117,37 @@ TEST_F(FileReaderTest, SeekBackRereadsFromStart)
     EXPECT_FALSE(reader.seek(5)) << "a closed file refuses to seek";
 }
 
-TEST_F(FileReaderTest, CloseTwiceIsHarmless)
+// One stray byte first puts the end of a 256 KiB frame one byte behind the first read-ahead
+// block: the frame is assembled from a resynchronising read, a short read and a one-byte read.
+TEST_F(FileReaderTest, FrameAcrossTheReadAheadBlock)
 {
-    FileReader reader(write(QStringLiteral("c.zdr"), QByteArray(4, 'x')));
-    reader.close();
-    reader.close();
-    EXPECT_FALSE(reader.isWorking());
-    EXPECT_EQ(reader.getPosition(), 0);
+    QByteArray payload(262144 - 24, '\x5A');
+    payload[payload.size() - 1] = '\xAB';
+    QByteArray const big = RecordingWriter::frameBytes(FrameType::DecodedText, payload);
+    QByteArray const small = RecordingWriter::frameBytes(FrameType::Symbols, QByteArray(8, 'x'));
+    FileReader reader(write(QStringLiteral("block.zdr"), QByteArray(1, '\x01') + big + small));
+    QByteArray nothing("x");
+    reader.readDirect(nothing, 0); // asks for no bytes and must not end the file
+    EXPECT_TRUE(nothing.isEmpty());
+    auto const frames = zelkotest::readAllFrames(reader);
+    ASSERT_EQ(frames.size(), 2u);
+    EXPECT_TRUE(frames[0].data == big);
+    EXPECT_EQ(frames[1].data, small);
+}
+
+TEST_F(FileReaderTest, ReadErrorStopsTheReader)
+{
+    // Reading a process's own memory at address 0 fails with an I/O error.
+    QString const path = QStringLiteral("/proc/self/mem");
+    zelkotest::TraceCapture capture;
+    FileReader reader(path);
+    if (!reader.isWorking()) {
+        GTEST_SKIP() << "/proc/self/mem cannot be opened here";
+    }
+    EXPECT_TRUE(zelkotest::readAllFrames(reader).empty());
+    EXPECT_TRUE(reader.fatalError());
+    EXPECT_EQ(capture.messages(),
+              QStringList{QStringLiteral("readBuffer(%1): error (1)").arg(path)});
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Output files: naming under the inter-process lock, size split, reopen, records, file-system
 // faults, and unique names chosen by several processes at once.
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -21,15 +22,12 @@
 #include <massdatamanagement/zelkodatastreamconverter/xmlfile.h>
 #include <memory>
 #include <reportkit/rgexception.h>
+#include <support/qstringprinter.h>
+#include <support/scopedenvironment.h>
 #include <support/tracecapture.h>
 #include <sys/mount.h>
 #include <unistd.h>
-#include <support/qstringprinter.h>
 
-inline std::ostream& operator<<(std::ostream& os, QString const& text)
-{
-    return os << text.toStdString();
-}
 using namespace zelkodatastreamconverter;
 
 namespace {
@@ -114,52 +112,6 @@ QStringList fileNames(QString const& directory)
     return QDir(directory).entryList(QDir::Files, QDir::Name);
 }
 
-/// Points QDir::tempPath() (and with it the lock file) elsewhere while it lives. An empty
-/// TMPDIR afterwards means the default, like an unset one.
-struct TemporaryDirectoryOverride
-{
-    QByteArray const previous = qgetenv("TMPDIR");
-    explicit TemporaryDirectoryOverride(QString const& path)
-    {
-        qputenv("TMPDIR", path.toLocal8Bit());
-    }
-    ~TemporaryDirectoryOverride() { qputenv("TMPDIR", previous); }
-};
-
-// ---- Names --------------------------------------------------------------------------------
-
-TEST(OutputFileNaming, FilesOfOneSecondGetCountedSuffixes)
-{
-    for (Kind kind : {Kind::Binary, Kind::Text, Kind::Result}) {
-        SCOPED_TRACE(int(kind));
-        QTemporaryDir dir;
-        Clock::Override const clock(LastSecondOfJanuary);
-        RecordLog log;
-        std::unique_ptr<BinaryFile> file = makeFile(kind, &log);
-        file->setDirectory(dir.path());
-        QStringList made;
-        for (int i = 0; i < 4; ++i) {
-            if (i == 3) {
-                Clock::advance(1000); // the next second needs no suffix
-            }
-            QFile* const opened = file->getFile();
-            ASSERT_NE(opened, nullptr);
-            made << QFileInfo(opened->fileName()).fileName();
-            EXPECT_EQ(opened->fileName(), dir.filePath(made.last()));
-            file->closeFile(false);
-        }
-        bool const result = kind == Kind::Result;
-        QStringList expected;
-        for (char const* time :
-             {"20240131_235959", "20240131_235959_0", "20240131_235959_1", "20240201_000000"}) {
-            expected << (result ? "NerikResultData_" : "") + QString(time) +
-                            (result ? ".xml" : ".txt");
-        }
-        EXPECT_EQ(made, expected);
-        EXPECT_EQ(fileNames(dir.path()), expected);
-    }
-}
-
 TEST(OutputFileNaming, HundredNamesAreTriedThenCreationGivesUp)
 {
     struct Case
@@ -218,8 +170,6 @@ TEST(OutputFileNaming, FrequencyText)
     }
 }
 
-// ---- Size limit ---------------------------------------------------------------------------
-
 TEST(OutputFileSplit, FileIsCompletedAfterTheWriteThatPassesTheLimit)
 {
     // countedByCaller: written into getFile() and counted with addFileSize(); openSize -1: no
@@ -277,18 +227,14 @@ TEST(OutputFileSplit, FileIsCompletedAfterTheWriteThatPassesTheLimit)
 
 TEST(OutputFileSplit, OnlyTheSetterClampsTheLimit)
 {
-    std::pair<int, int> const cases[] = {{10, 1000},   {-5, 1000},   {999, 1000},
-                                         {1000, 1000}, {1001, 1001}, {0x7fffffff, 0x7fffffff}};
-    for (auto const& c : cases) {
+    for (auto const& [set, expected] : {std::pair{-5, 1000}, {999, 1000}, {1001, 1001}}) {
         BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 5, nullptr);
-        file.setMaxFileSize(c.first);
-        EXPECT_EQ(file.getMaxFileSize(), c.second) << c.first;
-        EXPECT_EQ(makeFile(Kind::Binary, nullptr, c.first)->getMaxFileSize(), c.first);
+        file.setMaxFileSize(set);
+        EXPECT_EQ(file.getMaxFileSize(), expected) << set;
+        EXPECT_EQ(makeFile(Kind::Binary, nullptr, set)->getMaxFileSize(), set);
     }
     EXPECT_EQ(XmlFile(nullptr).getMaxFileSize(), 0);
 }
-
-// ---- Records ------------------------------------------------------------------------------
 
 TEST(OutputFileRecords, OpenAndCompletedRecordsOfEachKind)
 {
@@ -376,7 +322,43 @@ TEST(OutputFileRecords, ExceptionsOfTheCallbackAreTracedPerModule)
     }
 }
 
-// ---- Reopen -------------------------------------------------------------------------------
+// A copy, constructed or assigned, takes over every setting but no file: it makes a file of
+// its own, and the file of an object assigned over is dropped without being completed.
+TEST(OutputFileCopy, ACopyTakesTheSettingsButNotTheFile)
+{
+    QTemporaryDir dir;
+    Clock::Override const clock(LastSecondOfJanuary);
+    RecordLog log;
+    BinaryFile original(QStringLiteral("Data"), QStringLiteral("BIN"), 5000, &log);
+    original.setDirectory(dir.path());
+    original.setFileName(QStringLiteral("copy_%1%2.bin"));
+    original.setFrequency(2182000.0);
+    original.saveToFile("original");
+    BinaryFile copy(original);
+    RecordLog otherLog;
+    BinaryFile assigned(QStringLiteral("Other"), QStringLiteral("OTH"), 1000, &otherLog);
+    assigned.setDirectory(dir.path());
+    assigned.saveToFile("dropped");
+    assigned = original;
+    for (BinaryFile* file : {&copy, &assigned}) {
+        EXPECT_FALSE(file->isOpen());
+        EXPECT_EQ(file->getMaxFileSize(), 5000);
+        file->saveToFile("copy");
+        file->closeFile(false);
+    }
+    original.closeFile(false);
+    EXPECT_EQ(fileNames(dir.path()),
+              (QStringList{"20240131_235959.txt", "copy_20240131_235959.bin",
+                           "copy_20240131_235959_0.bin", "copy_20240131_235959_1.bin"}));
+    EXPECT_EQ(readAll(dir.filePath(QStringLiteral("copy_20240131_235959.bin"))), "original");
+    EXPECT_EQ(otherLog.entries.size(), 1u); // announced, never completed
+    ASSERT_EQ(log.entries.size(), 6u);
+    for (auto const& entry : log.entries) {
+        EXPECT_EQ(entry.type, QStringLiteral("Data"));
+        EXPECT_EQ(entry.code, QStringLiteral("BIN"));
+        EXPECT_EQ(entry.frequency, 2182000.0);
+    }
+}
 
 TEST(OutputFileReopen, KeptFileStartsOverEmpty)
 {
@@ -435,8 +417,6 @@ TEST(OutputFileReopen, FileThatWillNotReopenIsReplacedByANewOne)
     EXPECT_EQ(readAll(replacement), "second");
 }
 
-// ---- Pending changes of result files ------------------------------------------------------
-
 TEST(XmlFilePendingChanges, FirstChangeFixesTheDueTime)
 {
     // Steps at a second after noon: S delay (setPendingChanges(int)), A due (the same with a due
@@ -481,8 +461,6 @@ TEST(XmlFilePendingChanges, FirstChangeFixesTheDueTime)
     }
 }
 
-// ---- File-system faults -------------------------------------------------------------------
-
 // A document whose writing fails (a full disk, a writer error) leaves the previous document
 // as it was, and a first document that fails makes no file at all; no staged file stays.
 TEST(XmlFileDocument, FailedWriteKeepsThePreviousDocument)
@@ -524,6 +502,27 @@ TEST(XmlFileDocument, NameTakenUnseenGoesToTheNextSuffix)
     EXPECT_TRUE(QFileInfo(plain).isSymLink());
 }
 
+// Where the directory takes no staged file (here every staged name this process will use is
+// taken), the document is written in place through the result file.
+TEST(XmlFileDocument, WithoutAStagedFileTheDocumentIsWrittenInPlace)
+{
+    QTemporaryDir dir;
+    Clock::Override const clock(LastSecondOfJanuary);
+    for (int n = 0; n < 100; ++n) {
+        ASSERT_TRUE(QDir(dir.path())
+                        .mkdir(QStringLiteral(".zelko-%1-%2.part")
+                                   .arg(QCoreApplication::applicationPid())
+                                   .arg(n)));
+    }
+    XmlFile file(nullptr);
+    file.setDirectory(dir.path());
+    EXPECT_TRUE(file.writeDocument([](QFile& target) { return target.write("first") == 5; }));
+    QString const path = file.getOpenFile()->fileName();
+    EXPECT_EQ(readAll(path), "first");
+    EXPECT_FALSE(file.writeDocument([](QFile&) { return false; }));
+    EXPECT_TRUE(file.isOpen());
+}
+
 TEST(OutputFileFaults, UnwritableDirectoryDropsWritesUntilAUsableOneIsSet)
 {
     QTemporaryDir dir;
@@ -552,33 +551,30 @@ TEST(OutputFileFaults, UnwritableDirectoryDropsWritesUntilAUsableOneIsSet)
     EXPECT_EQ(readAll(list.getResults().GetBinary()[0].GetURL()), "kept");
 }
 
+// The lock is held by another process that does not let go: after a second's wait the file
+// is created all the same.
 TEST(OutputFileFaults, FileIsCreatedEvenWithoutTheLock)
 {
-    // Either a directory stands where the lock file belongs, or the lock is held elsewhere.
-    for (bool holdLock : {false, true}) {
-        SCOPED_TRACE(holdLock ? "lock held elsewhere" : "lock path taken by a directory");
-        QTemporaryDir dir;
-        QTemporaryDir privateTemp; // keeps other tests' lock out of this
-        QString const lockPath = privateTemp.filePath(QStringLiteral("zelkodatastreamlock.tmp"));
-        TemporaryDirectoryOverride const temp(privateTemp.path());
-        QLockFile other(lockPath);
-        ASSERT_TRUE(holdLock ? other.tryLock(0) : QDir().mkdir(lockPath));
-        zelkotest::TraceCapture capture(0x20);
-        FileInfoList list;
-        BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 1000, &list);
-        file.setDirectory(dir.path());
-        QElapsedTimer timer;
-        timer.start();
-        file.saveToFile("written");
-        EXPECT_GE(timer.elapsed(), 900); // the full second was waited for
-        EXPECT_LT(timer.elapsed(), 5000);
-        EXPECT_EQ(capture.messages(),
-                  QStringList{QStringLiteral("createFile: cannot etablish lock %1")
-                                  .arg(QDir::tempPath() + "/zelkodatastreamlock.tmp")});
-        file.closeFile(false);
-        ASSERT_EQ(list.getResults().GetBinary().size(), 1u);
-        EXPECT_EQ(readAll(list.getResults().GetBinary()[0].GetURL()), "written");
-    }
+    QTemporaryDir dir;
+    QTemporaryDir privateTemp; // keeps other tests' lock out of this
+    zelkotest::ScopedEnvironment const temp("TMPDIR", privateTemp.path());
+    QLockFile other(privateTemp.filePath(QStringLiteral("zelkodatastreamlock.tmp")));
+    ASSERT_TRUE(other.tryLock(0));
+    zelkotest::TraceCapture capture(0x20);
+    FileInfoList list;
+    BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 1000, &list);
+    file.setDirectory(dir.path());
+    QElapsedTimer timer;
+    timer.start();
+    file.saveToFile("written");
+    EXPECT_GE(timer.elapsed(), 900); // the full second was waited for
+    EXPECT_LT(timer.elapsed(), 5000);
+    EXPECT_EQ(capture.messages(),
+              QStringList{QStringLiteral("createFile: cannot etablish lock %1")
+                              .arg(QDir::tempPath() + "/zelkodatastreamlock.tmp")});
+    file.closeFile(false);
+    ASSERT_EQ(list.getResults().GetBinary().size(), 1u);
+    EXPECT_EQ(readAll(list.getResults().GetBinary()[0].GetURL()), "written");
 }
 
 TEST(OutputFileFaults, FullFileSystemKeepsEveryRecordAndWhatWasWritten)
@@ -620,14 +616,15 @@ TEST(OutputFileFaults, FullFileSystemKeepsEveryRecordAndWhatWasWritten)
         QStringList const messages = capture.messages();
         EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [&](QString const& m) {
             return m.startsWith(c.message);
-        })) << messages.join(QLatin1Char('\n'));
+        })) << qPrintable(messages.join(QLatin1Char('\n')));
 
         // Every file that exists is listed once, completed; nothing listed is missing.
         QStringList const onDisk = fileNames(dir.path());
         auto const& binary = list.getResults().GetBinary();
         QSet<QString> listed;
         for (auto const& record : binary) {
-            EXPECT_TRUE(record.GetMetadata().GetStopTime().isValid()) << record.GetURL();
+            EXPECT_TRUE(record.GetMetadata().GetStopTime().isValid())
+                << qPrintable(record.GetURL());
             listed.insert(QFileInfo(record.GetURL()).fileName());
         }
         EXPECT_EQ(int(binary.size()), onDisk.size());
@@ -697,7 +694,7 @@ TEST(OutputFileProcesses, ConcurrentProcessesNeverShareAName)
     qputenv("ZELKO_OUTPUTFILES_CHILD", dir.path().toLocal8Bit());
     qputenv("ZELKO_OUTPUTFILES_START",
             QByteArray::number(QDateTime::currentMSecsSinceEpoch() + 400));
-    TemporaryDirectoryOverride const temp(sharedTemp.path());
+    zelkotest::ScopedEnvironment const temp("TMPDIR", sharedTemp.path());
     std::vector<FILE*> children;
     for (int i = 0; i < ChildCount; ++i) {
         children.push_back(::popen(("exec '" + self + "'").toLocal8Bit().constData(), "r"));
@@ -717,7 +714,7 @@ TEST(OutputFileProcesses, ConcurrentProcessesNeverShareAName)
             ASSERT_EQ(fields.size(), 3) << line;
             EXPECT_EQ(fields[1], QStringLiteral("1")) << "record not completed: " << line;
             QString const name = QFileInfo(fields[2]).fileName();
-            EXPECT_EQ(makerOf.count(name), 0u) << "listed twice: " << name;
+            EXPECT_EQ(makerOf.count(name), 0u) << "listed twice: " << qPrintable(name);
             makerOf[name] = fields[0];
             ++records;
         }
@@ -736,10 +733,11 @@ TEST(OutputFileProcesses, ConcurrentProcessesNeverShareAName)
     expected.sort();
     EXPECT_EQ(fileNames(dir.path()), expected);
     for (QString const& name : expected) {
-        ASSERT_EQ(makerOf.count(name), 1u) << name;
+        ASSERT_EQ(makerOf.count(name), 1u) << qPrintable(name);
         QByteArray const content = readAll(dir.filePath(name));
         EXPECT_TRUE(content.startsWith(makerOf[name].toLatin1() + ':'))
-            << name << " holds " << content.constData() << ", listed by " << makerOf[name];
+            << qPrintable(name) << " holds " << content.constData() << ", listed by "
+            << qPrintable(makerOf[name]);
     }
 }
 
