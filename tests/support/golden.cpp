@@ -7,6 +7,12 @@
 
 namespace zelkotest {
 
+QByteArray readFile(QString const& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QString compareWithGolden(QByteArray const& actual, QString const& relativePath)
 {
     QString const path = QStringLiteral(ZELKO_GOLDEN_DIR "/") + relativePath;

@@ -11,4 +11,7 @@ namespace zelkotest {
 /// otherwise a description of the first difference.
 QString compareWithGolden(QByteArray const& actual, QString const& relativePath);
 
+/// The whole file; empty when it cannot be read.
+QByteArray readFile(QString const& path);
+
 } // namespace zelkotest

@@ -122,12 +122,6 @@ bool writeFile(QString const& path, QByteArray const& bytes)
            file.write(bytes) == bytes.size();
 }
 
-QByteArray readFile(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QString samplePath(QString const& name)
 {
     return QStringLiteral(ZELKO_SOURCE_DIR "/data/samples/") + name;

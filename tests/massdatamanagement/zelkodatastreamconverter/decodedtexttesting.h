@@ -1,5 +1,7 @@
 #pragma once
 
+#include <support/golden.h>
+
 // Helpers of the decoded-text tests: frames and recordings of frame type 64, job settings
 // that name a decoder and an alphabet, and a conversion that collects what it wrote.
 
@@ -62,7 +64,7 @@ QString contentOf(NerikResultDataXml::NerikResultData const& document, int chann
 
 /// Writes bytes to a file; false when it cannot.
 bool writeFile(QString const& path, QByteArray const& bytes);
-QByteArray readFile(QString const& path);
+using zelkotest::readFile;
 QString samplePath(QString const& name);
 
 /// The plain text of the sample recordings, as their generator encoded it.

@@ -13,10 +13,10 @@
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/nerikresultdataexception.h>
 #include <reportkit/rgexception.h>
+#include <support/qstringprinter.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
 #include <vector>
-#include <support/qstringprinter.h>
 
 inline std::ostream& operator<<(std::ostream& os, QString const& text)
 {

@@ -22,6 +22,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/xmlfile.h>
 #include <memory>
 #include <reportkit/rgexception.h>
+#include <support/golden.h>
 #include <support/qstringprinter.h>
 #include <support/scopedenvironment.h>
 #include <support/tracecapture.h>
@@ -101,12 +102,6 @@ std::unique_ptr<BinaryFile> makeFile(Kind kind, FileInfoCallback* callback, int 
     return std::make_unique<XmlFile>(callback);
 }
 
-QByteArray readAll(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
-
 QStringList fileNames(QString const& directory)
 {
     return QDir(directory).entryList(QDir::Files, QDir::Name);
@@ -147,11 +142,11 @@ TEST(OutputFileNaming, HundredNamesAreTriedThenCreationGivesUp)
             EXPECT_EQ(capture.messages(),
                       QStringList{QStringLiteral("createFile: cannot create %1").arg(last)});
             EXPECT_TRUE(list.getResults().IsEmpty());
-            EXPECT_EQ(readAll(last), "taken");
+            EXPECT_EQ(zelkotest::readFile(last), "taken");
             EXPECT_FALSE(file.isOpen());
         } else {
             EXPECT_TRUE(capture.messages().filter(QStringLiteral("cannot create")).isEmpty());
-            EXPECT_EQ(readAll(dir.filePath(c.expectedName)), "payload");
+            EXPECT_EQ(zelkotest::readFile(dir.filePath(c.expectedName)), "payload");
             ASSERT_EQ(list.getResults().GetBinary().size(), 1u);
             EXPECT_EQ(list.getResults().GetBinary()[0].GetURL(), dir.filePath(c.expectedName));
         }
@@ -220,7 +215,8 @@ TEST(OutputFileSplit, FileIsCompletedAfterTheWriteThatPassesTheLimit)
         EXPECT_EQ(log.entries.size() - completed.size(), size_t(fileNames(dir.path()).size()));
         if (completed == std::vector<int>{1200}) {
             // The split never cuts a write: the first file holds the first two writes whole.
-            EXPECT_EQ(readAll(log.completed()[0].url), QByteArray(600, 'a') + QByteArray(600, 'b'));
+            EXPECT_EQ(zelkotest::readFile(log.completed()[0].url),
+                      QByteArray(600, 'a') + QByteArray(600, 'b'));
         }
     }
 }
@@ -350,7 +346,8 @@ TEST(OutputFileCopy, ACopyTakesTheSettingsButNotTheFile)
     EXPECT_EQ(fileNames(dir.path()),
               (QStringList{"20240131_235959.txt", "copy_20240131_235959.bin",
                            "copy_20240131_235959_0.bin", "copy_20240131_235959_1.bin"}));
-    EXPECT_EQ(readAll(dir.filePath(QStringLiteral("copy_20240131_235959.bin"))), "original");
+    EXPECT_EQ(zelkotest::readFile(dir.filePath(QStringLiteral("copy_20240131_235959.bin"))),
+              "original");
     EXPECT_EQ(otherLog.entries.size(), 1u); // announced, never completed
     ASSERT_EQ(log.entries.size(), 6u);
     for (auto const& entry : log.entries) {
@@ -382,12 +379,12 @@ TEST(OutputFileReopen, KeptFileStartsOverEmpty)
         file.closeFile(true);
         EXPECT_TRUE(file.isOpen());
         EXPECT_FALSE(file.getOpenFile()->isOpen());
-        EXPECT_EQ(readAll(path), "first\n"); // the stream was flushed on close
+        EXPECT_EQ(zelkotest::readFile(path), "first\n"); // the stream was flushed on close
         EXPECT_EQ(file.getCurrentSize(), 0);
         write("second\n");
         EXPECT_EQ(file.getOpenFile()->fileName(), path);
         file.closeFile(false);
-        EXPECT_EQ(readAll(path), "second\n");
+        EXPECT_EQ(zelkotest::readFile(path), "second\n");
         EXPECT_EQ(log.entries.size(), 2u); // reopening sends no record
         EXPECT_EQ(fileNames(dir.path()).size(), 1);
     }
@@ -414,7 +411,7 @@ TEST(OutputFileReopen, FileThatWillNotReopenIsReplacedByANewOne)
     EXPECT_EQ(capture.messages(),
               QStringList{QStringLiteral("getFile: cannot reopen %1").arg(path)});
     file.closeFile(false);
-    EXPECT_EQ(readAll(replacement), "second");
+    EXPECT_EQ(zelkotest::readFile(replacement), "second");
 }
 
 TEST(XmlFilePendingChanges, FirstChangeFixesTheDueTime)
@@ -480,7 +477,7 @@ TEST(XmlFileDocument, FailedWriteKeepsThePreviousDocument)
     QString const path = file.getOpenFile()->fileName();
     EXPECT_TRUE(file.writeDocument(writer("second", true)));
     EXPECT_FALSE(file.writeDocument(writer("cut", false)));
-    EXPECT_EQ(readAll(path), "second");
+    EXPECT_EQ(zelkotest::readFile(path), "second");
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
               QStringList{QFileInfo(path).fileName()});
     EXPECT_EQ(log.entries.size(), 1u); // reported once, when the name appeared
@@ -518,7 +515,7 @@ TEST(XmlFileDocument, WithoutAStagedFileTheDocumentIsWrittenInPlace)
     file.setDirectory(dir.path());
     EXPECT_TRUE(file.writeDocument([](QFile& target) { return target.write("first") == 5; }));
     QString const path = file.getOpenFile()->fileName();
-    EXPECT_EQ(readAll(path), "first");
+    EXPECT_EQ(zelkotest::readFile(path), "first");
     EXPECT_FALSE(file.writeDocument([](QFile&) { return false; }));
     EXPECT_TRUE(file.isOpen());
 }
@@ -548,7 +545,7 @@ TEST(OutputFileFaults, UnwritableDirectoryDropsWritesUntilAUsableOneIsSet)
     file.saveToFile("kept");
     file.closeFile(false);
     ASSERT_EQ(list.getResults().GetBinary().size(), 1u);
-    EXPECT_EQ(readAll(list.getResults().GetBinary()[0].GetURL()), "kept");
+    EXPECT_EQ(zelkotest::readFile(list.getResults().GetBinary()[0].GetURL()), "kept");
 }
 
 // The lock is held by another process that does not let go: after a second's wait the file
@@ -574,7 +571,7 @@ TEST(OutputFileFaults, FileIsCreatedEvenWithoutTheLock)
                               .arg(QDir::tempPath() + "/zelkodatastreamlock.tmp")});
     file.closeFile(false);
     ASSERT_EQ(list.getResults().GetBinary().size(), 1u);
-    EXPECT_EQ(readAll(list.getResults().GetBinary()[0].GetURL()), "written");
+    EXPECT_EQ(zelkotest::readFile(list.getResults().GetBinary()[0].GetURL()), "written");
 }
 
 TEST(OutputFileFaults, FullFileSystemKeepsEveryRecordAndWhatWasWritten)
@@ -631,7 +628,8 @@ TEST(OutputFileFaults, FullFileSystemKeepsEveryRecordAndWhatWasWritten)
         EXPECT_EQ(listed, QSet<QString>(onDisk.begin(), onDisk.end()));
         // Files completed before the fault hold both of their writes.
         ASSERT_FALSE(binary.empty());
-        EXPECT_EQ(readAll(binary.front().GetURL()), QByteArray(600, 'a') + QByteArray(600, 'b'));
+        EXPECT_EQ(zelkotest::readFile(binary.front().GetURL()),
+                  QByteArray(600, 'a') + QByteArray(600, 'b'));
     }
 }
 
@@ -734,7 +732,7 @@ TEST(OutputFileProcesses, ConcurrentProcessesNeverShareAName)
     EXPECT_EQ(fileNames(dir.path()), expected);
     for (QString const& name : expected) {
         ASSERT_EQ(makerOf.count(name), 1u) << qPrintable(name);
-        QByteArray const content = readAll(dir.filePath(name));
+        QByteArray const content = zelkotest::readFile(dir.filePath(name));
         EXPECT_TRUE(content.startsWith(makerOf[name].toLatin1() + ':'))
             << qPrintable(name) << " holds " << content.constData() << ", listed by "
             << qPrintable(makerOf[name]);

@@ -22,10 +22,10 @@
 #include <reportkit/ffmsettings.h>
 #include <reportkit/tunersettings.h>
 #include <support/golden.h>
+#include <support/qstringprinter.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
 #include <vector>
-#include <support/qstringprinter.h>
 
 inline std::ostream& operator<<(std::ostream& os, QString const& text)
 {

@@ -43,12 +43,6 @@ private:
     QString m_previous;
 };
 
-QByteArray readAll(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Converts a sample; the single result document, validated against the schema. A whole
 // recording has no frame to refuse, not even at its end.
 QByteArray convertSample(QString const& sample)
@@ -72,7 +66,7 @@ QByteArray convertSample(QString const& sample)
     QString const path = QDir(output.path()).filePath(files.front());
     EXPECT_EQ(zelkotest::validateXmlFile(path, QStringLiteral("nerikresultdata.xsd")), QString())
         << sample.toStdString();
-    return readAll(path);
+    return zelkotest::readFile(path);
 }
 
 class SampleDocument : public ::testing::TestWithParam<char const*>

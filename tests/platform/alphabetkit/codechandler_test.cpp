@@ -8,6 +8,7 @@
 #include <alphabetkit/codetranslator.h>
 #include <gtest/gtest.h>
 #include <initializer_list>
+#include <support/golden.h>
 #include <support/tracecapture.h>
 
 using namespace AlphabetKit;
@@ -39,13 +40,6 @@ void writeFile(QString const& path, QByteArray const& bytes)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(bytes);
-}
-
-QByteArray readFile(QString const& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
 }
 
 } // namespace
@@ -80,8 +74,8 @@ TEST(AlphabetCatalog, InternationalMatchesTheIta2ReferenceTable)
         {"NUL", CodeEntry::Nothing}, {"FIGS", CodeEntry::Shift}, {"LTRS", CodeEntry::Shift}};
     int rows = 0;
     for (QString const& line :
-         QString::fromUtf8(
-             readFile(QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/alphabetkit/ita2.csv")))
+         QString::fromUtf8(zelkotest::readFile(
+                               QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/alphabetkit/ita2.csv")))
              .split('\n')) {
         QStringList const fields = line.split(';'); // code;letters;figures
         if (fields.size() != 3 || line.startsWith('#')) {
@@ -371,7 +365,7 @@ TEST(CodecHandler, BadFilesAreSkippedWithTheirErrors)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
-    QByteArray const ita2 = readFile(dataDir + "/International.alphabet");
+    QByteArray const ita2 = zelkotest::readFile(dataDir + "/International.alphabet");
     writeFile(dir.filePath("a-good.alphabet"), ita2);
     writeFile(dir.filePath("b-copy.alphabet"), ita2); // same name again
     writeFile(dir.filePath("c-truncated.alphabet"), ita2.left(ita2.indexOf("[figures]")));

@@ -7,6 +7,7 @@
 #include <recordingwriter/hoppergenerator.h>
 #include <set>
 #include <support/allocationcounter.h>
+#include <support/golden.h>
 #include <support/rowname.h>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
@@ -67,12 +68,6 @@ void writeAll(QString const& path, QByteArray const& bytes)
 void setWord(QByteArray& bytes, int word, quint32 value)
 {
     std::memcpy(bytes.data() + 4 * word, &value, 4);
-}
-
-QByteArray readAll(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -332,15 +327,15 @@ TEST(BurstDumps, FilesMirrorInputAndResults)
                                       BurstData(100002000, 3000, 1000, 1, -60.f)}));
     EXPECT_EQ(bursts[1].second, (std::vector<BurstData>{BurstData(1e8, 2000, 6000, 7, -55.f)}));
 
-    EXPECT_EQ(readAll(dir.filePath("bursts.txt")),
+    EXPECT_EQ(zelkotest::readFile(dir.filePath("bursts.txt")),
               QByteArray("9;2\nBurstData[99.995M;3;1k]\nBurstData[100.002M;1;3k]\n\n\n"
                          "9;1\nBurstData[100M;7;2k]\n\n\n"));
-    EXPECT_EQ(readAll(dir.filePath("ftw.txt")),
+    EXPECT_EQ(zelkotest::readFile(dir.filePath("ftw.txt")),
               QByteArray("9;3\nFTW{[100M;100M], [1000, 1001]}\nFTW{[99M;100M], [6000, 6007]}\n"
                          "FTW{[99M;99M], [1010, 1013]}\n\n\n77;0\n\n\n"))
         << "ascending level: -60, -55, -50 dBm";
-    EXPECT_TRUE(readAll(dir.filePath("old.txt")).isEmpty());
-    QByteArray const grid = readAll(dir.filePath("grid.txt"));
+    EXPECT_TRUE(zelkotest::readFile(dir.filePath("old.txt")).isEmpty());
+    QByteArray const grid = zelkotest::readFile(dir.filePath("grid.txt"));
     EXPECT_TRUE(grid.startsWith("9;HopperFrequencySet[3;")) << grid.constData();
     EXPECT_TRUE(grid.endsWith("]\n\n")) << grid.constData();
 }
@@ -360,8 +355,8 @@ TEST(BurstDumps, UnreadableOrDamagedDumpFilesGiveWhatWasIntact)
             converter.processFrame(frame(2, quint64(i) * 1000, 1, levels(4)).frameBytes());
         }
     }
-    QByteArray const frames = readAll(dir.filePath("frames.bin"));
-    QByteArray const bursts = readAll(dir.filePath("bursts.bin"));
+    QByteArray const frames = zelkotest::readFile(dir.filePath("frames.bin"));
+    QByteArray const bursts = zelkotest::readFile(dir.filePath("bursts.bin"));
     // Every cut keeps the whole entries before it (three of equal size).
     auto const entriesAfterCut = [&dir](QByteArray const& bytes, auto parse) {
         for (int cut = 0; cut <= bytes.size(); cut += 5) {
