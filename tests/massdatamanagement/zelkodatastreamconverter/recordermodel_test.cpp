@@ -28,6 +28,7 @@
 #include <support/rowname.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
+#include <sys/mount.h>
 #include <vector>
 
 using namespace zelkodatastreamconverter;
@@ -489,6 +490,31 @@ TEST_F(Recorder, DirectoryThatRefusesFilesCountsAsAFailedSave)
     EXPECT_TRUE(capture.lines().empty()); // not retried before the next change
     recorder.closeFile();
     EXPECT_TRUE(records().empty());
+}
+
+TEST(RecorderClose, FullDiskTracesTheFailedSave)
+{
+    QTemporaryDir dir;
+    QByteArray const mountPoint = dir.path().toLocal8Bit();
+    if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=4k") != 0) {
+        GTEST_SKIP() << "mounting a tmpfs is not permitted here";
+    }
+    zelkotest::TraceCapture capture(0x20);
+    {
+        Clock::Override const clock(T0);
+        RecorderModel recorder(nullptr);
+        recorder.setDirectoryPath(dir.path());
+        QStringList stationXml;
+        recorder.addTransmission(transmission({}, {textBlock(1, QString(20000, 'x'), 0)}),
+                                 stationXml);
+        recorder.closeFile();
+    }
+    ::umount(mountPoint.constData());
+    auto const saveFailure = std::find_if(
+        capture.lines().begin(), capture.lines().end(),
+        [](zelkotest::TraceLine const& line) { return line.message.startsWith("SaveFile: "); });
+    ASSERT_NE(saveFailure, capture.lines().end()) << capture.messages().join('\n').toStdString();
+    EXPECT_EQ(saveFailure->line, 297);
 }
 
 TEST_F(Recorder, GetFileNameListsMainThenStationsByMMSI)
