@@ -291,34 +291,19 @@ TEST(NerikResultModelTransmissions, AddTransmissionMergesIntoTheSameStartTime)
     using Seen = std::vector<std::pair<QDateTime, bool>>;
     EXPECT_EQ(model.currentInfos, (Seen{{at(400), true}, {at(900), false}}));
 
+    // Extraction copies the times and the PDU blocks from an index on, never the text.
+    for (int first : {-1, 0, 1}) {
+        Transmission out;
+        model.extractTransmission(out, first);
+        EXPECT_EQ(out.GetPDUDataBlocks().size(), first == 0 ? 1 : 0) << first;
+        EXPECT_EQ(out.GetStopTime(), first < 0 ? QDateTime() : at(900)) << first;
+        EXPECT_TRUE(out.GetDataBlock().isEmpty());
+    }
+
     Transmission other;
     other.SetStartTime(at(5000));
     EXPECT_TRUE(model.addTransmission(other));
     EXPECT_EQ(model.getResultData()->GetTransmission().size(), 2);
-}
-
-TEST(NerikResultModelTransmissions, ExtractCopiesPduBlocksFromAnIndexOn)
-{
-    std::pair<int, std::vector<int>> const cases[] = {{-1, {}}, {0, {1, 2, 3}}, {2, {3}}, {3, {}}};
-    NerikResultModel model;
-    Transmission* const current = model.createTransmission(at(0));
-    current->SetStopTime(at(10));
-    current->AddDataBlock(new DataBlock(textBlock(1, "x", {{0, 0}})));
-    for (int id : {1, 2, 3}) {
-        current->AddPDUDataBlock(pduBlock(id, 0));
-    }
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.first);
-        Transmission out;
-        model.extractTransmission(out, c.first);
-        std::vector<int> ids;
-        for (PDUDataBlock const* pdu : out.GetPDUDataBlocks()) {
-            ids.push_back(pdu->GetID());
-        }
-        EXPECT_EQ(ids, c.second);
-        EXPECT_TRUE(out.GetDataBlock().isEmpty());
-        EXPECT_EQ(out.GetStopTime(), c.first < 0 ? QDateTime() : at(10));
-    }
 }
 
 // Text data blocks

@@ -615,7 +615,8 @@ TEST(RecorderSettings, ExceptionsInsideAStepAreTracedWithItsName)
         zelkotest::TraceCapture capture(0x20);
         recorder.setTunerSettings(QStringLiteral("<Tuner_Settings/>"));
         QStringList stationXml;
-        EXPECT_FALSE(recorder.addTransmission(transmission({}), stationXml)); // new, not finished
+        // A new transmission, but the step broke off before it could say so.
+        EXPECT_FALSE(recorder.addTransmission(transmission({}), stationXml));
         QString const text = cases[kind].first;
         EXPECT_EQ(capture.messages(),
                   (QStringList{"setTunerSettings: " + text, "addTransmission: " + text}));
