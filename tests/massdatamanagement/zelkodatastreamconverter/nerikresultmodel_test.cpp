@@ -860,6 +860,7 @@ TEST(NerikResultModelSettings, ChannelSelectionTexts)
         {"all skipped selects only the user channel", {"abc", "256", "-1", ""}, false,
          {1000}, {0, 1, 255, 256, -1}, 0, {}},
         {"bounds 0 and 255", {"0", "255", "0"}, false, {0, 255}, {1, 254, 256}, 256, {"0", "255"}},
+        {"channel 1 alone", {"1"}, false, {1}, {0, 2}, 2, {"1"}},
     };
     // clang-format on
     for (auto const& c : cases) {
