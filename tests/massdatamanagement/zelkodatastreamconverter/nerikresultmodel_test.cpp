@@ -891,7 +891,7 @@ TEST(NerikResultModelSettings, ChannelSelectionTexts)
 // AIS station reports
 
 QString const AISReport = QStringLiteral("AIS Position Report");
-// As the PDU decoder writes them; 53.53625 N 9.966667 E, and a longitude past 90 degrees.
+// As the PDU decoder writes them; the second one's longitude is past 90 degrees.
 QString const NorthEast = QString::fromUtf8("N 53°32'10.5'' E 9°58'0''");
 QString const SouthWestFar = QString::fromUtf8("S 33°51'0'' W 151°12'0''");
 
@@ -907,107 +907,86 @@ Field position(QString const& text)
 {
     return Field(QStringLiteral("Position"), QStringLiteral("position"), text);
 }
-Field position(char const* utf8)
-{
-    return position(QString::fromUtf8(utf8));
-}
 
-PDUDataBlock aisBlock(QString const& name, std::vector<Field> const& fields)
+// trace: the informational text after the block's time stamp, empty when there is none. The
+// station starts as ID 7 "OLD" at 1.5, 2.5; the trace shows it after the scan, its ID as the one
+// character of its low 16 bits (65 is "A", 65602 is 0x10042, "B").
+// clang-format off
+struct ScanRow { char const* name; QString blockName; std::vector<Field> fields; int result;
+                 QString trace; };
+// clang-format on
+using ScanAISData = testing::TestWithParam<ScanRow>;
+
+TEST_P(ScanAISData, FillsTheStationOnlyFromTheFieldsAfterTheMMSIAndTracesIt)
 {
+    ScanRow const& c = GetParam();
     PDUDataBlock block;
     block.SetTimeStamp(at(250));
-    block.SetName(name);
-    for (Field const& field : fields) {
+    block.SetName(c.blockName);
+    for (Field const& field : c.fields) {
         block.AddField(field);
     }
-    return block;
+    JobSpec::Station station;
+    station.SetValidate(false);
+    station.SetStationID(7);
+    station.SetName(QStringLiteral("OLD"));
+    station.SetLatitude(1.5);
+    station.SetLongitude(2.5);
+    station.SetTimeStamp(T0);
+    zelkotest::TraceCapture capture(0x40);
+    EXPECT_EQ(NerikResultModel().scanAISData(&block, station), c.result);
+    EXPECT_EQ(station.GetTimeStamp(), c.result < 0 ? T0 : at(250));
+    EXPECT_EQ(NerikResultModel().scanAISData(nullptr, station), -1);
+    if (c.trace.isEmpty()) {
+        EXPECT_TRUE(capture.lines().empty());
+        return;
+    }
+    ASSERT_EQ(capture.lines().size(), 1u);
+    EXPECT_EQ(capture.lines()[0].message, "scanAISData: 2024-01-31 12:00:00.250 " + c.trace);
+    EXPECT_EQ(capture.lines()[0].line, 1014);
 }
 
-// What the station holds; time false: the earlier time stamp is still there.
+QString const Untouched = QStringLiteral("StationName=OLD latitude=1.5 longitude=2.5");
+QString u(char const* utf8)
+{
+    return QString::fromUtf8(utf8);
+}
 // clang-format off
-struct StationValues { int id; QString name; double latitude; double longitude; bool time; };
+INSTANTIATE_TEST_SUITE_P(NerikResultModel, ScanAISData, testing::Values(
+    ScanRow{"lower_case_ais_name", "ais Position Report", {mmsi("65"), position(NorthEast)}, -1},
+    ScanRow{"no_MMSI_field", AISReport, {callSign("DABC"), position(NorthEast)}, -1},
+    ScanRow{"MMSI_name_in_lower_case", AISReport, {Field("mmsi", "int", "65")}, -1},
+    ScanRow{"MMSI_last_sets_only_ID_and_time", AISReport,
+            {callSign("DABC"), position(NorthEast), mmsi("65")}, 65,
+            "MMSI=65 StationID=A " + Untouched},
+    ScanRow{"non_numeric_MMSI_gives_0", AISReport, {mmsi("n/a")}, 0,
+            "MMSI=n/a StationID=" + QString(QChar(0)) + " " + Untouched},
+    ScanRow{"full_report", AISReport, {mmsi("211234567"), callSign("DABC"), position(NorthEast)},
+            211234567, u("MMSI=211234567 CallSign=DABC position=N 53°32'10.5'' E 9°58'0'' "
+                         "StationID=\u2F07 StationName=DABC latitude=53.5362 longitude=9.96667")},
+    ScanRow{"longitude_past_90_kept_out_and_only_the_low_16_bits_show", AISReport,
+            {mmsi("65602"), position(SouthWestFar)}, 65602,
+            u("MMSI=65602 position=S 33°51'0'' W 151°12'0'' StationID=B StationName=OLD "
+              "latitude=-33.85 longitude=2.5")},
+    ScanRow{"west_within_90_is_negative", AISReport,
+            {mmsi("65"), position(u("N 10°0'0'' W 45°30'36''"))}, 65,
+            u("MMSI=65 position=N 10°0'0'' W 45°30'36'' StationID=A StationName=OLD latitude=10 "
+              "longitude=-45.51")},
+    ScanRow{"exactly_90_degrees", AISReport, {mmsi("65"), position(u("N 90°0'0'' E 90°0'0''"))},
+            65, u("MMSI=65 position=N 90°0'0'' E 90°0'0'' StationID=A StationName=OLD latitude=90 "
+                  "longitude=90")},
+    ScanRow{"exactly_90_degrees_south_west", AISReport,
+            {mmsi("65"), position(u("S 90°0'0'' W 90°0'0''"))}, 65,
+            u("MMSI=65 position=S 90°0'0'' W 90°0'0'' StationID=A StationName=OLD latitude=-90 "
+              "longitude=-90")},
+    ScanRow{"past_90_north_east", AISReport, {mmsi("65"), position(u("N 90°0'1'' E 90°0'1''"))},
+            65, u("MMSI=65 position=N 90°0'1'' E 90°0'1'' StationID=A ") + Untouched},
+    ScanRow{"past_90_south_west", AISReport, {mmsi("65"), position(u("S 90°0'1'' W 90°0'1''"))},
+            65, u("MMSI=65 position=S 90°0'1'' W 90°0'1'' StationID=A ") + Untouched},
+    ScanRow{"type_text_is_case_sensitive", AISReport,
+            {mmsi("65"), Field("Position", "Position", NorthEast)}, 65,
+            "MMSI=65 StationID=A " + Untouched}),
+    zelkotest::RowName());
 // clang-format on
-StationValues const Before{7, QStringLiteral("OLD"), 1.5, 2.5, false};
-
-StationValues scanned(int id, QString const& name = Before.name, double lat = Before.latitude,
-                      double lon = Before.longitude)
-{
-    return {id, name, lat, lon, true};
-}
-
-TEST(ScanAISData, FillsTheStationOnlyFromTheFieldsAfterTheMMSI)
-{
-    QString const Old = Before.name;
-    // clang-format off
-    struct Case { char const* name; QString blockName; std::vector<Field> fields; int result;
-                  StationValues after; } const cases[] = {
-    {"lower-case ais name", "ais Position Report", {mmsi("211234567"), position(NorthEast)}, -1, Before},
-    {"no MMSI field", AISReport, {callSign("DABC"), position(NorthEast)}, -1, Before},
-    {"MMSI name in lower case", AISReport, {Field("mmsi", "int", "211234567")}, -1, Before},
-    {"MMSI last sets only ID and time", AISReport,
-     {callSign("DABC"), position(NorthEast), mmsi("211234567")}, 211234567, scanned(211234567)},
-    {"call sign after MMSI", AISReport, {mmsi("1"), callSign("DABC")}, 1, scanned(1, "DABC")},
-    {"non-numeric MMSI gives 0", AISReport, {mmsi("unknown")}, 0, scanned(0)},
-    {"north east", AISReport, {mmsi("1"), position(NorthEast)}, 1,
-     scanned(1, Old, 53.536250, 9.966667)},
-    {"south west beyond 90 keeps the longitude", AISReport, {mmsi("1"), position(SouthWestFar)}, 1,
-     scanned(1, Old, -33.85, Before.longitude)},
-    {"west within 90 is negative", AISReport, {mmsi("1"), position("N 10°0'0'' W 45°30'0''")}, 1,
-     scanned(1, Old, 10.0, -45.5)},
-    {"exactly 90 degrees north east", AISReport, {mmsi("2"), position("N 90°0'0'' E 90°0'0''")}, 2,
-     scanned(2, Old, 90.0, 90.0)},
-    {"exactly 90 degrees south west", AISReport, {mmsi("2"), position("S 90°0'0'' W 90°0'0''")}, 2,
-     scanned(2, Old, -90.0, -90.0)},
-    {"past 90 north east", AISReport, {mmsi("2"), position("N 90°0'1'' E 90°0'1''")}, 2, scanned(2)},
-    {"past 90 south west", AISReport, {mmsi("2"), position("S 90°0'1'' W 90°0'1''")}, 2, scanned(2)},
-    {"type text is case-sensitive", AISReport, {mmsi("6"), Field("Position", "Position", NorthEast)},
-     6, scanned(6)},
-    };
-    // clang-format on
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        PDUDataBlock const block = aisBlock(c.blockName, c.fields);
-        JobSpec::Station station;
-        station.SetValidate(false);
-        station.SetStationID(Before.id);
-        station.SetName(Before.name);
-        station.SetLatitude(Before.latitude);
-        station.SetLongitude(Before.longitude);
-        station.SetTimeStamp(T0);
-        EXPECT_EQ(NerikResultModel().scanAISData(&block, station), c.result);
-        EXPECT_EQ(station.GetStationID(), c.after.id);
-        EXPECT_EQ(station.GetName(), c.after.name);
-        EXPECT_NEAR(station.GetLatitude(), c.after.latitude, 5e-7);
-        EXPECT_NEAR(station.GetLongitude(), c.after.longitude, 5e-7);
-        EXPECT_EQ(station.GetTimeStamp(), c.after.time ? at(250) : T0);
-    }
-}
-
-TEST(ScanAISData, TraceIsTheInformationalTextAtLine1014)
-{
-    // The station ID appears as the one character of its low 16 bits (0x2F07 for the first).
-    // clang-format off
-    struct Case { char const* name; std::vector<Field> fields; QString expected; } const cases[] = {
-        {"full report", {mmsi("211234567"), callSign("DABC"), position(NorthEast)},
-         QString::fromUtf8("MMSI=211234567 CallSign=DABC position=N 53°32'10.5'' E 9°58'0'' "
-                           "StationID=\u2F07 StationName=DABC latitude=53.5362 longitude=9.96667")},
-        {"only the low 16 bits, rejected longitude listed", {mmsi("65602"), position(SouthWestFar)},
-         QString::fromUtf8("MMSI=65602 position=S 33°51'0'' W 151°12'0'' StationID=B "
-                           "StationName= latitude=-33.85 longitude=0")},
-    };
-    // clang-format on
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        PDUDataBlock const block = aisBlock(AISReport, c.fields);
-        JobSpec::Station station;
-        station.SetValidate(false);
-        zelkotest::TraceCapture capture(0x40);
-        NerikResultModel().scanAISData(&block, station);
-        ASSERT_EQ(capture.lines().size(), 1u);
-        EXPECT_EQ(capture.lines()[0].message,
-                  QStringLiteral("scanAISData: 2024-01-31 12:00:00.250 ") + c.expected);
-        EXPECT_EQ(capture.lines()[0].line, 1014);
-    }
-}
 
 } // namespace

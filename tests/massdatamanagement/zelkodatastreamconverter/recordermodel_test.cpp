@@ -227,12 +227,13 @@ TEST_P(RecorderStation, NameWhenSetPositionWhenBothSet)
 
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Recorder, RecorderStation, testing::Values(
-    StationRow{"name_kept_when_a_later_report_has_none", {{"DABC", None}, {None, None}}, "DABC", false, 0, 0},
+    StationRow{"name_kept_when_a_later_report_has_none", {{"DABC", None}, {None, None}}, "DABC",
+               false, 0, 0},
     StationRow{"later_name_replaces", {{"DABC", None}, {"DXYZ", None}}, "DXYZ", false, 0, 0},
     StationRow{"empty_call_sign_is_a_name", {{"DABC", None}, {"", None}}, "", false, 0, 0},
     StationRow{"latitude_alone_never_taken", {{None, SouthWestFar}}, None, false, 0, 0},
-    StationRow{"latitude_alone_keeps_the_earlier_position", {{None, NorthEast}, {None, SouthWestFar}},
-               None, true, 53.53625, 9.966667},
+    StationRow{"latitude_alone_keeps_the_earlier_position",
+               {{None, NorthEast}, {None, SouthWestFar}}, None, true, 53.53625, 9.966667},
     StationRow{"later_full_position_replaces", {{None, NorthEast}, {None, SouthWestNear}}, None,
                true, -33.85, -70.0}),
     zelkotest::RowName());
@@ -550,10 +551,10 @@ TEST(RecorderSettings, BadSettingsAreTracedWithTheOperationAndLeaveTheSettingsAl
     using Setter = void (RecorderModel::*)(QString const&);
     // parseError: the library's own complaint about the text.
     // clang-format off
-    struct Case { QString operation; QString xml; Setter set; QString (*parseError)(QString const&); }
-    const cases[] = {
-        {"setAntennaSettings", "<AntennaSettings name=\"HE600\"", &RecorderModel::setAntennaSettings,
-         complaint<REPORTKIT::Antenna_Settings>},
+    struct Case { QString operation; QString xml; Setter set;
+                  QString (*parseError)(QString const&); } const cases[] = {
+        {"setAntennaSettings", "<AntennaSettings name=\"HE600\"",
+         &RecorderModel::setAntennaSettings, complaint<REPORTKIT::Antenna_Settings>},
         {"setAudioSettings", "<FFM_Settings frequency=\"1\"/>", &RecorderModel::setAudioSettings,
          complaint<REPORTKIT::Audio_Settings>},
         {"setTunerSettings", "tuner please", &RecorderModel::setTunerSettings,
