@@ -663,6 +663,9 @@ TEST(NerikResultModelPdu, SearchesGoNewestFirstAndDepthFirst)
     EXPECT_EQ(NerikResultModel::getPDUDataBlock(a, 2, false), nullptr);
     EXPECT_EQ(NerikResultModel::getPDUDataBlock(first, 2, false), oldTwo);
     EXPECT_EQ(model.getPDUDataBlock(99), nullptr);
+    PDUDataBlock* const oldest = pduBlock(8, 0);
+    first->AddPDUDataBlock(oldest);
+    EXPECT_EQ(model.getPDUDataBlock(8), oldest); // the first transmission is searched too
 
     // User data of a PDU block are replaced by copies.
     PDUDataBlock edit;
@@ -687,7 +690,6 @@ TEST(NerikResultModelSize, ExactCountOnlyPastTheThreshold)
                   bool recounted; } const cases[] = {
         {"estimate at the limit is not rendered", 1024000, 2000000, 'x', false, false},
         {"estimate one past, small document", 1024001, 10, 'x', false, true},
-        {"estimate one past, big document", 1024001, 1100000, 'x', true, true},
         {"multi-byte text counts in UTF-8 bytes", 1024001, 400000, QChar(0x20AC), true, true},
     };
     // clang-format on
@@ -701,6 +703,19 @@ TEST(NerikResultModelSize, ExactCountOnlyPastTheThreshold)
         EXPECT_EQ(model.maxDataSizeExceeded(), c.exceeded);
         EXPECT_EQ(model.getEstimateDataSize(),
                   c.recounted ? model.getResultData()->GetXmlString().toUtf8().size() : c.estimate);
+    }
+    // A document of exactly MaxDataSize bytes has not grown past it; one byte more has.
+    for (int const extra : {0, 1}) {
+        NerikResultModel model;
+        QDateTime latest;
+        Transmission* const tr = model.createTransmission(at(0));
+        model.addDataBlock(tr, textBlock(1, "x", {{0, 0}}), latest);
+        int const frame = model.getResultData()->GetXmlString().toUtf8().size() - 1;
+        tr->GetDataBlock()[0]->SetContent(
+            QString(NerikResultModel::MaxDataSize - frame + extra, 'x'));
+        model.getEstimateDataSize() = NerikResultModel::MaxDataSize + 1;
+        EXPECT_EQ(model.maxDataSizeExceeded(), extra == 1) << extra;
+        EXPECT_EQ(model.getEstimateDataSize(), NerikResultModel::MaxDataSize + extra);
     }
 }
 
