@@ -138,6 +138,17 @@ std::vector<int> writtenBlocks(QString const& path, bool pdus)
     return blocks;
 }
 
+/// The line at which a message was traced, or -1.
+int lineOf(zelkotest::TraceCapture const& capture, QString const& message)
+{
+    for (zelkotest::TraceLine const& line : capture.lines()) {
+        if (line.message == message) {
+            return line.line;
+        }
+    }
+    return -1;
+}
+
 struct ClosedLog : NerikResultCallback
 {
     int closed = 0;
@@ -288,6 +299,8 @@ TEST(RecorderStations, SilentStationClosedAfter180Seconds)
         EXPECT_EQ(r.recorder.getAISStationCount(), closed ? 0 : 1);
         EXPECT_EQ(capture.count(QStringLiteral("AISRecorderData::close 211234567")),
                   closed ? 1 : 0);
+        EXPECT_EQ(lineOf(capture, QStringLiteral("AISRecorderData::close 211234567")),
+                  closed ? 246 : -1);
         // Completed files are reported with a stop time.
         EXPECT_EQ(std::count_if(r.records().begin(), r.records().end(),
                                 [&](REPORTKIT::Text const& record) {
@@ -325,6 +338,7 @@ TEST_F(Recorder, StationFileDueAtOnceThen30SecondsFirstChangeWins)
     QString const path = stationPath(211234567);
     QString const saved = QStringLiteral("AISRecorderData::saveFile 211234567 file %1").arg(path);
     EXPECT_EQ(capture.count(saved), 1);
+    EXPECT_EQ(lineOf(capture, saved), 258);
 
     Clock::advance(10 * 1000);
     add({report(2, 10, 211234567)});
@@ -349,7 +363,9 @@ TEST_F(Recorder, UnitSentAgainIsWrittenOnceToItsStationFile)
     EXPECT_EQ(recorder.getAISRecorderData(211234567)->getBlockIDs(), (QVector<int>{1, 1}));
     recorder.saveExpiredPendingChanges(now());
     QString const path = stationPath(211234567);
+    zelkotest::TraceCapture capture(0x40);
     recorder.closeFile();
+    EXPECT_EQ(lineOf(capture, QStringLiteral("AISRecorderData::close 211234567")), 306);
     EXPECT_EQ(writtenBlocks(path, true), std::vector<int>{1});
 }
 
@@ -658,6 +674,7 @@ TEST_F(Recorder, CurrentInfoRecordsTunerAndDemodulatorSettings)
 {
     recorder.setTunerSettings(QStringLiteral("<Tuner_Settings device=\"EB500\"/>"));
     setAISMode();
+    EXPECT_FALSE(recorder.getDemodulatorSettings().GetValidate()); // kept as read, like the tuner
     recorder.setCurrentTransmission(new Transmission(transmission({})));
     Transmission const* current = recorder.getCurrentTransmission();
     ASSERT_EQ(current->GetInfos().size(), 1);
