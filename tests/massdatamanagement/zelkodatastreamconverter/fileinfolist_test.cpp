@@ -5,74 +5,48 @@ using zelkodatastreamconverter::FileInfoList;
 
 namespace {
 
+// A record of url; "!" after the URL marks a completed one (with a stop time).
 template <typename Record>
-Record record(QString const& url, bool complete)
+Record record(QString url)
 {
     Record r;
     r.SetValidate(false);
-    r.SetURL(url);
-    if (complete) {
+    if (url.endsWith('!')) {
+        url.chop(1);
         r.GetMetadata().SetStopTime(QDateTime::fromMSecsSinceEpoch(1000, Qt::UTC));
     }
+    r.SetURL(url);
     return r;
 }
 
-QStringList urls(std::vector<REPORTKIT::Binary> const& list)
+// The URLs of a list, each with "!" when completed.
+template <typename Record>
+QStringList urls(std::vector<Record> const& list)
 {
     QStringList result;
     for (auto const& r : list) {
-        result << r.GetURL();
+        result << r.GetURL() + (r.GetMetadata().GetStopTime().isValid() ? "!" : "");
     }
     return result;
 }
 
-TEST(FileInfoList, LaterRecordReplacesEarlierAndMovesToEnd)
+TEST(FileInfoList, LaterRecordOfTheSameUrlAndKindReplacesTheLastEarlierOneAndMovesToTheEnd)
 {
     FileInfoList list;
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("a"), false));
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("b"), false));
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("a"), true));
-    auto const& binary = list.getResults().GetBinary();
-    EXPECT_EQ(urls(binary), (QStringList{QStringLiteral("b"), QStringLiteral("a")}));
-    EXPECT_TRUE(binary.back().GetMetadata().GetStopTime().isValid());
-}
-
-TEST(FileInfoList, UrlComparisonIsExactAndCaseSensitive)
-{
-    FileInfoList list;
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("/out/A.xml"), false));
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("/out/a.xml"), false));
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("/out/a.xml "), false));
-    EXPECT_EQ(list.getResults().GetBinary().size(), 3u);
-}
-
-TEST(FileInfoList, KindsAreKeptApart)
-{
-    FileInfoList list;
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("same"), false));
-    list.fileInfo(record<REPORTKIT::Text>(QStringLiteral("same"), false));
-    list.fileInfo(record<REPORTKIT::Picture>(QStringLiteral("same"), false));
-    list.fileInfo(record<REPORTKIT::Text>(QStringLiteral("same"), true));
-    REPORTKIT::Results const& results = list.getResults();
-    EXPECT_EQ(results.GetBinary().size(), 1u);
-    EXPECT_EQ(results.GetPicture().size(), 1u);
-    ASSERT_EQ(results.GetText().size(), 1u);
-    EXPECT_TRUE(results.GetText().front().GetMetadata().GetStopTime().isValid());
-}
-
-TEST(FileInfoList, OnlyTheLastOfDuplicatesIsReplaced)
-{
     // Duplicates cannot arise through fileInfo itself, but a host may fill the list directly.
-    FileInfoList list;
-    list.getResults().AppendBinary(record<REPORTKIT::Binary>(QStringLiteral("x"), false));
-    list.getResults().AppendBinary(record<REPORTKIT::Binary>(QStringLiteral("y"), false));
-    list.getResults().AppendBinary(record<REPORTKIT::Binary>(QStringLiteral("x"), false));
-    list.fileInfo(record<REPORTKIT::Binary>(QStringLiteral("x"), true));
-    auto const& binary = list.getResults().GetBinary();
-    EXPECT_EQ(urls(binary),
-              (QStringList{QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("x")}));
-    EXPECT_FALSE(binary.front().GetMetadata().GetStopTime().isValid());
-    EXPECT_TRUE(binary.back().GetMetadata().GetStopTime().isValid());
+    for (char const* url : {"a", "b", "a"}) {
+        list.getResults().AppendBinary(record<REPORTKIT::Binary>(url));
+    }
+    for (char const* url : {"A", "a ", "a!"}) {
+        list.fileInfo(record<REPORTKIT::Binary>(url));
+    }
+    list.fileInfo(record<REPORTKIT::Text>("a"));
+    list.fileInfo(record<REPORTKIT::Picture>("a"));
+    list.fileInfo(record<REPORTKIT::Text>("a!"));
+    REPORTKIT::Results const& results = list.getResults();
+    EXPECT_EQ(urls(results.GetBinary()), (QStringList{"a", "b", "A", "a ", "a!"}));
+    EXPECT_EQ(urls(results.GetText()), QStringList{"a!"});
+    EXPECT_EQ(urls(results.GetPicture()), QStringList{"a"});
 }
 
 class OtherRecord : public REPORTKIT::IRGObject

@@ -1,6 +1,6 @@
-// AIS station reports (scanAISData) and the recorder model: station merging and expiry,
-// pending-change timing, channel filtering, file names, settings, info records, and a result
-// file with station files written as a host drives the recorder.
+// The recorder model: station merging and expiry, pending-change timing, channel filtering,
+// file names, settings, info records, traced failures, and a result file with station files
+// written as a host drives the recorder.
 
 #include <QDir>
 #include <QFile>
@@ -17,20 +17,20 @@
 #include <massdatamanagement/zelkodatastreamconverter/recordermodel.h>
 #include <memory>
 #include <nerikresultdataxml/nerikresultdata.h>
+#include <nerikresultdataxml/nerikresultdataexception.h>
 #include <reportkit/antennasettings.h>
 #include <reportkit/audiosettings.h>
 #include <reportkit/ffmsettings.h>
+#include <reportkit/rgexception.h>
 #include <reportkit/tunersettings.h>
 #include <support/golden.h>
 #include <support/qstringprinter.h>
+#include <support/rowname.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
+#include <sys/mount.h>
 #include <vector>
 
-inline std::ostream& operator<<(std::ostream& os, QString const& text)
-{
-    return os << text.toStdString();
-}
 using namespace zelkodatastreamconverter;
 using NerikResultDataXml::DataBlock;
 using NerikResultDataXml::Field;
@@ -44,40 +44,20 @@ namespace {
 
 QDateTime const T0(QDate(2024, 5, 17), QTime(8, 30, 0), Qt::UTC);
 QString const Schema = QStringLiteral("nerikresultdata.xsd");
-QString const Source = QStringLiteral("massdatamanagement/zelkodatastreamconverter/");
-QString const AISReport = QStringLiteral("AIS Position Report");
 QString const None; // a field left out
 
-QString u(char const* utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 // Position texts as the PDU decoder writes them (degree sign, minute and second marks).
-QString const NorthEast = u("N 53°32'10.5'' E 9°58'0''");   // 53.53625, 9.966667
-QString const SouthWestFar = u("S 33°51'0'' W 151°12'0''"); // longitude above 90: kept out
-QString const SouthWestNear = u("S 33°51'0'' W 70°0'0''");
+QString const NorthEast = QString::fromUtf8("N 53°32'10.5'' E 9°58'0''");   // 53.53625, 9.966667
+QString const SouthWestFar = QString::fromUtf8("S 33°51'0'' W 151°12'0''"); // longitude kept out
+QString const SouthWestNear = QString::fromUtf8("S 33°51'0'' W 70°0'0''");
 
-Field mmsiField(QString const& value)
-{
-    return Field(QStringLiteral("MMSI"), QStringLiteral("int"), value);
-}
-Field callSign(QString const& value)
-{
-    return Field(QStringLiteral("Call Sign"), QStringLiteral("string"), value);
-}
-Field position(QString const& value)
-{
-    return Field(QStringLiteral("Position"), QStringLiteral("position"), value);
-}
-
-PDUDataBlock pdu(int id, QDateTime const& time, QString const& name,
+PDUDataBlock pdu(int id, qint64 secondsAfterT0, QString const& name,
                  std::vector<Field> const& fields)
 {
     PDUDataBlock block;
     block.SetID(id);
     block.SetType(1);
-    block.SetTimeStamp(time);
+    block.SetTimeStamp(T0.addSecs(secondsAfterT0));
     block.SetName(name);
     block.SetMethod(QStringLiteral("AIS"));
     block.SetCRC(QStringLiteral("ok"));
@@ -91,24 +71,22 @@ PDUDataBlock pdu(int id, QDateTime const& time, QString const& name,
 PDUDataBlock report(int id, qint64 secondsAfterT0, int mmsi, QString const& sign = None,
                     QString const& where = None)
 {
-    std::vector<Field> fields{mmsiField(QString::number(mmsi))};
+    std::vector<Field> fields{Field("MMSI", "int", QString::number(mmsi))};
     if (!sign.isNull()) {
-        fields.push_back(callSign(sign));
+        fields.push_back(Field("Call Sign", "string", sign));
     }
-    fields.push_back(Field(QStringLiteral("Navigation Status"), QStringLiteral("string"),
-                           QStringLiteral("under way using engine")));
+    fields.push_back(Field("Navigation Status", "string", "under way using engine"));
     if (!where.isNull()) {
-        fields.push_back(position(where));
+        fields.push_back(Field("Position", "position", where));
     }
-    return pdu(id, T0.addSecs(secondsAfterT0), AISReport, fields);
+    return pdu(id, secondsAfterT0, QStringLiteral("AIS Position Report"), fields);
 }
 
 // An AIS unit without an MMSI field: it belongs to the main result file only.
 PDUDataBlock channelManagement(int id, qint64 secondsAfterT0)
 {
-    return pdu(id, T0.addSecs(secondsAfterT0), QStringLiteral("AIS Channel Management"),
-               {Field(QStringLiteral("Channel A"), QStringLiteral("int"), QStringLiteral("2087")),
-                Field(QStringLiteral("Channel B"), QStringLiteral("int"), QStringLiteral("2088"))});
+    return pdu(id, secondsAfterT0, QStringLiteral("AIS Channel Management"),
+               {Field("Channel A", "int", "2087"), Field("Channel B", "int", "2088")});
 }
 
 DataBlock textBlock(int channel, QString const& content, qint64 secondsAfterT0)
@@ -134,133 +112,42 @@ Transmission transmission(std::vector<PDUDataBlock> const& blocks,
     return result;
 }
 
-QByteArray readAll(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QStringList filesIn(QString const& directory)
 {
     return QDir(directory).entryList(QDir::Files, QDir::Name);
 }
 
-/// The number of PDU data blocks in the first transmission of a written result file.
-int pduCount(QString const& path)
+/// What the first transmission of a written result file holds: the IDs of its PDU blocks, or
+/// the channels of its text blocks.
+std::vector<int> writtenBlocks(QString const& path, bool pdus)
 {
     NerikResultData written;
-    EXPECT_TRUE(written.LoadFile(path)) << written.GetErrorText();
-    return written.GetTransmission().isEmpty()
-               ? -1
-               : written.GetTransmission()[0]->GetPDUDataBlocks().size();
-}
-
-// ---- scanAISData ---------------------------------------------------------------------------
-
-// timeFromBlock false: the earlier time stamp is still there.
-struct StationValues
-{
-    int id;
-    QString name;
-    double latitude;
-    double longitude;
-    bool timeFromBlock;
-};
-
-// What the station holds before each scan, so that a row can show what was left alone.
-StationValues const Before{7, QStringLiteral("OLD"), 1.5, 2.5, false};
-QString const Old = Before.name;
-
-StationValues scanned(int id, QString const& name = Before.name, double lat = Before.latitude,
-                      double lon = Before.longitude)
-{
-    return {id, name, lat, lon, true};
-}
-
-TEST(ScanAISData, FillsTheStationOnlyFromTheFieldsAfterTheMMSI)
-{
-    // clang-format off
-    struct Case { char const* name; QString blockName; std::vector<Field> fields; int result;
-                  StationValues after; } const cases[] = {
-    {"lower-case ais name", "ais Position Report", {mmsiField("211234567"), position(NorthEast)}, -1, Before},
-    {"AIS not at the start", "Position AIS", {mmsiField("211234567")}, -1, Before},
-    {"no MMSI field", AISReport, {callSign("DABC"), position(NorthEast)}, -1, Before},
-    {"MMSI name in lower case", AISReport, {Field("mmsi", "int", "211234567"), position(NorthEast)}, -1, Before},
-    {"MMSI last sets only ID and time", AISReport, {callSign("DABC"), position(NorthEast), mmsiField("211234567")}, 211234567, scanned(211234567)},
-    {"north east example", AISReport, {mmsiField("211234567"), position(NorthEast)}, 211234567, scanned(211234567, Old, 53.536250, 9.966667)},
-    {"south west beyond 90 keeps the longitude", AISReport, {mmsiField("503000001"), position(SouthWestFar)}, 503000001, scanned(503000001, Old, -33.85, Before.longitude)},
-    {"west within 90 is negative", AISReport, {mmsiField("1"), position(u("N 10°0'0'' W 45°30'0''"))}, 1, scanned(1, Old, 10.0, -45.5)},
-    {"seconds missing rejected", AISReport, {mmsiField("211234567"), position(u("N 53°32'"))}, 211234567, scanned(211234567)},
-    {"call sign before MMSI ignored", AISReport, {callSign("EARLY"), mmsiField("211234567")}, 211234567, scanned(211234567)},
-    {"call sign after MMSI", AISReport, {mmsiField("211234567"), callSign("DABC")}, 211234567, scanned(211234567, "DABC")},
-    {"non-numeric MMSI gives 0", AISReport, {mmsiField("unknown")}, 0, scanned(0)},
-    {"exactly 90 degrees accepted", AISReport, {mmsiField("2"), position(u("N 90°0'0'' E 90°0'0''"))}, 2, scanned(2, Old, 90.0, 90.0)},
-    {"one second past 90 rejected", AISReport, {mmsiField("2"), position(u("N 90°0'1'' E 90°0'1''"))}, 2, scanned(2)},
-    {"zero degrees accepted", AISReport, {mmsiField("3"), position(u("S 0°0'0'' W 0°0'0''"))}, 3, scanned(3, Old, 0.0, 0.0)},
-    {"decimal minutes", AISReport, {mmsiField("4"), position(u("N 53°32.5'0'' E 9°0'36''"))}, 4, scanned(4, Old, 53.0 + 32.5 / 60.0, 9.01)},
-    {"full stop after a letter skipped", AISReport, {mmsiField("4"), position(u("N. 53°32'10.5'' E. 9°58'0''"))}, 4, scanned(4, Old, 53.536250, 9.966667)},
-    // Without a blank the second mark and the next letter form one token ("''E"), so
-    // neither coordinate has its marks where they belong.
-    {"hemisphere glued to the second mark", AISReport, {mmsiField("5"), position(u("N 53°32'10.5''E 9°58'0''"))}, 5, scanned(5)},
-    {"type text is case-sensitive", AISReport, {mmsiField("6"), Field("Position", "Position", NorthEast)}, 6, scanned(6)},
-    {"degree sign missing", AISReport, {mmsiField("6"), position(u("N 53 32'10.5'' E 9 58'0''"))}, 6, scanned(6)},
-    };
-    // clang-format on
-    QDateTime const beforeTime = T0.addSecs(-3600);
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        PDUDataBlock const block = pdu(5, T0, c.blockName, c.fields);
-        JobSpec::Station station;
-        station.SetValidate(false);
-        station.SetStationID(Before.id);
-        station.SetName(Before.name);
-        station.SetLatitude(Before.latitude);
-        station.SetLongitude(Before.longitude);
-        station.SetTimeStamp(beforeTime);
-        EXPECT_EQ(NerikResultModel().scanAISData(&block, station), c.result);
-        EXPECT_EQ(station.GetStationID(), c.after.id);
-        EXPECT_EQ(station.GetName(), c.after.name);
-        EXPECT_NEAR(station.GetLatitude(), c.after.latitude, 5e-7);
-        EXPECT_NEAR(station.GetLongitude(), c.after.longitude, 5e-7);
-        EXPECT_EQ(station.GetTimeStamp(), c.after.timeFromBlock ? T0 : beforeTime);
+    EXPECT_TRUE(written.LoadFile(path)) << written.GetErrorText().toStdString();
+    std::vector<int> blocks;
+    for (Transmission const* first : written.GetTransmission().mid(0, 1)) {
+        if (pdus) {
+            for (PDUDataBlock const* block : first->GetPDUDataBlocks()) {
+                blocks.push_back(block->GetID());
+            }
+        } else {
+            for (DataBlock const* block : first->GetDataBlock()) {
+                blocks.push_back(block->GetChannel());
+            }
+        }
     }
+    return blocks;
 }
 
-TEST(ScanAISData, TraceIsTheInformationalTextAtLine1014)
+/// The line at which a message was traced, or -1.
+int lineOf(zelkotest::TraceCapture const& capture, QString const& message)
 {
-    // The station ID appears as the one character of its low 16 bits (0x2F07 for the first).
-    // clang-format off
-    struct Case { char const* name; std::vector<Field> fields; QString expected; } const cases[] = {
-        {"full report", {mmsiField("211234567"), callSign("DABC"), position(NorthEast)},
-         u("MMSI=211234567 CallSign=DABC position=N 53°32'10.5'' E 9°58'0'' "
-           "StationID=\u2F07 StationName=DABC latitude=53.5362 longitude=9.96667")},
-        {"ID 65 is the letter A", {mmsiField("65")},
-         "MMSI=65 StationID=A StationName= latitude=0 longitude=0"},
-        {"only the low 16 bits", {mmsiField("65602")}, // 0x10042
-         "MMSI=65602 StationID=B StationName= latitude=0 longitude=0"},
-        {"non-numeric MMSI as character 0", {mmsiField("n/a")},
-         "MMSI=n/a StationID=" + QString(QChar(0)) + " StationName= latitude=0 longitude=0"},
-        {"rejected longitude still listed", {mmsiField("66"), position(SouthWestFar)},
-         u("MMSI=66 position=S 33°51'0'' W 151°12'0'' StationID=B StationName= "
-           "latitude=-33.85 longitude=0")},
-    };
-    // clang-format on
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        PDUDataBlock const block = pdu(5, T0.addMSecs(250), AISReport, c.fields);
-        JobSpec::Station station;
-        station.SetValidate(false);
-        zelkotest::TraceCapture capture(0x40);
-        NerikResultModel().scanAISData(&block, station);
-        ASSERT_EQ(capture.lines().size(), 1u);
-        EXPECT_EQ(capture.lines()[0].message,
-                  QStringLiteral("scanAISData: 2024-05-17 08:30:00.250 ") + c.expected);
-        EXPECT_EQ(capture.lines()[0].sourceFile, Source + QStringLiteral("nerikresultmodel"));
-        EXPECT_EQ(capture.lines()[0].line, 1014);
+    for (zelkotest::TraceLine const& line : capture.lines()) {
+        if (line.message == message) {
+            return line.line;
+        }
     }
+    return -1;
 }
-
-// ---- RecorderModel -------------------------------------------------------------------------
 
 struct ClosedLog : NerikResultCallback
 {
@@ -310,53 +197,58 @@ class Recorder : public ::testing::Test, public Rig
 
 // -- Station entries --
 
-TEST(RecorderStations, NameWhenSetPositionWhenBothSet)
+struct Report
+{
+    QString sign, where;
+};
+// clang-format off
+struct StationRow { char const* name; std::vector<Report> reports; QString stationName;
+                    bool positionSet; double latitude; double longitude; };
+// clang-format on
+using RecorderStation = testing::TestWithParam<StationRow>;
+
+TEST_P(RecorderStation, NameWhenSetPositionWhenBothSet)
 {
     // Each report arrives as its own update of the same transmission, so only the new block
     // must be scanned.
-    struct Report
-    {
-        QString sign, where;
-    };
-    // clang-format off
-    struct Case { char const* name; std::vector<Report> reports; bool nameSet; QString name2;
-                  bool positionSet; double latitude; double longitude; } const cases[] = {
-        {"name taken when set", {{"DABC", None}}, true, "DABC", false, 0, 0},
-        {"name kept when a later report has none", {{"DABC", None}, {None, None}}, true, "DABC", false, 0, 0},
-        {"later name replaces", {{"DABC", None}, {"DXYZ", None}}, true, "DXYZ", false, 0, 0},
-        {"empty call sign is a name", {{"DABC", None}, {"", None}}, true, "", false, 0, 0},
-        {"position taken when both set", {{None, NorthEast}}, false, None, true, 53.53625, 9.966667},
-        {"latitude alone never taken", {{None, SouthWestFar}}, false, None, false, 0, 0},
-        {"latitude alone keeps the earlier position", {{None, NorthEast}, {None, SouthWestFar}}, false, None, true, 53.53625, 9.966667},
-        {"later full position replaces", {{None, NorthEast}, {None, SouthWestNear}}, false, None, true, -33.85, -70.0},
-    };
-    // clang-format on
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        Rig r;
-        r.setAISMode();
-        QVector<int> ids;
-        for (int i = 0; i < int(c.reports.size()); ++i) {
-            ids << i + 1;
-            r.add({report(i + 1, i * 10, 211234567, c.reports[i].sign, c.reports[i].where)});
-        }
-        auto const entry = r.recorder.getAISRecorderData(211234567);
-        ASSERT_TRUE(entry);
-        JobSpec::Station const& station = entry->getStation();
-        EXPECT_EQ(station.GetStationID(), 211234567);
-        EXPECT_EQ(station.GetTimeStamp(), T0.addSecs(qint64(c.reports.size() - 1) * 10));
-        EXPECT_EQ(entry->getBlockIDs(), ids);
-        EXPECT_EQ(station.IsNameSet(), c.nameSet);
-        EXPECT_EQ(station.GetName(), c.name2);
-        EXPECT_EQ(station.IsLatitudeSet(), c.positionSet);
-        EXPECT_EQ(station.IsLongitudeSet(), c.positionSet);
-        if (c.positionSet) {
-            EXPECT_NEAR(station.GetLatitude(), c.latitude, 5e-7);
-            EXPECT_NEAR(station.GetLongitude(), c.longitude, 5e-7);
-        }
-        EXPECT_EQ(std::size_t(r.stationXml.size()), c.reports.size());
+    StationRow const& c = GetParam();
+    Rig r;
+    r.setAISMode();
+    QVector<int> ids;
+    for (int i = 0; i < int(c.reports.size()); ++i) {
+        ids << i + 1;
+        r.add({report(i + 1, i * 10, 211234567, c.reports[i].sign, c.reports[i].where)});
     }
+    auto const entry = r.recorder.getAISRecorderData(211234567);
+    ASSERT_TRUE(entry);
+    JobSpec::Station const& station = entry->getStation();
+    EXPECT_EQ(station.GetStationID(), 211234567);
+    EXPECT_EQ(station.GetTimeStamp(), T0.addSecs(qint64(c.reports.size() - 1) * 10));
+    EXPECT_EQ(entry->getBlockIDs(), ids);
+    EXPECT_EQ(station.IsNameSet(), !c.stationName.isNull());
+    EXPECT_EQ(station.GetName(), c.stationName);
+    EXPECT_EQ(station.IsLatitudeSet(), c.positionSet);
+    EXPECT_EQ(station.IsLongitudeSet(), c.positionSet);
+    if (c.positionSet) {
+        EXPECT_NEAR(station.GetLatitude(), c.latitude, 5e-7);
+        EXPECT_NEAR(station.GetLongitude(), c.longitude, 5e-7);
+    }
+    EXPECT_EQ(std::size_t(r.stationXml.size()), c.reports.size());
 }
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Recorder, RecorderStation, testing::Values(
+    StationRow{"name_kept_when_a_later_report_has_none", {{"DABC", None}, {None, None}}, "DABC",
+               false, 0, 0},
+    StationRow{"later_name_replaces", {{"DABC", None}, {"DXYZ", None}}, "DXYZ", false, 0, 0},
+    StationRow{"empty_call_sign_is_a_name", {{"DABC", None}, {"", None}}, "", false, 0, 0},
+    StationRow{"latitude_alone_never_taken", {{None, SouthWestFar}}, None, false, 0, 0},
+    StationRow{"latitude_alone_keeps_the_earlier_position",
+               {{None, NorthEast}, {None, SouthWestFar}}, None, true, 53.53625, 9.966667},
+    StationRow{"later_full_position_replaces", {{None, NorthEast}, {None, SouthWestNear}}, None,
+               true, -33.85, -70.0}),
+    zelkotest::RowName());
+// clang-format on
 
 TEST_F(Recorder, StationsOnlyInAISModeAndOnlyForBlocksWithAnMMSI)
 {
@@ -377,20 +269,21 @@ TEST_F(Recorder, StationsOnlyInAISModeAndOnlyForBlocksWithAnMMSI)
     recorder.saveExpiredPendingChanges(now().addSecs(30));
     ASSERT_FALSE(recorder.getXmlFile().hasPendingChanges());
 
-    // A station report, by contrast, marks its station file and leaves the main file alone.
-    add({report(3, 1, 211234567, "DABC", NorthEast)});
+    // A station report, by contrast, marks its station file and leaves the main file alone;
+    // an MMSI of 0 is a station too.
+    add({report(3, 1, 211234567, "DABC", NorthEast), report(4, 2, 0)});
     EXPECT_FALSE(recorder.getXmlFile().hasPendingChanges());
-    ASSERT_EQ(recorder.getAISStationCount(), 1);
-    ASSERT_EQ(stationXml.size(), 1);
+    EXPECT_EQ(recorder.getAISStationCount(), 2);
+    ASSERT_EQ(stationXml.size(), 2);
     JobSpec::Station fromXml;
-    ASSERT_TRUE(fromXml.SetXmlString(stationXml[0], 0)) << fromXml.LastXmlError();
+    ASSERT_TRUE(fromXml.SetXmlString(stationXml[0], 0));
     EXPECT_EQ(fromXml.GetStationID(), 211234567);
     EXPECT_EQ(fromXml.GetName(), QStringLiteral("DABC"));
 }
 
 TEST(RecorderStations, SilentStationClosedAfter180Seconds)
 {
-    for (int const seconds : {179, 180, 181}) {
+    for (int const seconds : {180, 181}) {
         SCOPED_TRACE(seconds);
         bool const closed = seconds > 180;
         Rig r;
@@ -406,6 +299,8 @@ TEST(RecorderStations, SilentStationClosedAfter180Seconds)
         EXPECT_EQ(r.recorder.getAISStationCount(), closed ? 0 : 1);
         EXPECT_EQ(capture.count(QStringLiteral("AISRecorderData::close 211234567")),
                   closed ? 1 : 0);
+        EXPECT_EQ(lineOf(capture, QStringLiteral("AISRecorderData::close 211234567")),
+                  closed ? 246 : -1);
         // Completed files are reported with a stop time.
         EXPECT_EQ(std::count_if(r.records().begin(), r.records().end(),
                                 [&](REPORTKIT::Text const& record) {
@@ -441,24 +336,21 @@ TEST_F(Recorder, StationFileDueAtOnceThen30SecondsFirstChangeWins)
     add({report(1, 0, 211234567, "DABC", NorthEast)});
     recorder.saveExpiredPendingChanges(now());
     QString const path = stationPath(211234567);
-    ASSERT_FALSE(path.isEmpty());
     QString const saved = QStringLiteral("AISRecorderData::saveFile 211234567 file %1").arg(path);
     EXPECT_EQ(capture.count(saved), 1);
+    EXPECT_EQ(lineOf(capture, saved), 258);
 
     Clock::advance(10 * 1000);
     add({report(2, 10, 211234567)});
     Clock::advance(10 * 1000);
     add({report(3, 20, 211234567)}); // does not move the due time
-    auto const entry = recorder.getAISRecorderData(211234567);
-    EXPECT_EQ(entry->getFile().getDueTime(), T0.addSecs(40));
-    EXPECT_EQ(entry->getExpiryTime(), T0.addSecs(200));
-
+    EXPECT_EQ(recorder.getAISRecorderData(211234567)->getExpiryTime(), T0.addSecs(200));
     capture.clear();
     recorder.saveExpiredPendingChanges(T0.addSecs(39));
     EXPECT_TRUE(capture.lines().empty());
     recorder.saveExpiredPendingChanges(T0.addSecs(40));
     EXPECT_EQ(capture.count(saved), 1);
-    EXPECT_EQ(pduCount(path), 3);
+    EXPECT_EQ(writtenBlocks(path, true), (std::vector<int>{1, 2, 3}));
 }
 
 TEST_F(Recorder, UnitSentAgainIsWrittenOnceToItsStationFile)
@@ -467,57 +359,61 @@ TEST_F(Recorder, UnitSentAgainIsWrittenOnceToItsStationFile)
     add({report(1, 0, 211234567, "DABC")});
     Transmission again = transmission({report(1, 0, 211234567, "DABC")});
     again.SetStartTime(T0.addSecs(120)); // a new transmission: scanned from its first unit
-    recorder.addTransmission(again, stationXml);
+    EXPECT_TRUE(recorder.addTransmission(again, stationXml));
     EXPECT_EQ(recorder.getAISRecorderData(211234567)->getBlockIDs(), (QVector<int>{1, 1}));
     recorder.saveExpiredPendingChanges(now());
     QString const path = stationPath(211234567);
+    zelkotest::TraceCapture capture(0x40);
     recorder.closeFile();
-    EXPECT_EQ(pduCount(path), 1);
+    EXPECT_EQ(lineOf(capture, QStringLiteral("AISRecorderData::close 211234567")), 306);
+    EXPECT_EQ(writtenBlocks(path, true), std::vector<int>{1});
 }
 
 // -- Pending changes of the main result file --
 
-TEST(RecorderPendingChanges, DueTime)
+// Steps: "c" a new current transmission; "d" new data; "w" new data, written at once; "+N" the
+// clock N seconds on.
+// clang-format off
+struct DueRow { char const* name; char const* steps; qint64 dueAfterT0Seconds; };
+// clang-format on
+class RecorderDueTime : public testing::TestWithParam<DueRow>, public Rig
 {
-    // Steps: "c" a new current transmission; "d" new data; "w" new data, written at once;
-    // "+N" the clock N seconds on.
-    // clang-format off
-    struct Case { char const* name; char const* steps; qint64 dueAfterT0Seconds; } const cases[] = {
-        {"setCurrentTransmission: 10 s", "c", 10},
-        {"new data without a file: due at once", "d", -60},
-        {"new data with a file: 30 s", "w +5 d", 35},
-        {"first change wins with a file", "w +5 d +20 d", 35},
-        {"due at once does not advance a pending change", "c +2 d", 10},
-        {"setCurrentTransmission keeps an earlier due time", "d c", -60},
-        {"written, then setCurrentTransmission: 10 s", "w +3 c", 13},
-    };
-    // clang-format on
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        Rig r;
-        int nextId = 1;
-        for (QString const& step : QString::fromLatin1(c.steps).split(' ')) {
-            if (step.startsWith('+')) {
-                Clock::advance(step.mid(1).toLongLong() * 1000);
-            } else if (step == QLatin1String("c")) {
-                r.recorder.setCurrentTransmission(
-                    new Transmission(transmission({channelManagement(nextId++, 0)})));
-            } else {
-                r.add({channelManagement(nextId++, 0)});
-                if (step == QLatin1String("w")) {
-                    r.recorder.saveExpiredPendingChanges(r.now());
-                    ASSERT_FALSE(r.mainPath().isEmpty());
-                }
+};
+
+TEST_P(RecorderDueTime, OfTheMainResultFile)
+{
+    int nextId = 1;
+    for (QString const& step : QString::fromLatin1(GetParam().steps).split(' ')) {
+        if (step.startsWith('+')) {
+            Clock::advance(step.mid(1).toLongLong() * 1000);
+        } else if (step == QLatin1String("c")) {
+            recorder.setCurrentTransmission(
+                new Transmission(transmission({channelManagement(nextId++, 0)})));
+        } else {
+            add({channelManagement(nextId++, 0)});
+            if (step == QLatin1String("w")) {
+                recorder.saveExpiredPendingChanges(now());
+                ASSERT_FALSE(mainPath().isEmpty());
             }
         }
-        XmlFile const& file = r.recorder.getXmlFile();
-        ASSERT_TRUE(file.hasPendingChanges());
-        QDateTime const due = T0.addSecs(c.dueAfterT0Seconds);
-        EXPECT_EQ(file.getDueTime(), due);
-        EXPECT_FALSE(file.hasExpiredPendingChanges(due.addMSecs(-1)));
-        EXPECT_TRUE(file.hasExpiredPendingChanges(due));
     }
+    XmlFile const& file = recorder.getXmlFile();
+    ASSERT_TRUE(file.hasPendingChanges());
+    QDateTime const due = T0.addSecs(GetParam().dueAfterT0Seconds);
+    EXPECT_EQ(file.getDueTime(), due);
+    EXPECT_FALSE(file.hasExpiredPendingChanges(due.addMSecs(-1)));
+    EXPECT_TRUE(file.hasExpiredPendingChanges(due));
 }
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Recorder, RecorderDueTime, testing::Values(
+    DueRow{"setCurrentTransmission_10_s", "c", 10},
+    DueRow{"new_data_without_a_file_due_at_once", "d", -60},
+    DueRow{"first_change_wins_with_a_file_30_s", "w +5 d +20 d", 35},
+    DueRow{"due_at_once_does_not_advance_a_pending_change", "c +2 d", 10},
+    DueRow{"setCurrentTransmission_keeps_an_earlier_due_time", "d c", -60},
+    DueRow{"written_then_setCurrentTransmission_10_s", "w +3 c", 13}), zelkotest::RowName());
+// clang-format on
 
 TEST_F(Recorder, ExpiredChangesWriteTheWholeDocumentAndLeaveTheFileForReopening)
 {
@@ -531,14 +427,12 @@ TEST_F(Recorder, ExpiredChangesWriteTheWholeDocumentAndLeaveTheFileForReopening)
     Clock::advance(1000);
     add({channelManagement(2, 1)});
     recorder.saveExpiredPendingChanges(T0.addSecs(30)); // due at 31 s
-    EXPECT_EQ(pduCount(path), 1);
+    EXPECT_EQ(writtenBlocks(path, true), std::vector<int>{1});
     recorder.saveExpiredPendingChanges(T0.addSecs(31));
-    EXPECT_EQ(pduCount(path), 2);
+    EXPECT_EQ(writtenBlocks(path, true), (std::vector<int>{1, 2}));
     EXPECT_EQ(filesIn(dir.path()).size(), 1); // rewritten, never split
     EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString());
 }
-
-// -- Channel selection --
 
 TEST(RecorderChannels, UnselectedChannelsAreLeftOutOfTheFileOnly)
 {
@@ -559,60 +453,41 @@ TEST(RecorderChannels, UnselectedChannelsAreLeftOutOfTheFileOnly)
         r.add({},
               {textBlock(0, QStringLiteral("ZCZC"), 1), textBlock(1, QStringLiteral("NNNN"), 2)});
         r.recorder.saveFile();
-        QString const path = r.mainPath();
-        ASSERT_FALSE(path.isEmpty());
-        EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString());
-        NerikResultData written;
-        ASSERT_TRUE(written.LoadFile(path)) << written.GetErrorText();
-        ASSERT_EQ(written.GetTransmission().size(), 1);
-        std::vector<int> channels;
-        for (DataBlock const* block : written.GetTransmission()[0]->GetDataBlock()) {
-            channels.push_back(block->GetChannel());
-        }
-        EXPECT_EQ(channels, c.written);
+        EXPECT_EQ(zelkotest::validateXmlFile(r.mainPath(), Schema), QString());
+        EXPECT_EQ(writtenBlocks(r.mainPath(), false), c.written);
         EXPECT_EQ(r.recorder.getCurrentTransmission()->GetDataBlock().size(), 2); // model keeps all
     }
 }
 
 // -- Closing --
 
-TEST(RecorderClose, WithoutChangesNothingIsWrittenButTheModelIsClosedAndCleared)
+TEST(RecorderClose, WritesPendingChangesOnlyThenClosesAndClears)
 {
-    for (bool const withTransmission : {false, true}) {
-        SCOPED_TRACE(withTransmission);
+    // 0: nothing; 1: a transmission without changes; 2: a transmission set as current.
+    for (int const what : {0, 1, 2}) {
+        SCOPED_TRACE(what);
         Rig r;
         ClosedLog log;
         r.recorder.setCallback(&log);
-        if (withTransmission) {
+        if (what == 1) {
             r.recorder.createTransmission(T0);
-        } else {
-            r.recorder.setCurrentTransmission(nullptr);
+        } else if (what == 2) {
+            r.recorder.setCurrentTransmission(
+                new Transmission(transmission({channelManagement(1, 0)})));
         }
         r.recorder.closeFile();
-        EXPECT_TRUE(filesIn(r.dir.path()).isEmpty());
-        EXPECT_TRUE(r.records().empty());
+        EXPECT_EQ(filesIn(r.dir.path()).size(), what == 2 ? 1 : 0);
+        ASSERT_EQ(r.records().size(), what == 2 ? 1u : 0u);
+        if (what == 2) {
+            EXPECT_TRUE(r.records()[0].GetMetadata().GetStopTime().isValid());
+            EXPECT_EQ(r.records()[0].GetMetadata().GetDetail().GetCode(),
+                      QStringLiteral("DecodedText"));
+        }
+        EXPECT_EQ(log.closed, what == 0 ? 0 : 1);
         EXPECT_EQ(r.recorder.getCurrentTransmission(), nullptr);
         EXPECT_TRUE(r.recorder.getResultData()->GetTransmission().isEmpty());
         EXPECT_EQ(r.recorder.getFileName(), QString());
-        EXPECT_EQ(log.closed, withTransmission ? 1 : 0);
     }
-}
-
-TEST_F(Recorder, CloseWritesPendingChangesCompletesAndClears)
-{
-    ClosedLog log;
-    recorder.setCallback(&log);
-    recorder.setCurrentTransmission(new Transmission(transmission({channelManagement(1, 0)})));
-    recorder.closeFile();
-    EXPECT_EQ(filesIn(dir.path()),
-              QStringList{QStringLiteral("NerikResultData_%1.xml")
-                              .arg(Clock::currentDateTime().toString("yyyyMMdd_hhmmss"))});
-    ASSERT_EQ(records().size(), 1u);
-    EXPECT_TRUE(records()[0].GetMetadata().GetStopTime().isValid());
-    EXPECT_EQ(records()[0].GetMetadata().GetDetail().GetCode(), QStringLiteral("DecodedText"));
-    EXPECT_EQ(log.closed, 1);
-    EXPECT_EQ(recorder.getCurrentTransmission(), nullptr);
-    EXPECT_TRUE(recorder.getResultData()->GetTransmission().isEmpty());
 }
 
 TEST_F(Recorder, DirectoryThatRefusesFilesCountsAsAFailedSave)
@@ -634,6 +509,31 @@ TEST_F(Recorder, DirectoryThatRefusesFilesCountsAsAFailedSave)
     EXPECT_TRUE(records().empty());
 }
 
+TEST(RecorderClose, FullDiskTracesTheFailedSave)
+{
+    QTemporaryDir dir;
+    QByteArray const mountPoint = dir.path().toLocal8Bit();
+    if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=4k") != 0) {
+        GTEST_SKIP() << "mounting a tmpfs is not permitted here";
+    }
+    zelkotest::TraceCapture capture(0x20);
+    {
+        Clock::Override const clock(T0);
+        RecorderModel recorder(nullptr);
+        recorder.setDirectoryPath(dir.path());
+        QStringList stationXml;
+        recorder.addTransmission(transmission({}, {textBlock(1, QString(20000, 'x'), 0)}),
+                                 stationXml);
+        recorder.closeFile();
+    }
+    ::umount(mountPoint.constData());
+    auto const saveFailure = std::find_if(
+        capture.lines().begin(), capture.lines().end(),
+        [](zelkotest::TraceLine const& line) { return line.message.startsWith("SaveFile: "); });
+    ASSERT_NE(saveFailure, capture.lines().end()) << capture.messages().join('\n').toStdString();
+    EXPECT_EQ(saveFailure->line, 297);
+}
+
 TEST_F(Recorder, GetFileNameListsMainThenStationsByMMSI)
 {
     EXPECT_EQ(recorder.getFileName(), QString());
@@ -650,8 +550,6 @@ TEST_F(Recorder, GetFileNameListsMainThenStationsByMMSI)
               QStringList({mainPath(), stationPath(211234567), stationPath(366999000)}).join('\n'));
     EXPECT_TRUE(stationPath(211234567).contains(
         QRegularExpression("/AISStation_211234567_\\d{8}_\\d{6}\\.xml$")));
-    recorder.closeFile();
-    EXPECT_EQ(recorder.getFileName(), QString());
 }
 
 // -- Settings --
@@ -669,10 +567,10 @@ TEST(RecorderSettings, BadSettingsAreTracedWithTheOperationAndLeaveTheSettingsAl
     using Setter = void (RecorderModel::*)(QString const&);
     // parseError: the library's own complaint about the text.
     // clang-format off
-    struct Case { QString operation; QString xml; Setter set; QString (*parseError)(QString const&); }
-    const cases[] = {
-        {"setAntennaSettings", "<AntennaSettings name=\"HE600\"", &RecorderModel::setAntennaSettings,
-         complaint<REPORTKIT::Antenna_Settings>},
+    struct Case { QString operation; QString xml; Setter set;
+                  QString (*parseError)(QString const&); } const cases[] = {
+        {"setAntennaSettings", "<AntennaSettings name=\"HE600\"",
+         &RecorderModel::setAntennaSettings, complaint<REPORTKIT::Antenna_Settings>},
         {"setAudioSettings", "<FFM_Settings frequency=\"1\"/>", &RecorderModel::setAudioSettings,
          complaint<REPORTKIT::Audio_Settings>},
         {"setTunerSettings", "tuner please", &RecorderModel::setTunerSettings,
@@ -682,7 +580,7 @@ TEST(RecorderSettings, BadSettingsAreTracedWithTheOperationAndLeaveTheSettingsAl
     };
     // clang-format on
     for (auto const& c : cases) {
-        SCOPED_TRACE(c.operation);
+        SCOPED_TRACE(c.operation.toStdString());
         Rig r;
         r.recorder.setTunerSettings(QStringLiteral(
             "<Tuner_Settings device=\"EB500\"><AntennaSettings name=\"HE600\" port=\"1\"/>"
@@ -691,12 +589,57 @@ TEST(RecorderSettings, BadSettingsAreTracedWithTheOperationAndLeaveTheSettingsAl
         QString const before = r.recorder.getTunerSettings().GetXmlString();
         zelkotest::TraceCapture capture(0x20);
         (r.recorder.*c.set)(c.xml);
-        ASSERT_EQ(capture.lines().size(), 1u) << capture.messages().join('\n');
+        ASSERT_EQ(capture.lines().size(), 1u);
         EXPECT_EQ(capture.lines()[0].message, c.operation + ": " + c.parseError(c.xml));
         EXPECT_TRUE(capture.lines()[0].message.contains(QStringLiteral(": line ")));
-        EXPECT_EQ(capture.lines()[0].sourceFile, Source + QStringLiteral("recordermodel"));
+        EXPECT_EQ(capture.lines()[0].sourceFile,
+                  QStringLiteral("massdatamanagement/zelkodatastreamconverter/recordermodel"));
+        EXPECT_EQ(capture.lines()[0].line, 58);
         EXPECT_EQ(r.recorder.getTunerSettings().GetXmlString(), before);
         EXPECT_EQ(r.recorder.getFrequency(), 161975000.0);
+    }
+}
+
+/// Throws from the virtual operations that the recorder calls inside its guarded steps.
+class ThrowingRecorder : public RecorderModel
+{
+public:
+    using RecorderModel::RecorderModel;
+    int kind = 0; // 0 document library, 1 report library, 2 anything else
+    void addCurrentInfo(QDateTime const&, bool) override { fail(); }
+    void setFrequency(double) override { fail(); }
+
+private:
+    void fail() const
+    {
+        if (kind == 0) {
+            throw NerikResultDataXml::NerikResultDataException(QStringLiteral("doc"));
+        }
+        if (kind == 1) {
+            throw REPORTKIT::RGException(QStringLiteral("rep"));
+        }
+        throw 1;
+    }
+};
+
+TEST(RecorderSettings, ExceptionsInsideAStepAreTracedWithItsName)
+{
+    std::pair<QString, int> const cases[] = {{"doc", 44}, {"rep", 42}, {"Unknown exception", 46}};
+    for (int kind = 0; kind < 3; ++kind) {
+        SCOPED_TRACE(kind);
+        ThrowingRecorder recorder(nullptr);
+        recorder.kind = kind;
+        zelkotest::TraceCapture capture(0x20);
+        recorder.setTunerSettings(QStringLiteral("<Tuner_Settings/>"));
+        QStringList stationXml;
+        // A new transmission, but the step broke off before it could say so.
+        EXPECT_FALSE(recorder.addTransmission(transmission({}), stationXml));
+        QString const text = cases[kind].first;
+        EXPECT_EQ(capture.messages(),
+                  (QStringList{"setTunerSettings: " + text, "addTransmission: " + text}));
+        ASSERT_EQ(capture.lines().size(), 2u);
+        EXPECT_EQ(capture.lines()[0].line, cases[kind].second);
+        EXPECT_EQ(capture.lines()[1].line, cases[kind].second);
     }
 }
 
@@ -712,14 +655,12 @@ TEST_F(Recorder, GoodSettingsGoIntoTheKeptTuner)
     EXPECT_EQ(tuner.GetDevice(), QStringLiteral("EB500"));
     EXPECT_EQ(tuner.GetAudio_Settings().GetSampleRate(), 48000);
     EXPECT_EQ(tuner.GetFFM_Settings().GetFrequency().GetValue(), 162025000.0);
-    EXPECT_EQ(recorder.getFrequency(), 162025000.0);
     EXPECT_EQ(recorder.getXmlFile().getFrequency(), 162025000.0);
 
     // The kept tuner does not validate, and so neither does its antenna; a freshly read
     // antenna would. An equal antenna must therefore leave the kept object as it is.
     QString const he600 = QStringLiteral("<AntennaSettings name=\"HE600\" port=\"1\"/>");
     recorder.setTunerSettings("<Tuner_Settings>" + he600 + "</Tuner_Settings>");
-    ASSERT_FALSE(recorder.getTunerSettings().GetAntennaSettings().GetValidate());
     recorder.setAntennaSettings(he600);
     EXPECT_FALSE(recorder.getTunerSettings().GetAntennaSettings().GetValidate());
     QString const hf = QStringLiteral("<AntennaSettings name=\"HF rod\" port=\"2\"/>");
@@ -731,10 +672,9 @@ TEST_F(Recorder, GoodSettingsGoIntoTheKeptTuner)
 
 TEST_F(Recorder, CurrentInfoRecordsTunerAndDemodulatorSettings)
 {
-    recorder.setTunerSettings(
-        QStringLiteral("<Tuner_Settings device=\"EB500\"><FFM_Settings frequency=\"161975000\"/>"
-                       "</Tuner_Settings>"));
+    recorder.setTunerSettings(QStringLiteral("<Tuner_Settings device=\"EB500\"/>"));
     setAISMode();
+    EXPECT_FALSE(recorder.getDemodulatorSettings().GetValidate()); // kept as read, like the tuner
     recorder.setCurrentTransmission(new Transmission(transmission({})));
     Transmission const* current = recorder.getCurrentTransmission();
     ASSERT_EQ(current->GetInfos().size(), 1);
@@ -745,7 +685,6 @@ TEST_F(Recorder, CurrentInfoRecordsTunerAndDemodulatorSettings)
     EXPECT_EQ(info.GetItems()[0].value, recorder.getTunerSettings().GetXmlString());
     EXPECT_EQ(info.GetItems()[1].name, QStringLiteral("Demodulator_Settings"));
     EXPECT_EQ(info.GetItems()[1].value, recorder.getDemodulatorSettings().GetXmlString());
-    EXPECT_TRUE(info.GetItems()[1].value.contains(QStringLiteral("transmissionSystem=\"AIS\"")));
 
     recorder.addCurrentInfo(T0, false); // same time: already recorded
     EXPECT_EQ(current->GetInfos().size(), 1);
@@ -781,7 +720,7 @@ TEST(RecorderByHand, ResultFileAndStationFilesValidateAndMatchTheGoldenCopies)
     {
         RecorderModel recorder(&files);
         JobSpec::Settings settings;
-        ASSERT_TRUE(settings.SetXmlString(JobSettingsXml, 0)) << settings.LastXmlError();
+        ASSERT_TRUE(settings.SetXmlString(JobSettingsXml, 0));
         recorder.setDirectoryPath(dir.path());
         recorder.setFileCode(QStringLiteral("TransmissionSystem"));
         recorder.setParameter(settings);
@@ -789,18 +728,19 @@ TEST(RecorderByHand, ResultFileAndStationFilesValidateAndMatchTheGoldenCopies)
 
         QStringList stationXml;
         recorder.addTransmission(
-            transmission({report(1, 1, 211234567, "DABC", NorthEast),
-                          report(2, 2, 366999000, "WDC1234", u("N 40°42'46'' W 74°0'22''")),
-                          channelManagement(3, 3),
-                          report(4, 20, 211234567, None, u("N 53°32'40.5'' E 9°57'30''"))},
-                         {}, 20),
+            transmission(
+                {report(1, 1, 211234567, "DABC", NorthEast),
+                 report(2, 2, 366999000, "WDC1234", QString::fromUtf8("N 40°42'46'' W 74°0'22''")),
+                 channelManagement(3, 3),
+                 report(4, 20, 211234567, None, QString::fromUtf8("N 53°32'40.5'' E 9°57'30''"))},
+                {}, 20),
             stationXml);
         EXPECT_EQ(stationXml.size(), 3);
         recorder.closeFile();
     }
 
     QStringList const written = filesIn(dir.path());
-    ASSERT_EQ(written.size(), 3) << written.join(' ');
+    ASSERT_EQ(written.size(), 3);
     QStringList listing;
     for (REPORTKIT::Text const& record : files.getResults().GetText()) {
         EXPECT_TRUE(record.GetMetadata().GetStopTime().isValid());
@@ -814,11 +754,13 @@ TEST(RecorderByHand, ResultFileAndStationFilesValidateAndMatchTheGoldenCopies)
               QString());
     for (QString const& name : written) {
         QString const path = dir.filePath(name);
-        EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString()) << name;
+        EXPECT_EQ(zelkotest::validateXmlFile(path, Schema), QString()) << name.toStdString();
         QString const golden = normalisedName(name)
                                    .remove(QStringLiteral("_yyyyMMdd_hhmmss"))
                                    .prepend(QStringLiteral("recordermodel/by-hand-"));
-        EXPECT_EQ(zelkotest::compareWithGolden(readAll(path), golden), QString());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(zelkotest::compareWithGolden(file.readAll(), golden), QString());
     }
 }
 
