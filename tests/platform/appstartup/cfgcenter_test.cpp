@@ -128,36 +128,10 @@ TEST(CfgCenter, PluginDirectoriesStartNextToTheLibrary)
     EXPECT_EQ(directories.mid(1), (QStringList{QStringLiteral("/a"), QStringLiteral("/b")}));
 }
 
-TEST(CfgCenter, LoadsTestPluginAtRunTimeAndReleasesIt)
+TEST(CfgCenter, LoadsPluginsAtRunTimeSharesPerSecondNameAndReleases)
 {
     ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
     int const before = CfgCenter::LiveInstanceCount();
-    IDllInstance* instance = CfgCenter::CreateDllInstanceByFileName(
-        QStringLiteral("ZelkoTestPlugin.DLL"), QString(), false, false);
-    ASSERT_NE(instance, nullptr);
-    auto* counter = dynamic_cast<CounterInstance*>(instance);
-    ASSERT_NE(counter, nullptr) << "the checked down-cast works across the library boundary";
-    EXPECT_EQ(counter->Next(), 1);
-    EXPECT_EQ(counter->Next(), 2);
-    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before + 1);
-    bool died = false;
-    counter->SetDeathFlag(&died);
-    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(instance));
-    EXPECT_TRUE(died);
-    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
-    EXPECT_FALSE(CfgCenter::DestroyDllInstanceByPointer(instance)) << "unknown now";
-
-    // With a directory in the name no search takes place.
-    IDllInstance* direct = CfgCenter::CreateDllInstanceByFileName(
-        pluginDir + QStringLiteral("/ZelkoTestPlugin.dll"), QStringLiteral("named"), false, true);
-    ASSERT_NE(direct, nullptr);
-    EXPECT_EQ(dynamic_cast<CounterInstance*>(direct)->SecondName(), QStringLiteral("named"));
-    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(direct));
-}
-
-TEST(CfgCenter, SharedInstancesAreCountedPerLibraryAndSecondName)
-{
-    ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
     auto create = [](char const* secondName, bool shared) {
         return CfgCenter::CreateDllInstanceByFileName(QStringLiteral("ZelkoTestPlugin.DLL"),
                                                       QLatin1String(secondName), shared, false);
@@ -166,19 +140,31 @@ TEST(CfgCenter, SharedInstancesAreCountedPerLibraryAndSecondName)
     IDllInstance* b = create("s", true);
     IDllInstance* other = create("t", true);
     IDllInstance* unshared = create("s", false);
-    ASSERT_NE(a, nullptr);
-    EXPECT_EQ(a, b);
+    auto* counter = dynamic_cast<CounterInstance*>(a);
+    ASSERT_NE(counter, nullptr) << "the checked down-cast works across the library boundary";
+    EXPECT_EQ(counter->Next(), 1);
+    EXPECT_EQ(dynamic_cast<CounterInstance*>(b)->Next(), 2) << "one object for both users";
     EXPECT_NE(a, other);
     EXPECT_NE(a, unshared);
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before + 3);
     bool died = false;
-    dynamic_cast<CounterInstance*>(a)->SetDeathFlag(&died);
+    counter->SetDeathFlag(&died);
     EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(a));
     EXPECT_FALSE(died) << "one user is left";
     EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(b));
     EXPECT_TRUE(died);
+    EXPECT_FALSE(CfgCenter::DestroyDllInstanceByPointer(b)) << "unknown now";
     for (IDllInstance* rest : {other, unshared}) {
         EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(rest));
     }
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
+
+    // With a directory in the name no search takes place.
+    IDllInstance* direct = CfgCenter::CreateDllInstanceByFileName(
+        pluginDir + QStringLiteral("/ZelkoTestPlugin.dll"), QStringLiteral("named"), false, true);
+    ASSERT_NE(direct, nullptr);
+    EXPECT_EQ(dynamic_cast<CounterInstance*>(direct)->SecondName(), QStringLiteral("named"));
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(direct));
 }
 
 TEST(CfgCenter, BadLibrariesAnswerNullWithTheLoaderError)

@@ -4,6 +4,8 @@
 #include <QXmlStreamWriter>
 #include <gtest/gtest.h>
 #include <nerikresultdataxml/nerikresultdata.h>
+#include <nerikresultdataxml/xmltext.h>
+#include <support/rowname.h>
 
 using namespace NerikResultDataXml;
 
@@ -23,6 +25,57 @@ bool roundTrips(T const& original)
     EXPECT_TRUE(ok) << error.toStdString() << "\n" << xml.toStdString();
     return ok && read == original;
 }
+
+struct FormRow
+{
+    char const* name;
+    QString text;
+    char const* element;   // as the content of <t>
+    char const* attribute; // as the attribute a of <t/>
+};
+
+QChar u(ushort unit)
+{
+    return QChar(unit);
+}
+
+class WrittenForm : public testing::TestWithParam<FormRow>
+{
+};
+
+// The written form is what other tools read: characters XML can carry stay as they are.
+TEST_P(WrittenForm, OfElementTextAndAttribute)
+{
+    QString xml;
+    QXmlStreamWriter writer(&xml);
+    XmlText::writeTextElement(writer, QStringLiteral("t"), GetParam().text);
+    writer.writeEmptyElement(QStringLiteral("t"));
+    XmlText::writeTextAttribute(writer, QStringLiteral("a"), GetParam().text);
+    writer.writeEndDocument();
+    EXPECT_EQ(xml.trimmed(), QStringLiteral("<t>%1</t><t %2/>")
+                                 .arg(QString::fromUtf8(GetParam().element),
+                                      QString::fromUtf8(GetParam().attribute)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, WrittenForm,
+    testing::Values(
+        FormRow{"blanks tab and line feed", QStringLiteral(" \t\n~"), " \t\n~",
+                "a=\" &#9;&#10;~\""},
+        FormRow{"markup", QStringLiteral("<>&"), "&lt;&gt;&amp;", "a=\"&lt;&gt;&amp;\""},
+        FormRow{"carriage return", QStringLiteral("\r"), "&#13;", "a=\"&#13;\""},
+        FormRow{"controls", QStringLiteral("\x01\x1F\x7F"), "<c u=\"0001\"/><c u=\"001F\"/>\x7F",
+                "a64=\"AQAfAH8A\""},
+        FormRow{"surrogate pairs at the range ends",
+                QString(u(0xD800)) + u(0xDC00) + u(0xDBFF) + u(0xDFFF),
+                "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", "a=\"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\""},
+        FormRow{"lone surrogates", QString(u(0xDFFF)) + u(0xDBFF) + u('x') + u(0xD800),
+                "<c u=\"DFFF\"/><c u=\"DBFF\"/>x<c u=\"D800\"/>", "a64=\"/9//23gAANg=\""},
+        FormRow{"around the surrogates and noncharacters",
+                QString(u(0xD7FF)) + u(0xE000) + u(0xFFFD) + u(0xFFFE) + u(0xFFFF),
+                "\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD<c u=\"FFFE\"/><c u=\"FFFF\"/>",
+                "a64=\"/9cA4P3//v///w==\""}),
+    zelkotest::RowName());
 
 } // namespace
 
