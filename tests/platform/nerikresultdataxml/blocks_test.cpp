@@ -145,66 +145,50 @@ TEST(DataBlock, CopiesAreDeepAndMovesLeaveNoSharedUserData)
     EXPECT_TRUE(moved.GetUserData().isEmpty());
 }
 
-TEST(PDUDataBlock, ValidityNeedsTimeAndNameOrContent)
+struct ValidityRow
 {
-    // Each row changes a freshly begun block: a type, a time stamp and a name.
-    struct Case
-    {
-        char const* name;
-        std::function<void(PDUDataBlock&)> change;
-        bool valid;
-    };
-    auto const payload = [](char const* data, char const* name) {
-        Payload p;
-        if (data) {
-            p.SetData(data, 1, 8);
-        }
-        if (name) {
-            p.SetName(QString::fromLatin1(name));
-        }
-        return p;
-    };
-    Case const cases[] = {
-        {"freshly begun", [](PDUDataBlock&) {}, true},
-        {"type 0 is a type", [](PDUDataBlock& b) { b.SetType(0); }, true},
-        {"nothing at all", [](PDUDataBlock& b) { b = PDUDataBlock(); }, false},
-        {"no time stamp", [](PDUDataBlock& b) { b.SetTimeStamp(QDateTime()); }, false},
-        {"no name, nothing else", [](PDUDataBlock& b) { b.SetName(QString()); }, false},
-        {"no name but a field",
-         [](PDUDataBlock& b) {
-             b.SetName(QString());
-             b.AddField(Field("a", "int", "1"));
-         },
-         true},
-        {"no name but a child",
-         [](PDUDataBlock& b) {
-             b.SetName(QString());
-             b.AddPDUDataBlock(new PDUDataBlock);
-         },
-         true},
-        {"no name but payload data",
-         [&](PDUDataBlock& b) {
-             b.SetName(QString());
-             b.SetPayload(payload("x", nullptr));
-         },
-         true},
-        {"no name, payload with only a label",
-         [&](PDUDataBlock& b) {
-             b.SetName(QString());
-             b.SetPayload(payload(nullptr, "Text"));
-         },
-         false},
-    };
-    for (Case const& c : cases) {
-        PDUDataBlock block;
-        block.SetType(9u << 16);
-        block.SetTimeStamp(sample::at(3, 0, 0));
-        block.SetName(QStringLiteral("ACARS"));
-        c.change(block);
-        PDUDataBlock const* asBase = &block;
-        EXPECT_EQ(asBase->IsValid(), c.valid) << c.name;
+    char const* name;
+    bool time, named, field, child;
+    char const* payloadData;
+    char const* payloadContent;
+    bool valid;
+};
+
+class Validity : public testing::TestWithParam<ValidityRow>
+{
+};
+
+// The type is no part of it: a type of 0 is a type.
+TEST_P(Validity, NeedsTimeAndNameOrContent)
+{
+    ValidityRow const& row = GetParam();
+    PDUDataBlock block;
+    block.SetTimeStamp(row.time ? sample::at(3, 0, 0) : QDateTime());
+    block.SetName(row.named ? QStringLiteral("ACARS") : QString());
+    if (row.field) {
+        block.AddField(Field("a", "int", "1"));
     }
+    if (row.child) {
+        block.AddPDUDataBlock(new PDUDataBlock);
+    }
+    block.GetPayload().SetName(QStringLiteral("Text"));
+    block.GetPayload().SetData(row.payloadData, 1, 8);
+    block.GetPayload().SetContent(QString::fromLatin1(row.payloadContent));
+    PDUDataBlock const* asBase = &block;
+    EXPECT_EQ(asBase->IsValid(), row.valid);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Blocks, Validity,
+    testing::Values(ValidityRow{"time and name", true, true, false, false, "", "", true},
+                    ValidityRow{"nothing", false, false, false, false, "", "", false},
+                    ValidityRow{"no time stamp", false, true, true, true, "x", "x", false},
+                    ValidityRow{"only a time", true, false, false, false, "", "", false},
+                    ValidityRow{"a field", true, false, true, false, "", "", true},
+                    ValidityRow{"a child", true, false, false, true, "", "", true},
+                    ValidityRow{"payload data", true, false, false, false, "x", "", true},
+                    ValidityRow{"payload content", true, false, false, false, "", "x", true}),
+    zelkotest::RowName());
 
 TEST(PDUDataBlock, CopyIsDeepAndAssignmentFromOwnChildWorks)
 {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <reportkit/results.h>
 #include <reportkit/rgexception.h>
+#include <support/rowname.h>
 #include <support/schemavalidator.h>
 
 using namespace REPORTKIT;
@@ -103,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
                "frequency is not a number"},
         BadXml{"unknown_element", "<Results><Audio/></Results>", "unexpected element <Audio>"},
         BadXml{"second_root", "<Results/><Results/>", "line 1"}),
-    [](testing::TestParamInfo<BadXml> const& info) { return info.param.name; });
+    zelkotest::RowName());
 
 TEST(Results, LenientReaderSkipsUnknownElements)
 {
