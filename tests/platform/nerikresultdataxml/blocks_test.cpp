@@ -67,8 +67,9 @@ INSTANTIATE_TEST_SUITE_P(
         FormRow{"controls", QStringLiteral("\x01\x1F\x7F"), "<c u=\"0001\"/><c u=\"001F\"/>\x7F",
                 "a64=\"AQAfAH8A\""},
         FormRow{"surrogate pairs at the range ends",
-                QString(u(0xD800)) + u(0xDC00) + u(0xDBFF) + u(0xDFFF),
-                "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", "a=\"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\""},
+                QString(u(0xFFFD)) + u(0xD800) + u(0xDC00) + u(0xDBFF) + u(0xDFFF),
+                "\xEF\xBF\xBD\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
+                "a=\"\xEF\xBF\xBD\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\""},
         FormRow{"lone surrogates", QString(u(0xDFFF)) + u(0xDBFF) + u('x') + u(0xD800),
                 "<c u=\"DFFF\"/><c u=\"DBFF\"/>x<c u=\"D800\"/>", "a64=\"/9//23gAANg=\""},
         FormRow{"around the surrogates and noncharacters",
@@ -76,6 +77,16 @@ INSTANTIATE_TEST_SUITE_P(
                 "\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD<c u=\"FFFE\"/><c u=\"FFFF\"/>",
                 "a64=\"/9cA4P3//v///w==\""}),
     zelkotest::RowName());
+
+// Long texts go out in pieces of 65536 code units; a pair across the seam stays one character.
+TEST(XmlText, SurrogatePairAtAPieceSeamStaysWhole)
+{
+    QString const text = QString(65535, QLatin1Char('a')) + u(0xD83D) + u(0xDE00);
+    QString xml;
+    QXmlStreamWriter writer(&xml);
+    XmlText::writeTextElement(writer, QStringLiteral("t"), text);
+    EXPECT_EQ(xml, QStringLiteral("<t>%1</t>").arg(text));
+}
 
 } // namespace
 
