@@ -225,6 +225,8 @@ INSTANTIATE_TEST_SUITE_P(
                "line 1, column 30: unsupported version \"2\""},
         BadRow{"foreign element in the document", NRD "<Info/></NerikResultData>",
                "line 1, column 36: unexpected element <Info> in <NerikResultData>"},
+        BadRow{"info item without a name", IN_T("<Info><Item/></Info>"),
+               "line 1, column 56: <Item> lacks the attribute name"},
         BadRow{"id not a number", IN_T("<DataBlock id='x' channel='1'><Content/></DataBlock>"),
                "line 1, column 73: id is not an integer: \"x\""},
         BadRow{"negative PDU type", IN_T("<PDUDataBlock id='1' type='-1'/>"),
