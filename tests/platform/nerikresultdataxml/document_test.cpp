@@ -250,6 +250,10 @@ INSTANTIATE_TEST_SUITE_P(
                "line 1, column 92: unknown attribute colour of <Field>"},
         BadRow{"bad user data in a PDU block", IN_PDU("<UserData/>"),
                "line 1, column 84: <UserData> lacks the attribute start"},
+        BadRow{
+            "a fourth text in user data",
+            IN_PDU("<UserData start='1' end='2'><Text/><Text2/><CoveredText/><Text/></UserData>"),
+            "line 1, column 137: unexpected element <Text> in <UserData>"},
         BadRow{"payload data not base64",
                IN_PDU("<Payload><Data elements='1' bits='8'>*</Data></Payload>"),
                "line 1, column 118: <Data> is not base64"}),
