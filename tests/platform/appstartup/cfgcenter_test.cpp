@@ -8,6 +8,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <support/qstringprinter.h>
+#include <support/rowname.h>
 #include <support/scopedenvironment.h>
 #include <support/tracecapture.h>
 #include <thread>
@@ -167,53 +168,65 @@ TEST(CfgCenter, LoadsPluginsAtRunTimeSharesPerSecondNameAndReleases)
     EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(direct));
 }
 
-TEST(CfgCenter, BadLibrariesAnswerNullWithTheLoaderError)
+struct BadLibraryRow
+{
+    char const* name;
+    char const* fileName;
+    char const* secondName;
+    char const* start;  // the message starts with this exact text
+    char const* reason; // and carries the loader's reason
+};
+
+class BadLibrary : public testing::TestWithParam<BadLibraryRow>
+{
+};
+
+TEST_P(BadLibrary, AnswersNullWithTheLoaderError)
 {
     QTemporaryDir directory;
     ASSERT_TRUE(writeFile(directory.filePath(QStringLiteral("libBroken.so")), "not an ELF file\n"));
     ScopedEnvironment path("ZELKO_PLUGIN_PATH", directory.path() + QLatin1Char(':') + pluginDir);
-    struct Case
-    {
-        char const* fileName;
-        char const* secondName;
-        char const* start;
-        char const* reason;
-    };
-    // The message starts with the exact text and carries the loader's reason.
-    Case const cases[] = {
-        {"NoSuchPlugin.DLL", "",
-         "CreateDllInstanceByFileName(NoSuchPlugin.DLL): cannot load: ", "libNoSuchPlugin.so"},
-        {"Broken.DLL", "",
-         "CreateDllInstanceByFileName(Broken.DLL): cannot load: ", "libBroken.so"},
-        {"ZelkoNoFactoryPlugin.DLL", "",
-         "CreateDllInstanceByFileName(ZelkoNoFactoryPlugin.DLL): no factory: ",
-         "zelkoCreateDllInstance"},
-        {"ZelkoTestPlugin.DLL", "none",
-         "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no object \"none\"",
-         ""},
-        {"ZelkoTestPlugin.DLL", "throw",
-         "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no object \"throw\"",
-         ""},
-    };
     int const before = CfgCenter::LiveInstanceCount();
-    for (Case const& c : cases) {
-        zelkotest::TraceCapture capture(0x20);
-        EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QString::fromLatin1(c.fileName),
-                                                         QString::fromLatin1(c.secondName), false,
-                                                         false),
-                  nullptr)
-            << c.fileName;
-        ASSERT_EQ(capture.messages().size(), 1) << c.fileName;
-        QString const message = capture.messages().front();
-        EXPECT_TRUE(message.startsWith(QLatin1String(c.start))) << message.toStdString();
-        EXPECT_TRUE(message.contains(QLatin1String(c.reason))) << message.toStdString();
-    }
+    zelkotest::TraceCapture capture(0x20);
+    EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QString::fromLatin1(GetParam().fileName),
+                                                     QString::fromLatin1(GetParam().secondName),
+                                                     false, false),
+              nullptr);
+    ASSERT_EQ(capture.messages().size(), 1);
+    QString const message = capture.messages().front();
+    EXPECT_TRUE(message.startsWith(QLatin1String(GetParam().start))) << message.toStdString();
+    EXPECT_TRUE(message.contains(QLatin1String(GetParam().reason))) << message.toStdString();
     EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Libraries, BadLibrary,
+    testing::Values(
+        BadLibraryRow{
+            "missing", "NoSuchPlugin.DLL", "",
+            "CreateDllInstanceByFileName(NoSuchPlugin.DLL): cannot load: ", "libNoSuchPlugin.so"},
+        BadLibraryRow{"not a library", "Broken.DLL", "",
+                      "CreateDllInstanceByFileName(Broken.DLL): cannot load: ", "libBroken.so"},
+        BadLibraryRow{"no factory", "ZelkoNoFactoryPlugin.DLL", "",
+                      "CreateDllInstanceByFileName(ZelkoNoFactoryPlugin.DLL): no factory: ",
+                      "zelkoCreateDllInstance"},
+        BadLibraryRow{"factory makes nothing", "ZelkoTestPlugin.DLL", "none",
+                      "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no "
+                      "object \"none\"",
+                      ""},
+        BadLibraryRow{"factory throws", "ZelkoTestPlugin.DLL", "throw",
+                      "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no "
+                      "object \"throw\"",
+                      ""}),
+    zelkotest::RowName());
+
+TEST(CfgCenter, TheTraceMaskDecidesWhetherALoadFailureIsTraced)
+{
     zelkotest::TraceCapture silent(0);
     EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QStringLiteral("NoSuchPlugin.DLL"), QString(),
                                                      false, false),
               nullptr);
-    EXPECT_TRUE(silent.lines().empty()) << "the mask decides whether it is traced";
+    EXPECT_TRUE(silent.lines().empty());
 }
 
 TEST(CfgCenter, ManyThreadsLoadAndReleaseAtOnce)
