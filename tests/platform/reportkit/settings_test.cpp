@@ -37,6 +37,7 @@ TEST(TunerSettings, RoundTripKeepsEveryPartAndValidates)
     ASSERT_TRUE(read.SetXmlString(original.GetXmlString(), 0)) << read.LastXmlError().toStdString();
     EXPECT_TRUE(read == original);
     EXPECT_TRUE(read.GetAudio_Settings().IsSquelchSet()) << "a squelch of 0 is still set";
+    EXPECT_EQ(read.GetFFM_Settings().GetFrequency().GetValue(), 14250000000.0);
     EXPECT_EQ(zelkotest::validateXmlText(original.GetXmlString(), schema), QString());
     EXPECT_EQ(zelkotest::validateXmlText(Tuner_Settings().GetXmlString(), schema), QString());
 }
