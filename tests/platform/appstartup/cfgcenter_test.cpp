@@ -183,9 +183,13 @@ class BadLibrary : public testing::TestWithParam<BadLibraryRow>
 
 TEST_P(BadLibrary, AnswersNullWithTheLoaderError)
 {
+    // The first directory on the path that has the library wins: the broken copy of the test
+    // plugin further on must not be taken.
     QTemporaryDir directory;
-    ASSERT_TRUE(writeFile(directory.filePath(QStringLiteral("libBroken.so")), "not an ELF file\n"));
-    ScopedEnvironment path("ZELKO_PLUGIN_PATH", directory.path() + QLatin1Char(':') + pluginDir);
+    for (char const* name : {"libBroken.so", "libZelkoTestPlugin.so"}) {
+        ASSERT_TRUE(writeFile(directory.filePath(QLatin1String(name)), "not an ELF file\n"));
+    }
+    ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir + QLatin1Char(':') + directory.path());
     int const before = CfgCenter::LiveInstanceCount();
     zelkotest::TraceCapture capture(0x20);
     EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QString::fromLatin1(GetParam().fileName),
