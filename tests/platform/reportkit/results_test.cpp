@@ -111,10 +111,12 @@ TEST(Results, LenientReaderSkipsUnknownElements)
     Results results;
     results.SetValidate(false);
     ASSERT_TRUE(results.SetXmlString(
-        QStringLiteral("<Results><Audio/><Binary url='u' extra='1'><Metadata/></Binary></Results>"),
+        QStringLiteral("<Results><Audio/><Binary url='u' extra='1'><Metadata><Note/>"
+                       "<Detail frequency='5'/></Metadata></Binary></Results>"),
         0));
     ASSERT_EQ(results.GetBinary().size(), 1u);
     EXPECT_EQ(results.GetBinary().front().GetURL(), QStringLiteral("u"));
+    EXPECT_EQ(results.GetBinary().front().GetMetadata().GetDetail().GetFrequency().GetValue(), 5.0);
 }
 
 TEST(FileRecord, ValidatingSetterThrowsOnEmptyUrl)
