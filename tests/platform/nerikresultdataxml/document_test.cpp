@@ -249,10 +249,9 @@ INSTANTIATE_TEST_SUITE_P(
                "line 1, column 92: unknown attribute colour of <Field>"},
         BadRow{"bad user data in a PDU block", IN_PDU("<UserData/>"),
                "line 1, column 84: <UserData> lacks the attribute start"},
-        BadRow{
-            "a fourth text in user data",
-            IN_PDU("<UserData start='1' end='2'><Text/><Text2/><CoveredText/><Text/></UserData>"),
-            "line 1, column 137: unexpected element <Text> in <UserData>"},
+        BadRow{"user data texts out of order",
+               IN_PDU("<UserData start='1' end='2'><Text2/></UserData>"),
+               "line 1, column 109: unexpected element <Text2> in <UserData>"},
         BadRow{"unknown attribute of the document", "<NerikResultData version='1' colour='red'/>",
                "line 1, column 43: unknown attribute colour of <NerikResultData>"},
         BadRow{"unknown attribute of a transmission",
