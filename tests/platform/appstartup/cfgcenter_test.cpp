@@ -8,6 +8,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <support/qstringprinter.h>
+#include <support/rowname.h>
 #include <support/scopedenvironment.h>
 #include <support/tracecapture.h>
 #include <thread>
@@ -128,24 +129,36 @@ TEST(CfgCenter, PluginDirectoriesStartNextToTheLibrary)
     EXPECT_EQ(directories.mid(1), (QStringList{QStringLiteral("/a"), QStringLiteral("/b")}));
 }
 
-TEST(CfgCenter, LoadsTestPluginAtRunTimeAndReleasesIt)
+TEST(CfgCenter, LoadsPluginsAtRunTimeSharesPerSecondNameAndReleases)
 {
     ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
     int const before = CfgCenter::LiveInstanceCount();
-    IDllInstance* instance = CfgCenter::CreateDllInstanceByFileName(
-        QStringLiteral("ZelkoTestPlugin.DLL"), QString(), false, false);
-    ASSERT_NE(instance, nullptr);
-    auto* counter = dynamic_cast<CounterInstance*>(instance);
+    auto create = [](char const* secondName, bool shared) {
+        return CfgCenter::CreateDllInstanceByFileName(QStringLiteral("ZelkoTestPlugin.DLL"),
+                                                      QLatin1String(secondName), shared, false);
+    };
+    IDllInstance* a = create("s", true);
+    IDllInstance* b = create("s", true);
+    IDllInstance* other = create("t", true);
+    IDllInstance* unshared = create("s", false);
+    auto* counter = dynamic_cast<CounterInstance*>(a);
     ASSERT_NE(counter, nullptr) << "the checked down-cast works across the library boundary";
     EXPECT_EQ(counter->Next(), 1);
-    EXPECT_EQ(counter->Next(), 2);
-    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before + 1);
+    EXPECT_EQ(dynamic_cast<CounterInstance*>(b)->Next(), 2) << "one object for both users";
+    EXPECT_NE(a, other);
+    EXPECT_NE(a, unshared);
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before + 3);
     bool died = false;
     counter->SetDeathFlag(&died);
-    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(instance));
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(a));
+    EXPECT_FALSE(died) << "one user is left";
+    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(b));
     EXPECT_TRUE(died);
+    EXPECT_FALSE(CfgCenter::DestroyDllInstanceByPointer(b)) << "unknown now";
+    for (IDllInstance* rest : {other, unshared}) {
+        EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(rest));
+    }
     EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
-    EXPECT_FALSE(CfgCenter::DestroyDllInstanceByPointer(instance)) << "unknown now";
 
     // With a directory in the name no search takes place.
     IDllInstance* direct = CfgCenter::CreateDllInstanceByFileName(
@@ -155,79 +168,69 @@ TEST(CfgCenter, LoadsTestPluginAtRunTimeAndReleasesIt)
     EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(direct));
 }
 
-TEST(CfgCenter, SharedInstancesAreCountedPerLibraryAndSecondName)
+struct BadLibraryRow
 {
-    ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir);
-    auto create = [](char const* secondName, bool shared) {
-        return CfgCenter::CreateDllInstanceByFileName(QStringLiteral("ZelkoTestPlugin.DLL"),
-                                                      QLatin1String(secondName), shared, false);
-    };
-    IDllInstance* a = create("s", true);
-    IDllInstance* b = create("s", true);
-    IDllInstance* other = create("t", true);
-    IDllInstance* unshared = create("s", false);
-    ASSERT_NE(a, nullptr);
-    EXPECT_EQ(a, b);
-    EXPECT_NE(a, other);
-    EXPECT_NE(a, unshared);
-    bool died = false;
-    dynamic_cast<CounterInstance*>(a)->SetDeathFlag(&died);
-    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(a));
-    EXPECT_FALSE(died) << "one user is left";
-    EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(b));
-    EXPECT_TRUE(died);
-    for (IDllInstance* rest : {other, unshared}) {
-        EXPECT_TRUE(CfgCenter::DestroyDllInstanceByPointer(rest));
+    char const* name;
+    char const* fileName;
+    char const* secondName;
+    char const* start;  // the message starts with this exact text
+    char const* reason; // and carries the loader's reason
+};
+
+class BadLibrary : public testing::TestWithParam<BadLibraryRow>
+{
+};
+
+TEST_P(BadLibrary, AnswersNullWithTheLoaderError)
+{
+    // The first directory on the path that has the library wins: the broken copy of the test
+    // plugin further on must not be taken.
+    QTemporaryDir directory;
+    for (char const* name : {"libBroken.so", "libZelkoTestPlugin.so"}) {
+        ASSERT_TRUE(writeFile(directory.filePath(QLatin1String(name)), "not an ELF file\n"));
     }
+    ScopedEnvironment path("ZELKO_PLUGIN_PATH", pluginDir + QLatin1Char(':') + directory.path());
+    int const before = CfgCenter::LiveInstanceCount();
+    zelkotest::TraceCapture capture(0x20);
+    EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QString::fromLatin1(GetParam().fileName),
+                                                     QString::fromLatin1(GetParam().secondName),
+                                                     false, false),
+              nullptr);
+    ASSERT_EQ(capture.messages().size(), 1);
+    QString const message = capture.messages().front();
+    EXPECT_TRUE(message.startsWith(QLatin1String(GetParam().start))) << message.toStdString();
+    EXPECT_TRUE(message.contains(QLatin1String(GetParam().reason))) << message.toStdString();
+    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
 }
 
-TEST(CfgCenter, BadLibrariesAnswerNullWithTheLoaderError)
+INSTANTIATE_TEST_SUITE_P(
+    Libraries, BadLibrary,
+    testing::Values(
+        BadLibraryRow{
+            "missing", "NoSuchPlugin.DLL", "",
+            "CreateDllInstanceByFileName(NoSuchPlugin.DLL): cannot load: ", "libNoSuchPlugin.so"},
+        BadLibraryRow{"not a library", "Broken.DLL", "",
+                      "CreateDllInstanceByFileName(Broken.DLL): cannot load: ", "libBroken.so"},
+        BadLibraryRow{"no factory", "ZelkoNoFactoryPlugin.DLL", "",
+                      "CreateDllInstanceByFileName(ZelkoNoFactoryPlugin.DLL): no factory: ",
+                      "zelkoCreateDllInstance"},
+        BadLibraryRow{"factory makes nothing", "ZelkoTestPlugin.DLL", "none",
+                      "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no "
+                      "object \"none\"",
+                      ""},
+        BadLibraryRow{"factory throws", "ZelkoTestPlugin.DLL", "throw",
+                      "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no "
+                      "object \"throw\"",
+                      ""}),
+    zelkotest::RowName());
+
+TEST(CfgCenter, TheTraceMaskDecidesWhetherALoadFailureIsTraced)
 {
-    QTemporaryDir directory;
-    ASSERT_TRUE(writeFile(directory.filePath(QStringLiteral("libBroken.so")), "not an ELF file\n"));
-    ScopedEnvironment path("ZELKO_PLUGIN_PATH", directory.path() + QLatin1Char(':') + pluginDir);
-    struct Case
-    {
-        char const* fileName;
-        char const* secondName;
-        char const* start;
-        char const* reason;
-    };
-    // The message starts with the exact text and carries the loader's reason.
-    Case const cases[] = {
-        {"NoSuchPlugin.DLL", "",
-         "CreateDllInstanceByFileName(NoSuchPlugin.DLL): cannot load: ", "libNoSuchPlugin.so"},
-        {"Broken.DLL", "",
-         "CreateDllInstanceByFileName(Broken.DLL): cannot load: ", "libBroken.so"},
-        {"ZelkoNoFactoryPlugin.DLL", "",
-         "CreateDllInstanceByFileName(ZelkoNoFactoryPlugin.DLL): no factory: ",
-         "zelkoCreateDllInstance"},
-        {"ZelkoTestPlugin.DLL", "none",
-         "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no object \"none\"",
-         ""},
-        {"ZelkoTestPlugin.DLL", "throw",
-         "CreateDllInstanceByFileName(ZelkoTestPlugin.DLL): the library made no object \"throw\"",
-         ""},
-    };
-    int const before = CfgCenter::LiveInstanceCount();
-    for (Case const& c : cases) {
-        zelkotest::TraceCapture capture(0x20);
-        EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QString::fromLatin1(c.fileName),
-                                                         QString::fromLatin1(c.secondName), false,
-                                                         false),
-                  nullptr)
-            << c.fileName;
-        ASSERT_EQ(capture.messages().size(), 1) << c.fileName;
-        QString const message = capture.messages().front();
-        EXPECT_TRUE(message.startsWith(QLatin1String(c.start))) << message.toStdString();
-        EXPECT_TRUE(message.contains(QLatin1String(c.reason))) << message.toStdString();
-    }
-    EXPECT_EQ(CfgCenter::LiveInstanceCount(), before);
     zelkotest::TraceCapture silent(0);
     EXPECT_EQ(CfgCenter::CreateDllInstanceByFileName(QStringLiteral("NoSuchPlugin.DLL"), QString(),
                                                      false, false),
               nullptr);
-    EXPECT_TRUE(silent.lines().empty()) << "the mask decides whether it is traced";
+    EXPECT_TRUE(silent.lines().empty());
 }
 
 TEST(CfgCenter, ManyThreadsLoadAndReleaseAtOnce)

@@ -1,6 +1,5 @@
 #include <QFile>
 #include <QTemporaryDir>
-#include <functional>
 #include <gtest/gtest.h>
 #include <jobspec/settings.h>
 #include <jobspec/station.h>
@@ -8,6 +7,7 @@
 #include <ostream>
 #include <reportkit/rgexception.h>
 #include <support/qstringprinter.h>
+#include <support/rowname.h>
 #include <support/schemavalidator.h>
 
 using namespace JobSpec;
@@ -89,13 +89,7 @@ TEST(JobSettings, ExampleFileValidatesAndReads)
     EXPECT_EQ(zelkotest::validateXmlFile(example, schema), QString());
     Settings settings;
     ASSERT_TRUE(settings.LoadFile(example)) << settings.LastXmlError().toStdString();
-    EXPECT_EQ(settings.GetFFM_Settings().GetFrequency().GetValue(), 162025000.0);
-    EXPECT_EQ(settings.GetAntennaSettings().GetPort(), 1);
     EXPECT_EQ(settings.GetDemodulator_Settings().GetMode(), Demodulator_Settings::FM);
-    EXPECT_EQ(settings.GetDemodulator_Settings().GetTransmissionSystemMode(),
-              QStringLiteral("AIS"));
-    EXPECT_EQ(settings.GetDemodulator_Settings().GetDecoder().GetValue(),
-              QStringList{QStringLiteral("AIS")});
     EXPECT_EQ(settings.GetChannelSelection().GetValue(),
               (QStringList{QStringLiteral("0"), QStringLiteral("3")}));
 }
@@ -137,61 +131,76 @@ TEST(JobSettings, FileSaveAndLoadAndMissingFile)
     EXPECT_TRUE(error.contains(QLatin1String("cannot write"))) << error.toStdString();
 }
 
-TEST(JobSettings, BadTextIsRefusedWithPositionAndLeavesObjectUnchanged)
+struct BadRow
 {
-    struct Case
-    {
-        char const* name;
-        std::function<std::unique_ptr<REPORTKIT::XmlElementObject>()> make;
-        char const* xml;
-        char const* error;
-    };
-    auto const settings = [] { return std::make_unique<Settings>(fullSettings()); };
-    auto const ffm = [] {
-        return std::make_unique<REPORTKIT::FFM_Settings>(fullSettings().GetFFM_Settings());
-    };
-    auto const demodulator = [] {
-        return std::make_unique<Demodulator_Settings>(fullSettings().GetDemodulator_Settings());
-    };
-    auto const station = [] { return std::make_unique<Station>(); };
-    // Empty, truncated and doubled texts go through the reader that the results' tests check.
-    Case const cases[] = {
-        {"wrong root", settings, "<Settings/>",
-         "line 1, column 11: root element is <Settings>, expected <JobSettings>"},
-        {"frequency not a number", ffm, "<FFM_Settings frequency='12 MHz'/>",
-         "line 1, column 34: frequency is not a number: \"12 MHz\""},
-        {"negative bandwidth", ffm, "<FFM_Settings bandwidth='-1'/>",
-         "line 1, column 30: bandwidth must be a non-negative number of hertz"},
-        {"infinite frequency", ffm, "<FFM_Settings frequency='inf'/>",
-         "line 1, column 31: frequency must be a non-negative number of hertz"},
-        {"mode in lower case", demodulator, "<Demodulator_Settings mode='usb'/>",
-         "line 1, column 34: unknown demodulation mode \"usb\""},
-        {"unknown attribute", demodulator, "<Demodulator_Settings colour='red'/>",
-         "line 1, column 36: unknown attribute colour of <Demodulator_Settings>"},
-        {"second decoder element", demodulator,
-         "<Demodulator_Settings><Decoder/><Decoder/></Demodulator_Settings>",
-         "line 1, column 42: unexpected element <Decoder>"},
-        {"port negative", settings,
-         "<JobSettings><Tuner_Settings><AntennaSettings port='-1'/></Tuner_Settings></JobSettings>",
-         "line 1, column 57: port must not be negative"},
-        {"parts out of order", settings,
-         "<JobSettings><ChannelSelection/><Tuner_Settings/></JobSettings>",
-         "line 1, column 49: unexpected element <Tuner_Settings>"},
-        {"station without id", station, "<Station name='x'/>",
-         "line 1, column 19: <Station> lacks the attribute id"},
-        {"latitude beyond pole", station, "<Station id='1' latitude='90.5'/>",
-         "line 1, column 33: latitude must lie in -90..90"},
-        {"options not 0", settings, "<JobSettings/>", "unsupported options 1"},
-    };
-    for (Case const& c : cases) {
-        auto object = c.make();
-        auto const before = object->GetXmlString();
-        int const options = QByteArray(c.name) == "options not 0" ? 1 : 0;
-        EXPECT_FALSE(object->SetXmlString(QString::fromUtf8(c.xml), options)) << c.name;
-        EXPECT_EQ(object->LastXmlError(), QString::fromUtf8(c.error)) << c.name;
-        EXPECT_EQ(object->GetXmlString(), before) << c.name;
+    char const* name;
+    char const* xml;
+    char const* error;
+    int options;
+};
+
+/// The full settings' part that the text's root element names.
+std::unique_ptr<REPORTKIT::XmlElementObject> partFor(QString const& xml)
+{
+    Settings const full = fullSettings();
+    if (xml.startsWith(QLatin1String("<FFM_Settings"))) {
+        return std::make_unique<REPORTKIT::FFM_Settings>(full.GetFFM_Settings());
     }
+    if (xml.startsWith(QLatin1String("<Demodulator_Settings"))) {
+        return std::make_unique<Demodulator_Settings>(full.GetDemodulator_Settings());
+    }
+    if (xml.startsWith(QLatin1String("<Station"))) {
+        return std::make_unique<Station>();
+    }
+    return std::make_unique<Settings>(full);
 }
+
+class BadText : public testing::TestWithParam<BadRow>
+{
+};
+
+// Empty, truncated and doubled texts go through the reader that the results' tests check.
+TEST_P(BadText, IsRefusedWithPositionAndLeavesObjectUnchanged)
+{
+    QString const xml = QString::fromUtf8(GetParam().xml);
+    auto object = partFor(xml);
+    QString const before = object->GetXmlString();
+    EXPECT_FALSE(object->SetXmlString(xml, GetParam().options));
+    EXPECT_EQ(object->LastXmlError(), QString::fromUtf8(GetParam().error));
+    EXPECT_EQ(object->GetXmlString(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, BadText,
+    testing::Values(BadRow{"wrong root", "<Settings/>",
+                           "line 1, column 11: root element is <Settings>, expected <JobSettings>"},
+                    BadRow{"frequency not a number", "<FFM_Settings frequency='12 MHz'/>",
+                           "line 1, column 34: frequency is not a number: \"12 MHz\""},
+                    BadRow{"negative bandwidth", "<FFM_Settings bandwidth='-1'/>",
+                           "line 1, column 30: bandwidth must be a non-negative number of hertz"},
+                    BadRow{"infinite frequency", "<FFM_Settings frequency='inf'/>",
+                           "line 1, column 31: frequency must be a non-negative number of hertz"},
+                    BadRow{"mode in lower case", "<Demodulator_Settings mode='usb'/>",
+                           "line 1, column 34: unknown demodulation mode \"usb\""},
+                    BadRow{"unknown attribute", "<Demodulator_Settings colour='red'/>",
+                           "line 1, column 36: unknown attribute colour of <Demodulator_Settings>"},
+                    BadRow{"second decoder element",
+                           "<Demodulator_Settings><Decoder/><Decoder/></Demodulator_Settings>",
+                           "line 1, column 42: unexpected element <Decoder>"},
+                    BadRow{
+                        "port negative",
+                        "<JobSettings><Tuner_Settings><AntennaSettings port='-1'/></Tuner_Settings>"
+                        "</JobSettings>",
+                        "line 1, column 57: port must not be negative"},
+                    BadRow{"parts out of order",
+                           "<JobSettings><ChannelSelection/><Tuner_Settings/></JobSettings>",
+                           "line 1, column 49: unexpected element <Tuner_Settings>"},
+                    BadRow{"station without id", "<Station name='x'/>",
+                           "line 1, column 19: <Station> lacks the attribute id"},
+                    BadRow{"latitude beyond pole", "<Station id='1' latitude='90.5'/>",
+                           "line 1, column 33: latitude must lie in -90..90"},
+                    BadRow{"options not 0", "<JobSettings/>", "unsupported options 1", 1}),
+    zelkotest::RowName());
 
 TEST(JobSettings, LenientReadingSkipsWhatItDoesNotKnow)
 {
@@ -209,25 +218,16 @@ TEST(JobSettings, LenientReadingSkipsWhatItDoesNotKnow)
               QStringList{QStringLiteral("MORSE")});
 }
 
-TEST(DemodulatorSettings, ModeNamesBothWays)
+TEST(DemodulatorSettings, ModeNamesBothWaysAndOutOfRange)
 {
-    struct Case
-    {
-        int mode;
-        char const* name;
-    };
-    Case const cases[] = {{Demodulator_Settings::Unknown, "UNKNOWN"},
-                          {Demodulator_Settings::TV, "TV"},
-                          {Demodulator_Settings::ModeCount, "UNKNOWN"},
-                          {-1, "UNKNOWN"}};
-    for (Case const& c : cases) {
-        EXPECT_EQ(Demodulator_Settings::ModeToName(c.mode), QLatin1String(c.name)) << c.mode;
-    }
     for (int mode = 0; mode < Demodulator_Settings::ModeCount; ++mode) {
         bool ok = false;
-        auto const name = Demodulator_Settings::ModeToName(mode);
-        EXPECT_EQ(Demodulator_Settings::NameToMode(name, &ok), mode);
+        EXPECT_EQ(Demodulator_Settings::NameToMode(Demodulator_Settings::ModeToName(mode), &ok),
+                  mode);
         EXPECT_TRUE(ok);
+    }
+    for (int mode : {-1, int(Demodulator_Settings::ModeCount)}) {
+        EXPECT_EQ(Demodulator_Settings::ModeToName(mode), QStringLiteral("UNKNOWN")) << mode;
     }
     bool ok = true;
     EXPECT_EQ(Demodulator_Settings::NameToMode(QStringLiteral("Usb"), &ok),
@@ -271,9 +271,7 @@ TEST(Station, PositionLimitsAndFlags)
 
 TEST(ChannelSelection, AnEmptyElementClearsTheSelection)
 {
-    ChannelSelection read;
-    ASSERT_TRUE(read.SetXmlString(fullSettings().GetChannelSelection().GetXmlString(), 0));
-    EXPECT_EQ(read.GetValue(), (QStringList{"3", " 3", "3", "", "-1", "x"}));
+    ChannelSelection read = fullSettings().GetChannelSelection();
     EXPECT_TRUE(read.SetXmlString(QStringLiteral("<ChannelSelection/>"), 0));
     EXPECT_FALSE(read.IsValueSet());
 }

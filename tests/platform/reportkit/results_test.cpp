@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <reportkit/results.h>
 #include <reportkit/rgexception.h>
+#include <support/rowname.h>
 #include <support/schemavalidator.h>
 
 using namespace REPORTKIT;
@@ -103,17 +104,19 @@ INSTANTIATE_TEST_SUITE_P(
                "frequency is not a number"},
         BadXml{"unknown_element", "<Results><Audio/></Results>", "unexpected element <Audio>"},
         BadXml{"second_root", "<Results/><Results/>", "line 1"}),
-    [](testing::TestParamInfo<BadXml> const& info) { return info.param.name; });
+    zelkotest::RowName());
 
 TEST(Results, LenientReaderSkipsUnknownElements)
 {
     Results results;
     results.SetValidate(false);
     ASSERT_TRUE(results.SetXmlString(
-        QStringLiteral("<Results><Audio/><Binary url='u' extra='1'><Metadata/></Binary></Results>"),
+        QStringLiteral("<Results><Audio/><Binary url='u' extra='1'><Metadata><Note/>"
+                       "<Detail frequency='5'/></Metadata></Binary></Results>"),
         0));
     ASSERT_EQ(results.GetBinary().size(), 1u);
     EXPECT_EQ(results.GetBinary().front().GetURL(), QStringLiteral("u"));
+    EXPECT_EQ(results.GetBinary().front().GetMetadata().GetDetail().GetFrequency().GetValue(), 5.0);
 }
 
 TEST(FileRecord, ValidatingSetterThrowsOnEmptyUrl)
