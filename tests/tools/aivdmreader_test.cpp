@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <recordingwriter/aisencoder.h>
 #include <recordingwriter/aivdmreader.h>
+#include <support/rowname.h>
 
 using namespace zelkorecording;
 
@@ -96,9 +97,7 @@ struct BadLines
     qint64 checksumErrors, broken, incomplete, messages;
 };
 
-class AivdmReaderSkips : public ::testing::TestWithParam<BadLines>
-{
-};
+using AivdmReaderSkips = ::testing::TestWithParam<BadLines>;
 
 TEST_P(AivdmReaderSkips, AndCountsWhy)
 {
@@ -138,6 +137,6 @@ INSTANTIATE_TEST_SUITE_P(
                  1},
         BadLines{"own_station_sentence", {withChecksum("AIVDO,1,1,,,15M67FC000G,0")}, 0, 0, 0, 1},
         BadLines{"empty_payload", {withChecksum("AIVDM,1,1,,A,,0")}, 0, 1, 0, 0}),
-    [](auto const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 } // namespace

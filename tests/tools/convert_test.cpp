@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <reportkit/results.h>
+#include <support/rowname.h>
 #include <support/schemavalidator.h>
 #include <support/toolrun.h>
 
@@ -218,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(
                 {QStringLiteral("-o"), QStringLiteral("OUT"), sample("README.md")},
                 1,
                 "no frame found"}),
-    [](testing::TestParamInfo<BadCall> const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 // Transmission-system and AIS recordings are told apart by their first frame.
 struct KindRow
@@ -250,11 +251,11 @@ TEST_P(ZelkoConvertKind, IsChosenByTheFirstFrame)
               QString());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Samples, ZelkoConvertKind,
-    testing::Values(KindRow{"pager", "pocsag-paging.zdr", "TransmissionSystem", 1},
-                    KindRow{"ais_stations", "ais-elbe.zdr", "AISStation", 8}),
-    [](testing::TestParamInfo<KindRow> const& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Samples, ZelkoConvertKind,
+                         testing::Values(KindRow{"pager", "pocsag-paging.zdr", "TransmissionSystem",
+                                                 1},
+                                         KindRow{"ais_stations", "ais-elbe.zdr", "AISStation", 8}),
+                         zelkotest::RowName());
 
 // An alphabet is never dropped unseen: without a decoder the first that offers it is used,
 // and where the decoder cannot use it a note says so.
@@ -322,7 +323,7 @@ INSTANTIATE_TEST_SUITE_P(
                      "alphabet International is not offered by decoder NONE; writing the codes (of "
                      "several decoders the converter uses none)",
                      "contentCode=\"None\""}),
-    [](testing::TestParamInfo<AlphabetCall> const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 TEST_F(ZelkoConvert, GoodInputsAreConvertedBesideAMissingOne)
 {

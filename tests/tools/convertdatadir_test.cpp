@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <support/rowname.h>
 #include <support/toolrun.h>
 
 namespace {
@@ -18,9 +19,7 @@ struct DataDirRow
     char const* message; ///< expected on stderr; empty: no message of the tool
 };
 
-class ZelkoConvertDataDir : public testing::TestWithParam<DataDirRow>
-{
-};
+using ZelkoConvertDataDir = testing::TestWithParam<DataDirRow>;
 
 TEST_P(ZelkoConvertDataDir, PathsStillCountFromTheUsersDirectory)
 {
@@ -74,6 +73,6 @@ INSTANTIATE_TEST_SUITE_P(
                         "DirectoryWithoutTables", "empty", 0,
                         "empty has no MaritimListofCountries.csv: ship countries read as unknown"},
                     DataDirRow{"MissingDirectory", "missing", 2, "no data directory "}),
-    [](testing::TestParamInfo<DataDirRow> const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 } // namespace

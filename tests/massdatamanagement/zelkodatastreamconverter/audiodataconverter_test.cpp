@@ -9,6 +9,7 @@
 #include <jobspec/settings.h>
 #include <massdatamanagement/zelkodatastreamconverter/audiodataconverter.h>
 #include <sndfile.h>
+#include <support/rowname.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
 #include <vector>
@@ -211,7 +212,7 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"WavDouble", "in.wav", SF_FORMAT_WAV | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"AuDouble", "in.au", SF_FORMAT_AU | SF_FORMAT_DOUBLE, SF_FORMAT_DOUBLE},
         FormatRow{"Au8", "in.au", SF_FORMAT_AU | SF_FORMAT_PCM_S8, SF_FORMAT_PCM_U8}),
-    [](auto const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 struct PathRow
 {
@@ -243,7 +244,7 @@ INSTANTIATE_TEST_SUITE_P(Audio, OutputPaths,
                                            PathRow{"DotInDirectoryOnly", "dir.d/noext",
                                                    "noext.wav"},
                                            PathRow{"LeadingDot", ".raw", ".wav"}),
-                         [](auto const& info) { return std::string(info.param.name); });
+                         zelkotest::RowName());
 
 TEST_F(AudioConversion, RawPcmFollowsItsSidecarAndDefaults)
 {
@@ -361,7 +362,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(FailureRow{"BothSucceed", "rec.raw", {"AudioData", "AudioSession"}},
                       FailureRow{"ConversionFails", "fail-convert.raw", {}},
                       FailureRow{"SessionFails", "fail-session.raw", {"AudioData"}}),
-    [](auto const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 struct LoadFailureRow
 {
@@ -401,7 +402,7 @@ INSTANTIATE_TEST_SUITE_P(Audio, LoadFailures,
                                                           QStringLiteral("NoSuchAudioExport.DLL")},
                                            LoadFailureRow{"NotAnAudioTransformer",
                                                           QStringLiteral(ZELKO_COUNTER_PLUGIN)}),
-                         [](auto const& info) { return std::string(info.param.name); });
+                         zelkotest::RowName());
 
 TEST(AudioRelease, TheLibraryIsReleasedWithTheConverter)
 {

@@ -35,9 +35,7 @@ struct Bulletin
     char const* usosAlphabet;
 };
 
-class MinimodemRoundTrip : public ::testing::TestWithParam<Bulletin>
-{
-};
+using MinimodemRoundTrip = ::testing::TestWithParam<Bulletin>;
 
 TEST_P(MinimodemRoundTrip, OnlyUnshiftOnSpaceAgreesWithMinimodem)
 {

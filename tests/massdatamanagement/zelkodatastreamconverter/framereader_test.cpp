@@ -131,9 +131,7 @@ std::vector<StreamCase> streamCases()
     };
 }
 
-class FrameReaderStream : public testing::TestWithParam<std::tuple<StreamCase, int>>
-{
-};
+using FrameReaderStream = testing::TestWithParam<std::tuple<StreamCase, int>>;
 
 TEST_P(FrameReaderStream, HandsOutFramesAndMessages)
 {

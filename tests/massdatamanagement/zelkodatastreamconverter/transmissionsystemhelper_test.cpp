@@ -28,9 +28,7 @@ struct TableRow
     char const* last;
 };
 
-class BoundedTable : public testing::TestWithParam<TableRow>
-{
-};
+using BoundedTable = testing::TestWithParam<TableRow>;
 
 TEST_P(BoundedTable, EndsWithItsLastTextAndAnswersUnknownBeyond)
 {
@@ -62,9 +60,7 @@ struct TextRow
     char const* expected;
 };
 
-class Texts : public testing::TestWithParam<TextRow>
-{
-};
+using Texts = testing::TestWithParam<TextRow>;
 
 TEST_P(Texts, ReadExactlyAsKnown)
 {
@@ -173,9 +169,7 @@ struct MIDRow
     char const* expected;
 };
 
-class MIDFile : public testing::TestWithParam<MIDRow>
-{
-};
+using MIDFile = testing::TestWithParam<MIDRow>;
 
 TEST_P(MIDFile, GivesTheValueAsTheFileHasIt)
 {

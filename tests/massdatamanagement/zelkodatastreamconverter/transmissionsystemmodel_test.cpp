@@ -15,6 +15,7 @@
 #include <recordingwriter/payloadbuilder.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/qstringprinter.h>
+#include <support/rowname.h>
 #include <support/tracecapture.h>
 
 namespace zelkodatastreamconverter {
@@ -103,9 +104,7 @@ struct FrequencyRow
     char const* text;
 };
 
-class FrequencyText : public ::testing::TestWithParam<FrequencyRow>
-{
-};
+using FrequencyText = ::testing::TestWithParam<FrequencyRow>;
 
 TEST_P(FrequencyText, PointUnitAndZeroRemoval)
 {
@@ -131,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
                       FrequencyRow{"SixDigits", 123456, ".123456 kHz"},
                       FrequencyRow{"SixDigitsZeros", 100000, ".1 kHz"},
                       FrequencyRow{"Hz", 100, "100 Hz"}, FrequencyRow{"Zero", 0, "0 Hz"}),
-    [](auto const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 // Position and date-time elements render themselves.
 CPDU_Position const AnyPosition(32121750, -5980000);
@@ -148,9 +147,7 @@ struct FormatRow
     char const* type;
 };
 
-class FormatData : public ::testing::TestWithParam<FormatRow>
-{
-};
+using FormatData = ::testing::TestWithParam<FormatRow>;
 
 TEST_P(FormatData, ValueAndType)
 {
@@ -210,7 +207,7 @@ INSTANTIATE_TEST_SUITE_P(
         FormatRow{"NullData", 3, 1, 8, {}, "<untouched>", "<untouched>"},
         FormatRow{"NoElements", 3, 0, 8, {1}, "<untouched>", "<untouched>"},
         FormatRow{"UnknownRepresentation", 9, 1, 8, {1}, "<untouched>", "<untouched>"}),
-    [](auto const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 TEST(TransmissionSystemText, ToASCIIStopsAtZeroOrTheWordCountAndCleans)
 {

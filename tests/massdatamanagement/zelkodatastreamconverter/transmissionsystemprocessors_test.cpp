@@ -16,6 +16,7 @@
 #include <recordingwriter/recordingwriter.h>
 #include <recordingwriter/transmissionsystemrecords.h>
 #include <support/golden.h>
+#include <support/rowname.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
 
@@ -275,9 +276,7 @@ std::vector<CutRow> cutRows()
     };
 }
 
-class CutRecord : public ::testing::TestWithParam<CutRow>
-{
-};
+using CutRecord = ::testing::TestWithParam<CutRow>;
 
 TEST_P(CutRecord, ReadsAsFarAsTheFrameGoes)
 {
@@ -303,8 +302,7 @@ TEST_P(CutRecord, ReadsAsFarAsTheFrameGoes)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, CutRecord, ::testing::ValuesIn(cutRows()),
-                         [](auto const& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Records, CutRecord, ::testing::ValuesIn(cutRows()), zelkotest::RowName());
 
 // --- Multi-block ACARS messages and the end of an AX.25 link ------------------------------
 
@@ -346,9 +344,7 @@ struct SequenceRow
     char const* offsets; // getPDUOffset() after each frame, as digits ('-' for -1)
 };
 
-class AcarsSequence : public ::testing::TestWithParam<SequenceRow>
-{
-};
+using AcarsSequence = ::testing::TestWithParam<SequenceRow>;
 
 TEST_P(AcarsSequence, NestsContinuedBlocksUnderOneParent)
 {
@@ -376,7 +372,7 @@ INSTANTIATE_TEST_SUITE_P(
                       SequenceRow{"TwoMessages", "mlml", "22", "0011"},
                       // Without a name no parent is kept: the blocks stand on their own.
                       SequenceRow{"NamelessBlocks", "oon", "000", "012"}),
-    [](auto const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 TEST(PacketRadioLink, OnlyADisconnectRequestEndsTheConnection)
 {

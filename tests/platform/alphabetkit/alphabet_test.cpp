@@ -115,9 +115,7 @@ std::vector<MalformedCase> malformedCases()
 
 } // namespace
 
-class MalformedAlphabet : public testing::TestWithParam<MalformedCase>
-{
-};
+using MalformedAlphabet = testing::TestWithParam<MalformedCase>;
 
 TEST_P(MalformedAlphabet, GivesItsExactMessage)
 {

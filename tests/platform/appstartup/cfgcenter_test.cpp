@@ -177,9 +177,7 @@ struct BadLibraryRow
     char const* reason; // and carries the loader's reason
 };
 
-class BadLibrary : public testing::TestWithParam<BadLibraryRow>
-{
-};
+using BadLibrary = testing::TestWithParam<BadLibraryRow>;
 
 TEST_P(BadLibrary, AnswersNullWithTheLoaderError)
 {

@@ -12,9 +12,7 @@ struct MaskText
     unsigned mask;
 };
 
-class ParseMask : public testing::TestWithParam<MaskText>
-{
-};
+using ParseMask = testing::TestWithParam<MaskText>;
 
 TEST_P(ParseMask, ReadsDecimalAndHex)
 {

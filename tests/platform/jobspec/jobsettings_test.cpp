@@ -155,9 +155,7 @@ std::unique_ptr<REPORTKIT::XmlElementObject> partFor(QString const& xml)
     return std::make_unique<Settings>(full);
 }
 
-class BadText : public testing::TestWithParam<BadRow>
-{
-};
+using BadText = testing::TestWithParam<BadRow>;
 
 // Empty, truncated and doubled texts go through the reader that the results' tests check.
 TEST_P(BadText, IsRefusedWithPositionAndLeavesObjectUnchanged)

@@ -39,9 +39,7 @@ QChar u(ushort unit)
     return QChar(unit);
 }
 
-class WrittenForm : public testing::TestWithParam<FormRow>
-{
-};
+using WrittenForm = testing::TestWithParam<FormRow>;
 
 // The written form is what other tools read: characters XML can carry stay as they are.
 TEST_P(WrittenForm, OfElementTextAndAttribute)
@@ -165,9 +163,7 @@ struct ValidityRow
     bool valid;
 };
 
-class Validity : public testing::TestWithParam<ValidityRow>
-{
-};
+using Validity = testing::TestWithParam<ValidityRow>;
 
 // The type is no part of it: a type of 0 is a type.
 TEST_P(Validity, NeedsTimeAndNameOrContent)

@@ -58,9 +58,7 @@ std::vector<TextRow> hostileTexts()
     };
 }
 
-class HostileText : public testing::TestWithParam<TextRow>
-{
-};
+using HostileText = testing::TestWithParam<TextRow>;
 
 TEST_P(HostileText, SurvivesInEverySlotOfStringAndFile)
 {
@@ -87,9 +85,7 @@ struct EditRow
     char const* to;
 };
 
-class Equality : public testing::TestWithParam<EditRow>
-{
-};
+using Equality = testing::TestWithParam<EditRow>;
 
 // Each row changes one item of the stored text: the document read from it must differ.
 TEST_P(Equality, NoticesTheChangedItem)
@@ -194,9 +190,7 @@ struct BadRow
     char const* error;
 };
 
-class BadInput : public testing::TestWithParam<BadRow>
-{
-};
+using BadInput = testing::TestWithParam<BadRow>;
 
 TEST_P(BadInput, IsRefusedWithPositionAndLeavesDocumentUnchanged)
 {

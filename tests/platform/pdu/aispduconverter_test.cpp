@@ -11,6 +11,7 @@
 #include <recordingwriter/aisencoder.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/qstringprinter.h>
+#include <support/rowname.h>
 
 using namespace zelkorecording;
 
@@ -166,9 +167,7 @@ struct MessageRow
     QStringList expected; ///< fields that must be among the decoded ones, in this order
 };
 
-class AisMessages : public ::testing::TestWithParam<MessageRow>
-{
-};
+using AisMessages = ::testing::TestWithParam<MessageRow>;
 
 TEST_P(AisMessages, DecodeToNamedLabelledFields)
 {
@@ -378,7 +377,7 @@ INSTANTIATE_TEST_SUITE_P(
                    AisBitWriter().put(40, 6).put(0, 2).put(7, 30).put(5, 3),
                    "AIS Reserved Message",
                    {"Message Type=40", "MMSI=7", "Data=a0/3"}}),
-    [](auto const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 TEST(AisFrames, RecordBoundsAndChecksumState)
 {

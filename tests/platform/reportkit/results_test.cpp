@@ -73,9 +73,7 @@ struct BadXml
     char const* errorPart;
 };
 
-class ResultsRejects : public testing::TestWithParam<BadXml>
-{
-};
+using ResultsRejects = testing::TestWithParam<BadXml>;
 
 TEST_P(ResultsRejects, InvalidTextAndKeepsContent)
 {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <rawpcmparameters.h>
+#include <support/rowname.h>
 
 using audiofileexport::RawPcmParameters;
 
@@ -17,9 +18,7 @@ struct SidecarRow
     std::string error;
 };
 
-class Sidecar : public testing::TestWithParam<SidecarRow>
-{
-};
+using Sidecar = testing::TestWithParam<SidecarRow>;
 
 TEST_P(Sidecar, GivesParametersOrNamesTheLine)
 {
@@ -42,8 +41,8 @@ INSTANTIATE_TEST_SUITE_P(
     Rows, Sidecar,
     testing::Values(
         SidecarRow{"Empty", "", 48000, 1, false, ""},
-        SidecarRow{"Everything", "# c\n\n samplerate = 16000 \r\nchannels=2\nbyteorder=Big\n", 16000,
-                   2, true, ""},
+        SidecarRow{"Everything", "# c\n\n samplerate = 16000 \r\nchannels=2\nbyteorder=Big\n",
+                   16000, 2, true, ""},
         SidecarRow{"Lowest", "samplerate=1\nchannels=1\nbyteorder=little", 1, 1, false, ""},
         SidecarRow{"Highest", "samplerate=384000\nchannels=64", 384000, 64, false, ""},
         SidecarRow{"RateZero", "samplerate=0", 0, 0, false,
@@ -56,7 +55,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "line 1: 'channels=two' is not a valid setting"},
         SidecarRow{"UnknownOrder", "byteorder=middle", 0, 0, false,
                    "line 1: 'byteorder=middle' is not a valid setting"},
-        SidecarRow{"UnknownKey", "bits=16", 0, 0, false, "line 1: 'bits=16' is not a valid setting"},
+        SidecarRow{"UnknownKey", "bits=16", 0, 0, false,
+                   "line 1: 'bits=16' is not a valid setting"},
         SidecarRow{"NoEquals", "channels 2", 0, 0, false,
                    "line 1: 'channels 2' is not a valid setting"},
         SidecarRow{"LongLineQuotedShort", longValue, 0, 0, false,
@@ -64,6 +64,6 @@ INSTANTIATE_TEST_SUITE_P(
         SidecarRow{"LargestSize", "#" + QByteArray(64 * 1024 - 1, 'x'), 48000, 1, false, ""},
         SidecarRow{"OneBytePastLargest", "#" + QByteArray(64 * 1024, 'x'), 0, 0, false,
                    "larger than 65536 bytes"}),
-    [](testing::TestParamInfo<SidecarRow> const& info) { return std::string(info.param.name); });
+    zelkotest::RowName());
 
 } // namespace

@@ -97,9 +97,7 @@ struct BadFrame
     quint32 value;
 };
 
-class BurstConverterBadFrame : public testing::TestWithParam<BadFrame>
-{
-};
+using BurstConverterBadFrame = testing::TestWithParam<BadFrame>;
 
 TEST_P(BurstConverterBadFrame, IsIgnoredWithoutChange)
 {

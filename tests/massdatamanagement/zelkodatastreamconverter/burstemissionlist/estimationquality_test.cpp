@@ -88,9 +88,7 @@ std::vector<QualityCase> qualityCases()
 
 } // namespace
 
-class EstimationQuality : public testing::TestWithParam<QualityCase>
-{
-};
+using EstimationQuality = testing::TestWithParam<QualityCase>;
 
 TEST_P(EstimationQuality, GeneratedHopperWithinResolution)
 {

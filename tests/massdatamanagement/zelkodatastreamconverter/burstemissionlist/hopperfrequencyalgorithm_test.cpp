@@ -17,9 +17,7 @@ struct MergeRow
     Doubles expected;
 };
 
-class HopperFrequencySetMerge : public testing::TestWithParam<MergeRow>
-{
-};
+using HopperFrequencySetMerge = testing::TestWithParam<MergeRow>;
 
 TEST_P(HopperFrequencySetMerge, SingleLinkageRunsBecomeTheirMean)
 {
@@ -123,9 +121,7 @@ struct MinimaRow
     Indices minima;
 };
 
-class GridEstimationMinima : public testing::TestWithParam<MinimaRow>
-{
-};
+using GridEstimationMinima = testing::TestWithParam<MinimaRow>;
 
 TEST_P(GridEstimationMinima, EndsCountAndShallowOnesGo)
 {
