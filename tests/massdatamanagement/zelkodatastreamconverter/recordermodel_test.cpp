@@ -516,6 +516,9 @@ TEST(RecorderClose, FullDiskTracesTheFailedSave)
     if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=4k") != 0) {
         GTEST_SKIP() << "mounting a tmpfs is not permitted here";
     }
+    // Unmounted however the test ends, so that no small file system outlives it.
+    std::unique_ptr<char const, void (*)(char const*)> const mounted(
+        mountPoint.constData(), [](char const* path) { ::umount2(path, MNT_DETACH); });
     zelkotest::TraceCapture capture(0x20);
     {
         Clock::Override const clock(T0);
@@ -526,7 +529,6 @@ TEST(RecorderClose, FullDiskTracesTheFailedSave)
                                  stationXml);
         recorder.closeFile();
     }
-    ::umount(mountPoint.constData());
     auto const saveFailure = std::find_if(
         capture.lines().begin(), capture.lines().end(),
         [](zelkotest::TraceLine const& line) { return line.message.startsWith("SaveFile: "); });
