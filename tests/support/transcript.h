@@ -1,0 +1,35 @@
+#pragma once
+// Tool transcripts: a tool run as a user would run it, written down the way a user would read
+// it (the command, its exit status, what it printed, the files it left and what the result
+// documents hold), so that one golden file per call checks all of it.
+//
+// A calls file lists the calls, each as a comment line "# name: what it shows" followed by the
+// argument line; words are split at spaces, "double quotes" keep spaces. In arguments and in
+// transcripts, OUT stands for an empty directory of the call's own, SAMPLES for data/samples,
+// TESTDATA for tests/data, SOURCE for the source tree.
+
+#include "toolrun.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <vector>
+
+namespace zelkotest {
+
+struct ToolCall
+{
+    std::string name; ///< a row name: letters, digits and '_'
+    QStringList arguments;
+};
+
+/// The calls of tests/data/<relativePath>; empty when it cannot be read.
+std::vector<ToolCall> readToolCalls(QString const& relativePath);
+
+/// Runs `program` with the call's arguments (OUT made fresh) and returns its transcript.
+/// Result documents (NerikResultData) are validated against their schema; the transcript
+/// names the first complaint, if any, and shows each data block's attributes and the first
+/// lines of its text.
+QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetup setup = {});
+
+} // namespace zelkotest
