@@ -46,19 +46,22 @@ QStringList splitWords(QString const& line)
     return words;
 }
 
-/// Longest first, so that OUT inside the source tree would still read as OUT.
-std::vector<std::pair<QString, QString>> places(QString const& out)
+/// The caller's inputs first, then the longest paths, so that OUT inside the source tree would
+/// still read as OUT.
+Places places(QString const& out, Places const& inputs)
 {
     QString const source = QDir::cleanPath(Source);
-    return {{out, QStringLiteral("OUT")},
-            {source + QStringLiteral("/data/samples"), QStringLiteral("SAMPLES")},
-            {source + QStringLiteral("/tests/data"), QStringLiteral("TESTDATA")},
-            {source, QStringLiteral("SOURCE")}};
+    Places all = inputs;
+    all.insert(all.end(), {{out, QStringLiteral("OUT")},
+                           {source + QStringLiteral("/data/samples"), QStringLiteral("SAMPLES")},
+                           {source + QStringLiteral("/tests/data"), QStringLiteral("TESTDATA")},
+                           {source, QStringLiteral("SOURCE")}});
+    return all;
 }
 
-QString withPlaceholders(QString text, QString const& out)
+QString withPlaceholders(QString text, Places const& all)
 {
-    for (auto const& [path, name] : places(out)) {
+    for (auto const& [path, name] : all) {
         text.replace(path, name);
     }
     // File names and records carry the wall-clock time of the conversion, trace lines the
@@ -75,9 +78,9 @@ QString withPlaceholders(QString text, QString const& out)
     return text.replace(traceLine, QStringLiteral("\\1: "));
 }
 
-QString resolved(QString argument, QString const& out)
+QString resolved(QString argument, Places const& all)
 {
-    for (auto const& [path, name] : places(out)) {
+    for (auto const& [path, name] : all) {
         if (argument == name || argument.startsWith(name + QLatin1Char('/'))) {
             return path + argument.mid(name.size());
         }
@@ -138,6 +141,13 @@ QString filesIn(QString const& out)
                            .arg(qFromBigEndian<quint32>(head.constData() + 20));
         } else if (readFile(path).contains("<NerikResultData")) {
             listing += name + QStringLiteral(":\n") + resultDocumentSummary(path);
+        } else if (name.endsWith(QLatin1String(".txt"))) {
+            // Text dumps may hold random samples: their line count and first line only.
+            QByteArray const text = readFile(path);
+            listing += QStringLiteral("%1: %2 lines\n  | %3\n")
+                           .arg(name)
+                           .arg(text.count('\n'))
+                           .arg(QString::fromUtf8(text.left(text.indexOf('\n')).left(100)));
         } else {
             listing += QStringLiteral("%1: %2 bytes\n").arg(name).arg(QFileInfo(path).size());
         }
@@ -163,14 +173,16 @@ std::vector<ToolCall> readToolCalls(QString const& relativePath)
     return calls;
 }
 
-QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetup setup)
+QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetup const& setup,
+                          Places const& inputs)
 {
     QTemporaryDir dir;
     QString const out = QDir::cleanPath(dir.filePath(QStringLiteral("out")));
     QDir().mkpath(out);
+    Places const all = places(out, inputs);
     QStringList arguments;
     for (QString const& argument : call.arguments) {
-        arguments << resolved(argument, out);
+        arguments << resolved(argument, all);
     }
     ToolRun const run = runTool(program, arguments, setup);
     QStringList shown;
@@ -183,7 +195,7 @@ QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetu
     text += QStringLiteral("--- stdout\n") + run.out;
     text += QStringLiteral("--- stderr\n") + run.err;
     text += QStringLiteral("--- files\n") + filesIn(out);
-    return withPlaceholders(text, out).toUtf8();
+    return withPlaceholders(text, all).toUtf8();
 }
 
 } // namespace zelkotest

@@ -13,6 +13,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <ostream>
 #include <vector>
 
 namespace zelkotest {
@@ -23,13 +24,23 @@ struct ToolCall
     QStringList arguments;
 };
 
+inline void PrintTo(ToolCall const& call, std::ostream* os)
+{
+    *os << call.name;
+}
+
 /// The calls of tests/data/<relativePath>; empty when it cannot be read.
 std::vector<ToolCall> readToolCalls(QString const& relativePath);
 
-/// Runs `program` with the call's arguments (OUT made fresh) and returns its transcript.
+/// Placeholder names for paths, such as {path of a generated recording, "HOPPERS"}.
+using Places = std::vector<std::pair<QString, QString>>;
+
+/// Runs `program` with the call's arguments (OUT made fresh) and returns its transcript;
+/// `inputs` are further placeholders for the call.
 /// Result documents (NerikResultData) are validated against their schema; the transcript
 /// names the first complaint, if any, and shows each data block's attributes and the first
 /// lines of its text.
-QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetup setup = {});
+QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetup const& setup = {},
+                          Places const& inputs = {});
 
 } // namespace zelkotest

@@ -5,11 +5,11 @@
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <algorithm>
 #include <gtest/gtest.h>
-#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
 #include <recordingwriter/hoppergenerator.h>
+#include <support/golden.h>
 #include <support/toolrun.h>
+#include <support/transcript.h>
 
 using namespace zelkorecording;
 
@@ -79,97 +79,24 @@ int countPixels(QImage const& image, QRect const& area, bool (*predicate)(QColor
     return count;
 }
 
+class BurstsCalls : public BurstsCommand, public testing::WithParamInterface<zelkotest::ToolCall>
+{
+};
+
 } // namespace
 
-TEST_F(BurstsCommand, PrintsEachRadiosEstimate)
+TEST_P(BurstsCalls, MatchTheirTranscripts)
 {
-    ToolRun const run = runZelko({m_recording});
-    ASSERT_EQ(run.exitCode, 0) << qPrintable(run.err);
-    QStringList const lines = run.out.split(QLatin1Char('\n'));
-    QStringList const expected = {
-        QStringLiteral("  5 frames: 4 burst lists, 1 ignored"),
-        QStringLiteral("  2 radios"),
-        QStringLiteral("radio 7"),
-        QStringLiteral("  mean bandwidth:  12.000 kHz"),
-        QStringLiteral("  frequency set:   164 frequencies [MHz]"),
-        QStringLiteral("    segment 1: start 30.025000 MHz, spacing 25.000 kHz, 120 channels, "
-                       "84 occupied, deviation 0.0 Hz"),
-        QStringLiteral("    segment 2: start 36.000000 MHz, spacing 25.000 kHz, 80 channels, "
-                       "80 occupied, deviation 0.0 Hz"),
-        QStringLiteral("radio 12"),
-        QStringLiteral("  mean bandwidth:  6.000 kHz"),
-        QStringLiteral("  grid estimation: 1 segment, 60 channels, mean spacing 12.500 kHz, "
-                       "occupation 1.000, deviation 0.0 Hz"),
-    };
-    for (QString const& line : expected) {
-        EXPECT_TRUE(lines.contains(line)) << qPrintable(line) << "\n--- output:\n"
-                                          << qPrintable(run.out);
-    }
-    EXPECT_TRUE(run.out.contains(QStringLiteral("  grid estimation: 2 segments, 200 channels, "
-                                                "mean spacing 25.000 kHz, occupation 0.820")))
-        << qPrintable(run.out);
-    EXPECT_TRUE(run.out.contains(QStringLiteral("    30.025000 ")));
-    EXPECT_TRUE(run.err.contains(QStringLiteral("unknown magic word")))
-        << "the reader's complaints reach stderr: " << qPrintable(run.err);
-    EXPECT_FALSE(run.err.contains(QStringLiteral("end-of-file")));
+    QString const diff = zelkotest::compareWithGolden(
+        zelkotest::toolTranscript(QStringLiteral(ZELKO_TOOL), GetParam(), {},
+                                  {{m_recording, QStringLiteral("HOPPERS")}}),
+        QStringLiteral("tools/bursts/%1.txt").arg(GetParam().name.c_str()));
+    EXPECT_TRUE(diff.isEmpty()) << diff.toStdString();
 }
 
-TEST_F(BurstsCommand, UsageErrorsAndMissingInput)
-{
-    struct Row
-    {
-        char const* name;
-        QStringList arguments;
-        int exitCode;
-        char const* message;
-    } const rows[] = {
-        {"no recording", {}, 2, "zelko bursts: give exactly one recording (see --help)"},
-        {"radio not a number",
-         {m_recording, "--radio", "seven"},
-         2,
-         "zelko bursts: --radio needs a decimal radio ID, not 'seven'"},
-        {"unknown radio",
-         {m_recording, "--radio", "99"},
-         1,
-         "zelko bursts: radio 99 has no bursts in"},
-        {"missing recording", {m_dir.filePath("none.zdr")}, 1, "zelko bursts: cannot open"},
-        {"directory", {m_dir.path()}, 1, "is a directory"},
-        {"segments zero",
-         {m_recording, "--max-segments", "0"},
-         2,
-         "--max-segments needs a number from 1 to 65535"},
-        {"unwritable plot",
-         {m_recording, "--plot", m_dir.filePath("no/such/dir/p.png")},
-         1,
-         "zelko bursts: cannot write"},
-        {"unwritable dump directory",
-         {m_recording, "--dump-dir", m_recording + "/dumps"},
-         1,
-         "zelko bursts: cannot create the dump directory"},
-    };
-    for (auto const& row : rows) {
-        ToolRun const run = runZelko(row.arguments);
-        EXPECT_EQ(run.exitCode, row.exitCode) << row.name;
-        EXPECT_TRUE(run.err.contains(QString::fromUtf8(row.message)))
-            << row.name << ": " << qPrintable(run.err);
-    }
-    ToolRun const help = runZelko({"--help"});
-    EXPECT_EQ(help.exitCode, 0);
-    for (char const* option : {"--radio", "--plot", "--dump-dir", "--max-segments"}) {
-        EXPECT_TRUE(help.out.contains(QString::fromUtf8(option))) << option;
-    }
-}
-
-TEST_F(BurstsCommand, RadioOptionSelectsOneRadio)
-{
-    ToolRun const run = runZelko({m_recording, "--radio", "12", "--max-segments", "1"});
-    ASSERT_EQ(run.exitCode, 0) << qPrintable(run.err);
-    EXPECT_TRUE(run.out.contains(QStringLiteral("\nradio 12\n")));
-    EXPECT_FALSE(run.out.contains(QStringLiteral("radio 7")));
-    EXPECT_TRUE(run.out.contains(QStringLiteral("  1 radio\n")));
-    EXPECT_TRUE(run.out.contains(QStringLiteral("  bursts:          2048 in 1 segment,")))
-        << qPrintable(run.out);
-}
+INSTANTIATE_TEST_SUITE_P(Calls, BurstsCalls,
+                         testing::ValuesIn(zelkotest::readToolCalls("tools/bursts.calls")),
+                         [](auto const& info) { return info.param.name; });
 
 TEST_F(BurstsCommand, PlotShowsBurstsGridAndLegend)
 {
@@ -200,31 +127,6 @@ TEST_F(BurstsCommand, PlotShowsBurstsGridAndLegend)
     EXPECT_EQ(gap, 0);
 }
 
-TEST_F(BurstsCommand, DumpDirectoryHoldsReadableDumps)
-{
-    QString const dumps = m_dir.filePath(QStringLiteral("dumps"));
-    ToolRun const run = runZelko({m_recording, "--dump-dir", dumps});
-    ASSERT_EQ(run.exitCode, 0) << qPrintable(run.err);
-    using zelkodatastreamconverter::BurstEmissionList::BurstEmissionListConverter;
-    EXPECT_EQ(BurstEmissionListConverter::parseBinaryFrameDataFile(dumps + "/frames.bin").size(),
-              5u);
-    auto const bursts = BurstEmissionListConverter::parseBinaryBurstData(dumps + "/bursts.bin");
-    ASSERT_EQ(bursts.size(), 4u);
-    EXPECT_EQ(bursts[0].first, 7u);
-    EXPECT_EQ(bursts[1].first, 12u);
-    EXPECT_EQ(bursts[0].second.size(), 2048u);
-    QFile grid(dumps + "/gridestimation.txt");
-    ASSERT_TRUE(grid.open(QIODevice::ReadOnly));
-    QByteArray const gridText = grid.readAll();
-    EXPECT_TRUE(gridText.startsWith("7;HopperFrequencySet[164;25k;30.025M;"))
-        << gridText.left(80).constData();
-    EXPECT_TRUE(gridText.contains("\n\n12;HopperFrequencySet[60;12.5k;150M;"));
-    EXPECT_TRUE(run.out.contains(QStringLiteral("  random sample:   75 windows")));
-    QFile samples(dumps + "/ftwsamples.txt");
-    ASSERT_TRUE(samples.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(samples.readAll().startsWith("7;75\nFTW{["));
-}
-
 TEST_F(BurstsCommand, SeveralProcessesAtOnce)
 {
     std::vector<std::unique_ptr<QProcess>> processes;
@@ -252,36 +154,3 @@ TEST_F(BurstsCommand, SeveralProcessesAtOnce)
         EXPECT_FALSE(QImage(m_dir.filePath(QStringLiteral("p%1.png").arg(i))).isNull());
     }
 }
-
-// Damaged burst lists whose numbers once became indexes and pixel positions through float
-// arithmetic: levels that are all equal and beyond 2^24, level differences that overflow,
-// centre frequencies of 2^53 Hz and more. Each must draw a plot and end normally.
-class BurstsPlotRegression : public ::testing::TestWithParam<char const*>
-{
-};
-
-TEST_P(BurstsPlotRegression, DrawsAPlotAndEndsNormally)
-{
-    QTemporaryDir dir;
-    QString const plot = dir.filePath(QStringLiteral("plot.png"));
-    QString const input =
-        QStringLiteral(ZELKO_SOURCE_DIR "/tests/fuzz/regressions/burstplot/%1.zdr")
-            .arg(QLatin1String(GetParam()));
-    ASSERT_TRUE(QFile::exists(input));
-    ToolRun const run = runZelko({input, QStringLiteral("--plot"), plot});
-    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
-    EXPECT_FALSE(QImage(plot).isNull());
-}
-
-INSTANTIATE_TEST_SUITE_P(Crashers, BurstsPlotRegression,
-                         ::testing::Values("bursts-plot-ubsan-index-oob-1",
-                                           "bursts-plot-ubsan-index-oob-2",
-                                           "bursts-plot-ubsan-index-oob-3",
-                                           "bursts-plot-ubsan-index-oob-crafted-1",
-                                           "bursts-plot-ubsan-index-oob-crafted-2",
-                                           "bursts-plot-ubsan-wild-index-crafted-1"),
-                         [](auto const& info) {
-                             std::string name = info.param;
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
