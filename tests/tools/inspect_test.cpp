@@ -6,6 +6,7 @@
 #include <recordingwriter/recordingwriter.h>
 #include <support/golden.h>
 #include <support/toolrun.h>
+#include <support/transcript.h>
 #include <sys/resource.h>
 
 namespace {
@@ -39,38 +40,21 @@ TEST(ZelkoInspect, SamplesMatchGoldenListing)
         QString());
 }
 
-TEST(ZelkoInspect, UnopenableInputsGiveNonZeroExitButOthersAreStillListed)
+using ZelkoCalls = testing::TestWithParam<zelkotest::ToolCall>;
+
+TEST_P(ZelkoCalls, MatchTheirTranscripts)
 {
-    ToolRun const result =
-        run(QStringLiteral(ZELKO_TOOL),
-            {QStringLiteral("inspect"), QStringLiteral("--summary"),
-             QStringLiteral("no/such/file.zdr"), QStringLiteral("data"), samples.front()});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(
-        result.output.contains("no/such/file.zdr\n  cannot open: No such file or directory"));
-    EXPECT_TRUE(result.output.contains("data\n  cannot open: is a directory"));
-    EXPECT_TRUE(result.output.contains("  6 frames, 816 bytes in frames"));
+    zelkotest::ToolSetup setup;
+    setup.environment = {{QStringLiteral("ZELKO_TRACE_MASK"), QString()}};
+    QString const diff = zelkotest::compareWithGolden(
+        zelkotest::toolTranscript(QStringLiteral(ZELKO_TOOL), GetParam(), setup),
+        QStringLiteral("tools/inspect/%1.txt").arg(GetParam().name.c_str()));
+    EXPECT_TRUE(diff.isEmpty()) << diff.toStdString();
 }
 
-TEST(ZelkoInspect, TraceMaskZeroSilencesTheReader)
-{
-    ToolRun const result =
-        run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("inspect"), QStringLiteral("--trace"),
-                                         QStringLiteral("0"), samples.back()});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_FALSE(result.output.contains("  ! "));
-}
-
-TEST(ZelkoInspect, HelpAndUsageErrors)
-{
-    ToolRun const help =
-        run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("inspect"), QStringLiteral("--help")});
-    EXPECT_EQ(help.exitCode, 0);
-    EXPECT_TRUE(help.output.contains("RECORDING"));
-    EXPECT_EQ(run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("inspect")}).exitCode, 2);
-    EXPECT_EQ(run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("frobnicate")}).exitCode, 2);
-    EXPECT_EQ(run(QStringLiteral(ZELKO_TOOL), {QStringLiteral("--help")}).exitCode, 0);
-}
+INSTANTIATE_TEST_SUITE_P(Inspect, ZelkoCalls,
+                         testing::ValuesIn(zelkotest::readToolCalls("tools/inspect.calls")),
+                         [](auto const& info) { return info.param.name; });
 
 // The bundled samples are made by zelko-samplegen; a change to the writer that alters them
 // must come with regenerated samples.
@@ -78,8 +62,9 @@ TEST(SampleGenerator, ReproducesTheBundledSamples)
 {
     QTemporaryDir dir;
     ASSERT_EQ(run(QStringLiteral(ZELKO_SAMPLEGEN), {dir.path()}).exitCode, 0);
-    QStringList const bundled = QDir(QStringLiteral(ZELKO_SOURCE_DIR "/data/samples"))
-                                    .entryList({QStringLiteral("*.zdr"), QStringLiteral("*.nmea")}, QDir::Files);
+    QStringList const bundled =
+        QDir(QStringLiteral(ZELKO_SOURCE_DIR "/data/samples"))
+            .entryList({QStringLiteral("*.zdr"), QStringLiteral("*.nmea")}, QDir::Files);
     EXPECT_GE(bundled.size(), 4);
     for (QString const& sample : bundled) {
         QFile original(QStringLiteral(ZELKO_SOURCE_DIR "/data/samples/") + sample);
