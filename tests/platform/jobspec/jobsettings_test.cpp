@@ -7,8 +7,8 @@
 #include <ostream>
 #include <reportkit/rgexception.h>
 #include <support/qstringprinter.h>
-#include <support/rowname.h>
 #include <support/schemavalidator.h>
+#include <support/textrows.h>
 
 using namespace JobSpec;
 
@@ -131,14 +131,6 @@ TEST(JobSettings, FileSaveAndLoadAndMissingFile)
     EXPECT_TRUE(error.contains(QLatin1String("cannot write"))) << error.toStdString();
 }
 
-struct BadRow
-{
-    char const* name;
-    char const* xml;
-    char const* error;
-    int options;
-};
-
 /// The full settings' part that the text's root element names.
 std::unique_ptr<REPORTKIT::XmlElementObject> partFor(QString const& xml)
 {
@@ -155,50 +147,30 @@ std::unique_ptr<REPORTKIT::XmlElementObject> partFor(QString const& xml)
     return std::make_unique<Settings>(full);
 }
 
-using BadText = testing::TestWithParam<BadRow>;
+using BadText = testing::TestWithParam<zelkotest::TextRow>;
 
 // Empty, truncated and doubled texts go through the reader that the results' tests check.
 TEST_P(BadText, IsRefusedWithPositionAndLeavesObjectUnchanged)
 {
-    QString const xml = QString::fromUtf8(GetParam().xml);
+    QString const& xml = GetParam().input;
     auto object = partFor(xml);
     QString const before = object->GetXmlString();
-    EXPECT_FALSE(object->SetXmlString(xml, GetParam().options));
-    EXPECT_EQ(object->LastXmlError(), QString::fromUtf8(GetParam().error));
+    EXPECT_FALSE(object->SetXmlString(xml, 0));
+    EXPECT_EQ(object->LastXmlError(), GetParam().expected);
     EXPECT_EQ(object->GetXmlString(), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, BadText,
-    testing::Values(BadRow{"wrong root", "<Settings/>",
-                           "line 1, column 11: root element is <Settings>, expected <JobSettings>"},
-                    BadRow{"frequency not a number", "<FFM_Settings frequency='12 MHz'/>",
-                           "line 1, column 34: frequency is not a number: \"12 MHz\""},
-                    BadRow{"negative bandwidth", "<FFM_Settings bandwidth='-1'/>",
-                           "line 1, column 30: bandwidth must be a non-negative number of hertz"},
-                    BadRow{"infinite frequency", "<FFM_Settings frequency='inf'/>",
-                           "line 1, column 31: frequency must be a non-negative number of hertz"},
-                    BadRow{"mode in lower case", "<Demodulator_Settings mode='usb'/>",
-                           "line 1, column 34: unknown demodulation mode \"usb\""},
-                    BadRow{"unknown attribute", "<Demodulator_Settings colour='red'/>",
-                           "line 1, column 36: unknown attribute colour of <Demodulator_Settings>"},
-                    BadRow{"second decoder element",
-                           "<Demodulator_Settings><Decoder/><Decoder/></Demodulator_Settings>",
-                           "line 1, column 42: unexpected element <Decoder>"},
-                    BadRow{
-                        "port negative",
-                        "<JobSettings><Tuner_Settings><AntennaSettings port='-1'/></Tuner_Settings>"
-                        "</JobSettings>",
-                        "line 1, column 57: port must not be negative"},
-                    BadRow{"parts out of order",
-                           "<JobSettings><ChannelSelection/><Tuner_Settings/></JobSettings>",
-                           "line 1, column 49: unexpected element <Tuner_Settings>"},
-                    BadRow{"station without id", "<Station name='x'/>",
-                           "line 1, column 19: <Station> lacks the attribute id"},
-                    BadRow{"latitude beyond pole", "<Station id='1' latitude='90.5'/>",
-                           "line 1, column 33: latitude must lie in -90..90"},
-                    BadRow{"options not 0", "<JobSettings/>", "unsupported options 1", 1}),
-    zelkotest::RowName());
+    testing::ValuesIn(zelkotest::readTextRows(QStringLiteral("jobspec/refused.rows"))),
+    zelkotest::TextRowName());
+
+TEST(JobSettings, OnlyOptionsZeroAreRead)
+{
+    Settings settings;
+    EXPECT_FALSE(settings.SetXmlString(QStringLiteral("<JobSettings/>"), 1));
+    EXPECT_EQ(settings.LastXmlError(), QStringLiteral("unsupported options 1"));
+}
 
 TEST(JobSettings, LenientReadingSkipsWhatItDoesNotKnow)
 {

@@ -8,6 +8,7 @@
 #include <support/golden.h>
 #include <support/rowname.h>
 #include <support/schemavalidator.h>
+#include <support/textrows.h>
 
 using namespace NerikResultDataXml;
 
@@ -183,104 +184,22 @@ TEST(NerikResultData, TransmissionStandsAloneAsDocument)
     EXPECT_TRUE(read == original) << "a refused text leaves the transmission as it was";
 }
 
-struct BadRow
-{
-    char const* name;
-    char const* xml;
-    char const* error;
-};
-
-using BadInput = testing::TestWithParam<BadRow>;
+using BadInput = testing::TestWithParam<zelkotest::TextRow>;
 
 TEST_P(BadInput, IsRefusedWithPositionAndLeavesDocumentUnchanged)
 {
     auto document = sample::richDocument();
     int const nextId = document->PeekNextID();
-    EXPECT_FALSE(document->SetXmlString(QString::fromUtf8(GetParam().xml)));
-    EXPECT_EQ(document->GetErrorText(), QString::fromUtf8(GetParam().error));
+    EXPECT_FALSE(document->SetXmlString(GetParam().input));
+    EXPECT_EQ(document->GetErrorText(), GetParam().expected);
     EXPECT_TRUE(*document == *sample::richDocument());
     EXPECT_EQ(document->PeekNextID(), nextId);
 }
 
-#define NRD "<NerikResultData version='1'>"
-#define IN_T(x) NRD "<Transmission>" x "</Transmission></NerikResultData>"
-#define IN_PDU(x) IN_T("<PDUDataBlock id='1' type='0'>" x "</PDUDataBlock>")
-
 INSTANTIATE_TEST_SUITE_P(
     Texts, BadInput,
-    testing::Values(
-        BadRow{"empty text", "", "line 1, column 0: Premature end of document."},
-        BadRow{"wrong root", "<Results/>",
-               "line 1, column 10: root element is <Results>, expected <NerikResultData>"},
-        BadRow{"missing version", "<NerikResultData/>",
-               "line 1, column 18: <NerikResultData> lacks the attribute version"},
-        BadRow{"future version", "<NerikResultData version='2'/>",
-               "line 1, column 30: unsupported version \"2\""},
-        BadRow{"foreign element in the document", NRD "<Info/></NerikResultData>",
-               "line 1, column 36: unexpected element <Info> in <NerikResultData>"},
-        BadRow{"info item without a name", IN_T("<Info><Item/></Info>"),
-               "line 1, column 56: <Item> lacks the attribute name"},
-        BadRow{"id not a number", IN_T("<DataBlock id='x' channel='1'><Content/></DataBlock>"),
-               "line 1, column 73: id is not an integer: \"x\""},
-        BadRow{"negative PDU type", IN_T("<PDUDataBlock id='1' type='-1'/>"),
-               "line 1, column 75: type is not an unsigned integer: \"-1\""},
-        BadRow{"bad time", NRD "<Transmission startTime='yesterday'/></NerikResultData>",
-               "line 1, column 66: startTime is not a date-time: \"yesterday\""},
-        BadRow{"raw content of odd length",
-               IN_T("<DataBlock id='1' channel='1'><Content/><RawContent>QUJD</RawContent>"
-                    "</DataBlock>"),
-               "line 1, column 112: <RawContent> is not base64 of UTF-16 code units"},
-        BadRow{"escape with three digits",
-               IN_T("<DataBlock id='1' channel='1'><Content>a<c u='001'/></Content></DataBlock>"),
-               "line 1, column 95: <c> needs exactly the attribute u with four hex digits"},
-        BadRow{"block without content", IN_T("<DataBlock id='1' channel='1'/>"),
-               "line 1, column 74: <DataBlock> lacks <Content>"},
-        BadRow{"children out of order", IN_T("<PDUDataBlock id='1' type='0'/><Info/>"),
-               "line 1, column 81: unexpected element <Info> in <Transmission>"},
-        BadRow{"name given twice", IN_T("<PDUDataBlock id='1' type='0' name='a' name64='YQA='/>"),
-               "line 1, column 97: both name and name64 given"},
-        BadRow{"bad field in a PDU block", IN_PDU("<Field colour='x'/>"),
-               "line 1, column 92: unknown attribute colour of <Field>"},
-        BadRow{"bad user data in a PDU block", IN_PDU("<UserData/>"),
-               "line 1, column 84: <UserData> lacks the attribute start"},
-        BadRow{"user data texts out of order",
-               IN_PDU("<UserData start='1' end='2'><Text2/></UserData>"),
-               "line 1, column 109: unexpected element <Text2> in <UserData>"},
-        BadRow{"unknown attribute of the document", "<NerikResultData version='1' colour='red'/>",
-               "line 1, column 43: unknown attribute colour of <NerikResultData>"},
-        BadRow{"unknown attribute of a transmission",
-               NRD "<Transmission colour='red'/></NerikResultData>",
-               "line 1, column 57: unknown attribute colour of <Transmission>"},
-        BadRow{"unknown attribute of an info", IN_T("<Info colour='red'/>"),
-               "line 1, column 63: unknown attribute colour of <Info>"},
-        BadRow{"unknown attribute of an info item",
-               IN_T("<Info><Item name='a' colour='red'/></Info>"),
-               "line 1, column 78: unknown attribute colour of <Item>"},
-        BadRow{"unknown attribute of a text block",
-               IN_T("<DataBlock id='1' channel='1' colour='red'><Content/></DataBlock>"),
-               "line 1, column 86: unknown attribute colour of <DataBlock>"},
-        BadRow{"unknown attribute of a time stamp",
-               IN_T("<DataBlock id='1' channel='1'><TimeStamp position='0' rawPosition='0' "
-                    "colour='red'/><Content/></DataBlock>"),
-               "line 1, column 127: unknown attribute colour of <TimeStamp>"},
-        BadRow{"unknown attribute of a PDU block",
-               IN_T("<PDUDataBlock id='1' type='0' colour='red'/>"),
-               "line 1, column 87: unknown attribute colour of <PDUDataBlock>"},
-        BadRow{"unknown attribute of a payload", IN_PDU("<Payload colour='red'/>"),
-               "line 1, column 96: unknown attribute colour of <Payload>"},
-        BadRow{"unknown attribute of user data",
-               IN_PDU("<UserData start='1' end='2' colour='red'/>"),
-               "line 1, column 115: unknown attribute colour of <UserData>"},
-        BadRow{"second root", "<NerikResultData version='1'/><NerikResultData version='1'/>",
-               "line 1, column 60: Extra content at end of document."},
-        BadRow{"payload data not base64",
-               IN_PDU("<Payload><Data elements='1' bits='8'>*</Data></Payload>"),
-               "line 1, column 118: <Data> is not base64"}),
-    zelkotest::RowName());
-
-#undef IN_PDU
-#undef IN_T
-#undef NRD
+    testing::ValuesIn(zelkotest::readTextRows(QStringLiteral("nerikresultdataxml/refused.rows"))),
+    zelkotest::TextRowName());
 
 TEST(NerikResultData, NestingIsLimitedNotAStackOverflow)
 {

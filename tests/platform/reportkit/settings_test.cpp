@@ -6,6 +6,8 @@
 #include <reportkit/tunersettings.h>
 #include <support/qstringprinter.h>
 #include <support/schemavalidator.h>
+#include <support/textrows.h>
+#include <support/textrows.h>
 
 using namespace REPORTKIT;
 
@@ -96,32 +98,17 @@ TEST(FFMSettings, TextWithoutFrequencyReadsAsZero)
     EXPECT_EQ(settings.GetBandwidth().GetValue(), 100.0);
 }
 
-TEST(TunerSettings, BadTextNamesPositionAndKeepsObject)
+using TunerRefuses = testing::TestWithParam<zelkotest::TextRow>;
+
+TEST_P(TunerRefuses, BadTextNamingItsPositionAndKeepsTheObject)
 {
-    struct Case
-    {
-        char const* name;
-        char const* xml;
-        char const* error;
-    };
-    Case const cases[] = {
-        {"audio before antenna order kept",
-         "<Tuner_Settings><Audio_Settings/><AntennaSettings/></Tuner_Settings>",
-         "line 1, column 51: unexpected element <AntennaSettings>"},
-        {"sample rate with unit",
-         "<Tuner_Settings><Audio_Settings sampleRate='48k'/></Tuner_Settings>",
-         "line 1, column 50: sampleRate is not an integer: \"48k\""},
-        {"attenuation negative", "<Tuner_Settings attenuation='-3'/>",
-         "line 1, column 34: attenuation must be a non-negative number of dB"},
-        {"broken XML", "<Tuner_Settings><FFM_Settings frequency='1'></Tuner_Settings>",
-         "line 1, column 61: Opening and ending tag mismatch."},
-        {"the FFM part alone is not a tuner", "<FFM_Settings/>",
-         "line 1, column 15: root element is <FFM_Settings>, expected <Tuner_Settings>"},
-    };
-    for (Case const& c : cases) {
-        Tuner_Settings settings = tuner();
-        EXPECT_FALSE(settings.SetXmlString(QString::fromUtf8(c.xml), 0)) << c.name;
-        EXPECT_EQ(settings.LastXmlError(), QString::fromUtf8(c.error)) << c.name;
-        EXPECT_TRUE(settings == tuner()) << c.name;
-    }
+    Tuner_Settings settings = tuner();
+    EXPECT_FALSE(settings.SetXmlString(GetParam().input, 0));
+    EXPECT_EQ(settings.LastXmlError(), GetParam().expected);
+    EXPECT_TRUE(settings == tuner());
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, TunerRefuses,
+    testing::ValuesIn(zelkotest::readTextRows(QStringLiteral("reportkit/tuner-refused.rows"))),
+    zelkotest::TextRowName());
