@@ -4,7 +4,8 @@
 #include <gtest/gtest.h>
 #include <recordingwriter/aisencoder.h>
 #include <recordingwriter/aivdmreader.h>
-#include <support/rowname.h>
+#include <support/qstringprinter.h>
+#include <support/textrows.h>
 
 using namespace zelkorecording;
 
@@ -20,11 +21,6 @@ AisVessel vessel()
     v.name = "MS ZELKO";
     v.destination = "HAMBURG";
     return v;
-}
-
-QByteArray withChecksum(QByteArray const& body)
-{
-    return '!' + AisEncoder::withChecksum(body);
 }
 
 struct Feed
@@ -90,53 +86,26 @@ TEST(AivdmReader, TagBlockTimeInSecondsOrMilliseconds)
     EXPECT_EQ(result.counts.broken, 1);
 }
 
-struct BadLines
+QString countsOf(Feed const& result)
 {
-    char const* name;
-    QList<QByteArray> lines;
-    qint64 checksumErrors, broken, incomplete, messages;
-};
+    AivdmCounts const& c = result.counts;
+    return QStringLiteral("%1 messages, %2 checksum errors, %3 broken, %4 incomplete")
+        .arg(c.messages)
+        .arg(c.checksumErrors)
+        .arg(c.broken)
+        .arg(c.incomplete);
+}
 
-using AivdmReaderSkips = ::testing::TestWithParam<BadLines>;
+using AivdmReaderSkips = ::testing::TestWithParam<zelkotest::TextRow>;
 
 TEST_P(AivdmReaderSkips, AndCountsWhy)
 {
-    Feed const result = feed(GetParam().lines);
-    EXPECT_EQ(result.counts.checksumErrors, GetParam().checksumErrors);
-    EXPECT_EQ(result.counts.broken, GetParam().broken);
-    EXPECT_EQ(result.counts.incomplete, GetParam().incomplete);
-    EXPECT_EQ(result.counts.messages, GetParam().messages);
+    EXPECT_EQ(countsOf(feed(GetParam().input.toLatin1().split('\n'))), GetParam().expected);
 }
-
-QList<QByteArray> const twoParts = sentencesOf(AisEncoder::staticAndVoyage(vessel()));
-QByteArray const single = sentencesOf(AisEncoder::positionReportA(vessel()))[0];
 
 INSTANTIATE_TEST_SUITE_P(
     Lines, AivdmReaderSkips,
-    ::testing::Values(
-        BadLines{"wrong_checksum", {single.left(single.size() - 2) + "00"}, 1, 0, 0, 0},
-        BadLines{"no_checksum", {single.left(single.size() - 3)}, 0, 1, 0, 0},
-        BadLines{"six_fields", {withChecksum("AIVDM,1,1,,A,15M67FC000G")}, 0, 1, 0, 0},
-        BadLines{"part_beyond_count", {withChecksum("AIVDM,1,2,,A,15M67FC000G,0")}, 0, 1, 0, 0},
-        BadLines{"fill_6", {withChecksum("AIVDM,1,1,,A,15M67FC000G,6")}, 0, 1, 0, 0},
-        BadLines{"character_outside_the_armour",
-                 {withChecksum("AIVDM,1,1,,A,15M67FC0Z0G,0")},
-                 0,
-                 1,
-                 0,
-                 0},
-        BadLines{"second_part_alone", {twoParts[1]}, 0, 1, 0, 0},
-        BadLines{"first_part_alone", {twoParts[0]}, 0, 0, 1, 0},
-        BadLines{"first_part_twice", {twoParts[0], twoParts[0], twoParts[1]}, 0, 0, 1, 1},
-        BadLines{"parts_of_other_channels_apart",
-                 {twoParts[0], sentencesOf(AisEncoder::staticAndVoyage(vessel()), 3, 'A')[0],
-                  twoParts[1]},
-                 0,
-                 0,
-                 1,
-                 1},
-        BadLines{"own_station_sentence", {withChecksum("AIVDO,1,1,,,15M67FC000G,0")}, 0, 0, 0, 1},
-        BadLines{"empty_payload", {withChecksum("AIVDM,1,1,,A,,0")}, 0, 1, 0, 0}),
-    zelkotest::RowName());
+    ::testing::ValuesIn(zelkotest::readTextRows(QStringLiteral("tools/aivdm-skipped.rows"))),
+    zelkotest::TextRowName());
 
 } // namespace
