@@ -7,6 +7,17 @@
 
 namespace zelkotest {
 
+namespace {
+
+QString unescaped(QString text)
+{
+    return text.replace(QLatin1String("\\n"), QLatin1String("\n"))
+        .replace(QLatin1String("\\r"), QLatin1String("\r"))
+        .replace(QLatin1String("\\t"), QLatin1String("\t"));
+}
+
+} // namespace
+
 std::vector<TextRow> readTextRows(QString const& relativePath)
 {
     std::vector<TextRow> rows;
@@ -22,9 +33,7 @@ std::vector<TextRow> readTextRows(QString const& relativePath)
         for (char& ch : name) {
             ch = std::isalnum(static_cast<unsigned char>(ch)) ? ch : '_';
         }
-        rows.push_back({name,
-                        QString(lines[i + 1]).replace(QLatin1String("\\n"), QLatin1String("\n")),
-                        lines[i + 2].mid(2)});
+        rows.push_back({name, unescaped(lines[i + 1]), unescaped(lines[i + 2].mid(2))});
         i += 2;
     }
     return rows;

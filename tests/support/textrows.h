@@ -6,8 +6,8 @@
 //   = line 1, column 9: root element is <Result>, expected <Results>
 //
 // The comment names the row (runnable on its own as */wrong_root_element); the next line is
-// the input, in which "\n" stands for a line break; the line after it, less "= ", the
-// expected text. Lines starting "##" are remarks.
+// the input, the line after it, less "= ", the expected text; in both, "\n", "\r" and "\t"
+// stand for line feed, carriage return and tab. Lines starting "##" are remarks.
 
 #include <QString>
 #include <ostream>

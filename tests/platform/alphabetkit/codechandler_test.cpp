@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <initializer_list>
 #include <support/golden.h>
+#include <support/qstringprinter.h>
+#include <support/textrows.h>
 #include <support/tracecapture.h>
 
 using namespace AlphabetKit;
@@ -158,56 +160,29 @@ TEST(AlphabetCatalog, TablesInCodeOrderMatchThePublishedTables)
     }
 }
 
-TEST(CodecHandler, TranslatesKnownCodeValues)
+using KnownCodes = testing::TestWithParam<zelkotest::TextRow>;
+
+TEST_P(KnownCodes, TranslateToTheirText)
 {
-    struct
-    {
-        char const* name;
-        char const* decoder;
-        char const* alphabet;
-        QString raw;
-        QString text;
-    } const cases[] = {
-        {"ITA2 RYRY", "BAUDOT", "International", codes({31, 10, 21, 10, 21}), "RYRY"},
-        {"ITA2 figures after FIGS", "BAUDOT", "International", codes({27, 23, 19, 1}), "123"},
-        {"ITA2 back to letters", "BAUDOT", "International", codes({27, 23, 31, 23}), "1Q"},
-        {"ITA2 blank, CR, LF and space in figures", "BAUDOT", "International",
-         codes({0, 27, 8, 2, 4, 0}), "\r\n "},
-        {"ITA2 who-are-you, bell, national use", "BAUDOT", "International",
-         codes({27, 9, 11, 13, 20, 26}), "\u2405\u2407\uFFFD\uFFFD\uFFFD"},
-        {"ITA2 code above five bits", "BAUDOT", "International", codes({32, 0x41}), "\uFFFD\uFFFD"},
-        {"CCIR 476 figures", "SITOR-B", "CCIR 476", codes({0x36, 0x2E, 0x27, 0x56, 0x5A, 0x56}),
-         "123E"},
-        {"CCIR 476 idle and repetition print nothing", "NAVTEX", "CCIR 476",
-         codes({0x0F, 0x33, 0x66, 0x6A, 0x47}), "A"},
-        {"CCIR 476 invalid weights", "NAVTEX", "CCIR 476", codes({0x00, 0x7F, 0x1F}),
-         "\uFFFD\uFFFD\uFFFD"},
-        {"MTK-2 starts in Russian", "BAUDOT", "MTK-2", codes({3, 25, 19, 26, 9}), "АБВГД"},
-        {"MTK-2 Latin and back", "BAUDOT", "MTK-2", codes({31, 3, 25, 0, 3}), "ABА"},
-        // "NR 117 ISSUED" as RTTY senders key it, without LTRS after the space.
-        {"ITA2 keeps figures after a space", "RTTY", "International",
-         codes({12, 10, 4, 27, 23, 23, 7, 4, 6, 5, 5, 7, 1, 9}), "NR 117 8''73␅"},
-        {"ITA2 USOS space in figures returns to letters", "RTTY", "International USOS",
-         codes({12, 10, 4, 27, 23, 23, 7, 4, 6, 5, 5, 7, 1, 9}), "NR 117 ISSUED"},
-        {"US-TTY USOS space in figures returns to letters", "RTTY", "US-TTY USOS",
-         codes({27, 9, 4, 9, 31, 9}), "$ DD"},
-        {"USOS only the space unshifts", "RTTY", "International USOS",
-         codes({27, 23, 2, 8, 0, 23, 4, 4, 23}), "1\n\r1  Q"},
-        {"MTK-2 USOS space returns to Russian", "BAUDOT", "MTK-2 USOS", codes({27, 23, 4, 3}),
-         "1 А"},
-        {"MTK-2 USOS space returns to Latin", "BAUDOT", "MTK-2 USOS",
-         codes({31, 27, 23, 11, 4, 3, 27, 4, 0, 3}), "1Ю A А"},
-        {"ASCII controls", "ASCII", "ASCII", "Hi\x07\x1B\t\n" + codes({0, 0x7F, 0x80}),
-         "Hi\u2407\u241B\t\n\uFFFD"},
-        {"Hebrew letters", "ASCII", "Hebrew SI 960", codes({0x60, 0x6A, 0x7A, 0x41, 0x20}),
-         "\u05D0\u05DA\u05EAA "},
-        {"None passes code units", "anything", "None", "\u00E4\U0001F600\x01",
-         "\u00E4\U0001F600\x01"},
-    };
-    for (auto const& c : cases) {
-        auto handler = handlerFor(QString::fromUtf8(c.decoder), QString::fromUtf8(c.alphabet));
-        EXPECT_EQ(handler->Translate(c.raw), c.text) << c.name;
+    QStringList const parts = GetParam().input.split(QLatin1Char('|'));
+    ASSERT_EQ(parts.size(), 3);
+    QString raw;
+    for (QString const& code : parts[2].split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        raw += QChar(code.toUShort());
     }
+    EXPECT_EQ(handlerFor(parts[0].trimmed(), parts[1].trimmed())->Translate(raw),
+              GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, KnownCodes, testing::ValuesIn(zelkotest::readTextRows("alphabetkit/translations.rows")),
+    zelkotest::TextRowName());
+
+TEST(CodecHandler, NonePassesCodeUnits)
+{
+    QString const units = QStringLiteral("\u00E4\U0001F600\x01");
+    EXPECT_EQ(handlerFor(QStringLiteral("anything"), QStringLiteral("None"))->Translate(units),
+              units);
 }
 
 TEST(CodecHandler, ShiftStateSpansCallsUntilReset)
