@@ -17,8 +17,10 @@ namespace {
 zelkotest::ToolSetup setup()
 {
     zelkotest::ToolSetup setup;
+    // Not UTC, so that a start time without an offset shows whether it is taken as UTC.
     setup.environment = {{QStringLiteral("ZELKO_TRACE_MASK"), QString()},
-                         {QStringLiteral("ZELKO_CONFIG"), QStringLiteral("/nonexistent/none.ini")}};
+                         {QStringLiteral("ZELKO_CONFIG"), QStringLiteral("/nonexistent/none.ini")},
+                         {QStringLiteral("TZ"), QStringLiteral("Europe/Berlin")}};
     return setup;
 }
 
