@@ -26,7 +26,7 @@ std::vector<TextRow> readTextRows(QString const& relativePath)
             .split(QLatin1Char('\n'));
     for (int i = 0; i + 2 < lines.size(); ++i) {
         if (!lines[i].startsWith(QLatin1String("# ")) ||
-            !lines[i + 2].startsWith(QLatin1String("= "))) {
+            !(lines[i + 2] == QLatin1String("=") || lines[i + 2].startsWith(QLatin1String("= ")))) {
             continue;
         }
         std::string name = lines[i].mid(2).trimmed().toStdString();

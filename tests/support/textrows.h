@@ -6,8 +6,8 @@
 //   = line 1, column 9: root element is <Result>, expected <Results>
 //
 // The comment names the row (runnable on its own as */wrong_root_element); the next line is
-// the input, the line after it, less "= ", the expected text; in both, "\n", "\r" and "\t"
-// stand for line feed, carriage return and tab. Lines starting "##" are remarks.
+// the input, the line after it, less "= ", the expected text (a lone "=": empty); in both, "\n",
+// "\r" and "\t" stand for line feed, carriage return and tab. Lines starting "##" are remarks.
 
 #include <QString>
 #include <ostream>

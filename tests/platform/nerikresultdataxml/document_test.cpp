@@ -79,78 +79,26 @@ TEST_P(HostileText, SurvivesInEverySlotOfStringAndFile)
 INSTANTIATE_TEST_SUITE_P(Texts, HostileText, testing::ValuesIn(hostileTexts()),
                          zelkotest::RowName());
 
-struct EditRow
-{
-    char const* name;
-    char const* from; // first occurrence in the rich document's text
-    char const* to;
-};
-
-using Equality = testing::TestWithParam<EditRow>;
+using Equality = testing::TestWithParam<zelkotest::TextRow>;
 
 // Each row changes one item of the stored text: the document read from it must differ.
 TEST_P(Equality, NoticesTheChangedItem)
 {
     auto const original = sample::richDocument();
     QString xml = original->GetXmlString();
-    int const at = xml.indexOf(QString::fromUtf8(GetParam().from));
+    int const at = xml.indexOf(GetParam().input);
     ASSERT_GE(at, 0);
-    xml.replace(at, int(qstrlen(GetParam().from)), QString::fromUtf8(GetParam().to));
+    xml.replace(at, GetParam().input.size(), GetParam().expected);
     NerikResultData changed;
     ASSERT_TRUE(changed.SetXmlString(xml)) << changed.GetErrorText().toStdString();
     EXPECT_FALSE(changed == *original);
     EXPECT_FALSE(*original == changed);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Items, Equality,
-    testing::Values(EditRow{"start time", "58.001Z\" stop", "58.002Z\" stop"},
-                    EditRow{"stop time", "59.999Z", "59.998Z"},
-                    EditRow{"info time", "58.001Z\">", "58.000Z\">"},
-                    EditRow{"info item name", "\"Demodulator_Settings", "\"Demodulator"},
-                    EditRow{"info item value", "&lt;Tuner_Settings ", "&lt;Tuner "},
-                    EditRow{"block id", "id=\"1\"", "id=\"8\""},
-                    EditRow{"channel", "channel=\"3\"", "channel=\"4\""},
-                    EditRow{"content start", "contentStart=\"12", "contentStart=\"13"},
-                    EditRow{"raw start", "rawStart=\"24", "rawStart=\"25"},
-                    EditRow{"content code", "\"ITA2\"", "\"ITA\""},
-                    EditRow{"raw content type", "\"DecodedText\"", "\"Decoded\""},
-                    EditRow{"right to left", " rtl=\"true\"", ""},
-                    EditRow{"time stamp time", "59.500Z", "59.501Z"},
-                    EditRow{"time stamp position", "position=\"4\"", "position=\"5\""},
-                    EditRow{"time stamp raw position", "rawPosition=\"4\"", "rawPosition=\"5\""},
-                    EditRow{"missing time stamp",
-                            "<TimeStamp time=\"2024-01-31T23:59:58.001Z\" "
-                            "position=\"0\" rawPosition=\"0\"/>",
-                            ""},
-                    EditRow{"content", "RYRY CQ", "RYRY CX"},
-                    EditRow{"raw content", "UgBZAFIAWQAbAA==", "UgBZAFIAWQAcAA=="},
-                    EditRow{"user data start", "start=\"2\"", "start=\"3\""},
-                    EditRow{"user data end", "end=\"6\"", "end=\"7\""},
-                    EditRow{"user data type", "\"Change\"", "\"Comment\""},
-                    EditRow{"user data text", ">TEST<", ">TEXT<"},
-                    EditRow{"user data second text", ">second<", ">secont<"},
-                    EditRow{"user data covered text", ">RYRY</Cov", ">RYRX</Cov"},
-                    EditRow{"PDU block type", "\"589824\"", "\"589825\""},
-                    EditRow{"PDU block time", "59.000Z\" name=\"ACARS\"",
-                            "59.001Z\" name=\"ACARS\""},
-                    EditRow{"PDU block name", "name=\"AIS Position", "name=\"AIS Positio"},
-                    EditRow{"PDU block method", "method=\"ACARS\"", "method=\"ACAR\""},
-                    EditRow{"PDU block crc", "crc=\"ok\"", "crc=\"bad\""},
-                    EditRow{"field name", "\"Mode\"", "\"Mod\""},
-                    EditRow{"field type", "\"bitlist\"", "\"bits\""},
-                    EditRow{"field value", ">0101<", ">0100<"},
-                    EditRow{"payload name", "\"Message\"", "\"Messages\""},
-                    EditRow{"payload content code", "\"International\"", "\"Inter\""},
-                    EditRow{"payload content", ">HELLO<", ">HELLA<"},
-                    EditRow{"payload elements", "elements=\"32\"", "elements=\"31\""},
-                    EditRow{"payload bits", "bits=\"1\"", "bits=\"2\""},
-                    EditRow{"payload data", "AQD/fw==", "AQD/fg=="},
-                    EditRow{"PDU block user data", ">x<", ">y<"},
-                    EditRow{"one more child block", "<PDUDataBlock id=\"5\"",
-                            "<PDUDataBlock id=\"9\" type=\"0\"/><PDUDataBlock id=\"5\""},
-                    EditRow{"missing transmission", "<Transmission/>", ""}),
-    zelkotest::RowName());
+INSTANTIATE_TEST_SUITE_P(Items, Equality,
+                         testing::ValuesIn(zelkotest::readTextRows(
+                             QStringLiteral("nerikresultdataxml/changed-items.rows"))),
+                         zelkotest::TextRowName());
 
 // The saved text matches the checked-in document (ZELKO_REGENERATE_GOLDEN=1 rewrites it), is
 // valid, and loads back equal.
