@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
@@ -18,33 +19,6 @@ namespace zelkotest {
 namespace {
 
 QString const Source = QStringLiteral(ZELKO_GOLDEN_DIR "/../..");
-
-QStringList splitWords(QString const& line)
-{
-    QStringList words;
-    QString word;
-    bool quoted = false;
-    bool inWord = false;
-    for (QChar const c : line) {
-        if (c == QLatin1Char('"')) {
-            quoted = !quoted;
-            inWord = true;
-        } else if (c == QLatin1Char(' ') && !quoted) {
-            if (inWord) {
-                words << word;
-            }
-            word.clear();
-            inWord = false;
-        } else {
-            word += c;
-            inWord = true;
-        }
-    }
-    if (inWord) {
-        words << word;
-    }
-    return words;
-}
 
 /// The caller's inputs first, then the longest paths, so that OUT inside the source tree would
 /// still read as OUT.
@@ -166,7 +140,7 @@ std::vector<ToolCall> readToolCalls(QString const& relativePath)
         if (line.startsWith("# ") && line.contains(':')) {
             name = line.mid(2, line.indexOf(':') - 2).toStdString();
         } else if (!line.trimmed().isEmpty() && !line.startsWith('#') && !name.empty()) {
-            calls.push_back({name, splitWords(QString::fromUtf8(line))});
+            calls.push_back({name, QProcess::splitCommand(QString::fromUtf8(line))});
             name.clear();
         }
     }
