@@ -172,4 +172,13 @@ QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetu
     return withPlaceholders(text, all).toUtf8();
 }
 
+QString transcriptDifference(QString const& program, ToolCall const& call,
+                             QString const& goldenDirectory, ToolSetup const& setup,
+                             Places const& inputs)
+{
+    return compareWithGolden(toolTranscript(program, call, setup, inputs),
+                             goldenDirectory + '/' + QString::fromStdString(call.name) +
+                                 QStringLiteral(".txt"));
+}
+
 } // namespace zelkotest

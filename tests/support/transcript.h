@@ -43,4 +43,20 @@ using Places = std::vector<std::pair<QString, QString>>;
 QByteArray toolTranscript(QString const& program, ToolCall const& call, ToolSetup const& setup = {},
                           Places const& inputs = {});
 
+/// The transcript compared with the golden file <goldenDirectory>/<call name>.txt under
+/// tests/data: empty when equal (see compareWithGolden).
+QString transcriptDifference(QString const& program, ToolCall const& call,
+                             QString const& goldenDirectory, ToolSetup const& setup = {},
+                             Places const& inputs = {});
+
+/// For INSTANTIATE_TEST_SUITE_P: each call named after its comment.
+struct ToolCallName
+{
+    template <typename Info>
+    std::string operator()(Info const& info) const
+    {
+        return info.param.name;
+    }
+};
+
 } // namespace zelkotest

@@ -7,7 +7,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <recordingwriter/hoppergenerator.h>
-#include <support/golden.h>
+#include <support/qstringprinter.h>
 #include <support/toolrun.h>
 #include <support/transcript.h>
 
@@ -87,16 +87,14 @@ class BurstsCalls : public BurstsCommand, public testing::WithParamInterface<zel
 
 TEST_P(BurstsCalls, MatchTheirTranscripts)
 {
-    QString const diff = zelkotest::compareWithGolden(
-        zelkotest::toolTranscript(QStringLiteral(ZELKO_TOOL), GetParam(), {},
-                                  {{m_recording, QStringLiteral("HOPPERS")}}),
-        QStringLiteral("tools/bursts/%1.txt").arg(GetParam().name.c_str()));
-    EXPECT_TRUE(diff.isEmpty()) << diff.toStdString();
+    EXPECT_EQ(zelkotest::transcriptDifference(ZELKO_TOOL, GetParam(), "tools/bursts", {},
+                                              {{m_recording, QStringLiteral("HOPPERS")}}),
+              QString());
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, BurstsCalls,
                          testing::ValuesIn(zelkotest::readToolCalls("tools/bursts.calls")),
-                         [](auto const& info) { return info.param.name; });
+                         zelkotest::ToolCallName());
 
 TEST_F(BurstsCommand, PlotShowsBurstsGridAndLegend)
 {

@@ -8,7 +8,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <reportkit/results.h>
-#include <support/golden.h>
+#include <support/qstringprinter.h>
 #include <support/toolrun.h>
 #include <support/transcript.h>
 
@@ -28,16 +28,13 @@ using ZelkoConvert = testing::TestWithParam<zelkotest::ToolCall>;
 
 TEST_P(ZelkoConvert, MatchesItsTranscript)
 {
-    QByteArray const transcript =
-        zelkotest::toolTranscript(QStringLiteral(ZELKO_TOOL), GetParam(), setup());
-    QString const diff = zelkotest::compareWithGolden(
-        transcript, QStringLiteral("tools/convert/%1.txt").arg(GetParam().name.c_str()));
-    EXPECT_TRUE(diff.isEmpty()) << diff.toStdString();
+    EXPECT_EQ(zelkotest::transcriptDifference(ZELKO_TOOL, GetParam(), "tools/convert", setup()),
+              QString());
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, ZelkoConvert,
                          testing::ValuesIn(zelkotest::readToolCalls("tools/convert.calls")),
-                         [](auto const& info) { return info.param.name; });
+                         zelkotest::ToolCallName());
 
 // Parallel conversions finish in any order, so this one is checked by its properties.
 TEST(ZelkoConvertParallel, InputsGetDistinctFilesAndOneRowEach)

@@ -5,6 +5,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 #include <recordingwriter/recordingwriter.h>
 #include <support/golden.h>
+#include <support/qstringprinter.h>
 #include <support/toolrun.h>
 #include <support/transcript.h>
 #include <sys/resource.h>
@@ -46,15 +47,13 @@ TEST_P(ZelkoCalls, MatchTheirTranscripts)
 {
     zelkotest::ToolSetup setup;
     setup.environment = {{QStringLiteral("ZELKO_TRACE_MASK"), QString()}};
-    QString const diff = zelkotest::compareWithGolden(
-        zelkotest::toolTranscript(QStringLiteral(ZELKO_TOOL), GetParam(), setup),
-        QStringLiteral("tools/inspect/%1.txt").arg(GetParam().name.c_str()));
-    EXPECT_TRUE(diff.isEmpty()) << diff.toStdString();
+    EXPECT_EQ(zelkotest::transcriptDifference(ZELKO_TOOL, GetParam(), "tools/inspect", setup),
+              QString());
 }
 
 INSTANTIATE_TEST_SUITE_P(Inspect, ZelkoCalls,
                          testing::ValuesIn(zelkotest::readToolCalls("tools/inspect.calls")),
-                         [](auto const& info) { return info.param.name; });
+                         zelkotest::ToolCallName());
 
 // The bundled samples are made by zelko-samplegen; a change to the writer that alters them
 // must come with regenerated samples.
