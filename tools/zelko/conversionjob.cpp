@@ -237,6 +237,9 @@ QString timeText(QDateTime const& time)
     return time.isValid() ? REPORTKIT::XmlTime::toText(time) : QStringLiteral("-");
 }
 
+// Wide enough for the longest file code, "TransmissionSystem".
+int const CodeWidth = 18;
+
 template <typename Record>
 void printRows(QTextStream& out, std::vector<Record> const& records, QString const& kind)
 {
@@ -246,7 +249,8 @@ void printRows(QTextStream& out, std::vector<Record> const& records, QString con
         out << QStringLiteral("%1 %2 %3 %4 %5 %6 %7\n")
                    .arg(kind, -8)
                    .arg(record.GetType().isEmpty() ? QStringLiteral("-") : record.GetType(), -16)
-                   .arg(detail.GetCode().isEmpty() ? QStringLiteral("-") : detail.GetCode(), -14)
+                   .arg(detail.GetCode().isEmpty() ? QStringLiteral("-") : detail.GetCode(),
+                        -CodeWidth)
                    .arg(detail.IsChannelSet() ? QString::number(detail.GetChannel())
                                               : QStringLiteral("-"),
                         7)
@@ -263,7 +267,7 @@ void printTable(QTextStream& out, REPORTKIT::Results const& results)
     out << QStringLiteral("%1 %2 %3 %4 %5 %6 %7\n")
                .arg(QStringLiteral("record"), -8)
                .arg(QStringLiteral("type"), -16)
-               .arg(QStringLiteral("code"), -14)
+               .arg(QStringLiteral("code"), -CodeWidth)
                .arg(QStringLiteral("channel"), 7)
                .arg(QStringLiteral("frequency/Hz"), 12)
                .arg(QStringLiteral("start                    stop"), -49)
