@@ -1,7 +1,6 @@
-// The result model, driven by scenario scripts: each tests/data/nerikresultmodel/<name>.scenario
-// is applied to a real model, and the transcript (every operation with what it answered, the
-// callbacks and traces it caused, then the model's state and its result document) must equal
-// <name>.golden beside it. The script language is described in that folder's README.md.
+// The result model, driven by the scripts tests/data/nerikresultmodel/<name>.scenario (language
+// in the README.md there): the transcript of each (operations, answers, callbacks, traces, then
+// the model's state and result document) must equal <name>.golden beside it.
 
 #include <QDir>
 #include <QFile>
@@ -53,11 +52,9 @@ void fail(QString const& kind)
 {
     if (kind == QLatin1String("document")) {
         throw NerikResultDataException(QStringLiteral("doc"));
-    }
-    if (kind == QLatin1String("report")) {
+    } else if (kind == QLatin1String("report")) {
         throw REPORTKIT::RGException(QStringLiteral("rep"));
-    }
-    if (kind == QLatin1String("other")) {
+    } else if (kind == QLatin1String("other")) {
         throw 1;
     }
 }
@@ -118,18 +115,14 @@ public:
     }
 };
 
-/// Splits a line into words; a word in double quotes may hold blanks, and "#" outside quotes
-/// starts a comment.
+/// Splits a line into words; a word in double quotes may hold blanks, and "#" starts a
+/// comment (so texts in scripts cannot hold one).
 QStringList words(QString const& line)
 {
-    static QRegularExpression const word(QStringLiteral("#.*|(?:[^\\s\"#]|\"[^\"]*\")+"));
+    static QRegularExpression const word(QStringLiteral("(?:[^\\s\"]|\"[^\"]*\")+"));
     QStringList result;
-    for (auto it = word.globalMatch(line); it.hasNext();) {
-        QString const text = it.next().captured();
-        if (text.startsWith('#')) {
-            break;
-        }
-        result << QString(text).remove('"');
+    for (auto it = word.globalMatch(line.section('#', 0, 0)); it.hasNext();) {
+        result << it.next().captured().remove('"');
     }
     return result;
 }
@@ -145,10 +138,8 @@ QString describe(DataBlock const* block)
     }
     for (UserData const* item : block->GetUserData()) {
         out << QStringLiteral("[%1 %2..%3 \"%4\" over \"%5\"]")
-                   .arg(item->type)
-                   .arg(item->start)
-                   .arg(item->end)
-                   .arg(item->text, item->coveredText);
+                   .arg(item->type, QString::number(item->start), QString::number(item->end),
+                        item->text, item->coveredText);
     }
     return out.join(' ');
 }
@@ -216,10 +207,8 @@ std::map<QString, Operation> const Operations{
     {"estimate", [](Scenario& s) { s.m().getEstimateDataSize() = s.w[1].toInt(); }},
     {"size",
      [](Scenario& s) {
-         bool const exceeded = s.m().maxDataSizeExceeded();
-         s.say(QStringLiteral("%1, estimate %2")
-                   .arg(exceeded ? "exceeded" : "within")
-                   .arg(s.m().getEstimateDataSize()));
+         QString const answer = s.m().maxDataSizeExceeded() ? "exceeded" : "within";
+         s.say(answer + ", estimate " + QString::number(s.m().getEstimateDataSize()));
      }},
     {"message",
      [](Scenario& s) {
@@ -229,9 +218,7 @@ std::map<QString, Operation> const Operations{
          Transmission read;
          QString error;
          bool const same = read.SetXmlString(QString::fromUtf8(data), error) && read == *t;
-         s.say(QStringLiteral("%1 bytes, %2")
-                   .arg(data.size())
-                   .arg(same ? "reads back" : "unreadable"));
+         s.say(QString::number(data.size()) + (same ? " bytes, reads back" : " bytes, unreadable"));
      }},
     {"incoming",
      [](Scenario& s) {
@@ -293,9 +280,7 @@ std::map<QString, Operation> const Operations{
          block->SetID(s.value("id").toInt());
          block->SetTimeStamp(s.time(2));
          block->SetName(s.value("name"));
-         if (s.w.size() > 3 && !s.w[3].contains('=')) {
-             block->GetPayload().SetContent(s.w[3]);
-         }
+         block->GetPayload().SetContent(s.value("payload"));
          if (s.value("in").isEmpty()) {
              s.built.clear();
              s.pdu.reset(block);
@@ -308,31 +293,20 @@ std::map<QString, Operation> const Operations{
     {"find-pdu",
      [](Scenario& s) {
          int const id = s.w[1].toInt();
-         QString const in = s.value("in");
-         bool const deep = s.w.contains(QStringLiteral("deep"));
          PDUDataBlock const* const found =
-             in.isEmpty() ? s.m().getPDUDataBlock(id)
-             : in == "current"
-                 ? NerikResultModel::getPDUDataBlock(s.current(), id, deep)
-                 : NerikResultModel::getPDUDataBlock(s.m().getPDUDataBlock(in.toInt()), id, deep);
-         s.say(found ? s.w[1] + " \"" + found->GetName() + '"' : QStringLiteral("none"));
+             s.w.size() == 2 ? s.m().getPDUDataBlock(id)
+                             : NerikResultModel::getPDUDataBlock(s.current(), id, s.w[2] == "deep");
+         s.say(found ? found->GetName() : QStringLiteral("none"));
      }},
     {"settings",
      [](Scenario& s) {
          JobSpec::Settings settings;
          settings.GetFFM_Settings().SetFrequency(s.value("freq").toDouble());
-         JobSpec::Demodulator_Settings& demodulator = settings.GetDemodulator_Settings();
-         demodulator.SetMode(JobSpec::Demodulator_Settings::NameToMode(s.value("mode")));
-         JobSpec::Decoder decoder;
-         decoder.SetValue(s.value("decoders").split(',', Qt::SkipEmptyParts));
-         demodulator.SetDecoder(decoder);
-         demodulator.SetAlphabet(s.value("alphabet"));
+         settings.GetDemodulator_Settings().SetXmlString(s.w[2], 0);
          s.m().setParameter(settings);
      }},
     {"ffm", [](Scenario& s) { s.say(s.m().setFFMFrequency(s.w[1])); }},
     {"demod", [](Scenario& s) { s.say(s.m().setDemodulatorSettings(s.w[1])); }},
-    {"demodulator", [](Scenario& s) { s.m().setDemodulator(s.w[1]); }},
-    {"decoder", [](Scenario& s) { s.m().setDecoder(s.w[1]); }},
     {"alphabets-dir", [](Scenario& s) { s.m().setAlphabetsDirectory(s.w[1]); }},
     {"fail-before",
      [](Scenario& s) { (s.w[1] == "ffm" ? s.m().failInFFM : s.m().failInDemodulator) = s.w[2]; }},
@@ -376,9 +350,7 @@ std::map<QString, Operation> const Operations{
 QString Scenario::run(QString const& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return "cannot read " + path;
-    }
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
     zelkotest::TraceCapture traces(0x60);
     for (QString const& line : QString::fromUtf8(file.readAll()).split('\n')) {
         w = words(line);
@@ -395,9 +367,8 @@ QString Scenario::run(QString const& path)
         for (auto const& trace : traces.lines()) {
             // The AIS trace carries a station ID as one character, which may be a control one.
             log << QStringLiteral("  trace %1:%2 %3")
-                       .arg(trace.sourceFile)
-                       .arg(trace.line)
-                       .arg(QString(trace.message).replace(QChar(0), QStringLiteral("\\u0000")));
+                       .arg(trace.sourceFile, QString::number(trace.line),
+                            QString(trace.message).replace(QChar(0), QStringLiteral("\\u0000")));
         }
         traces.clear();
     }
@@ -411,14 +382,12 @@ void Scenario::state()
     Transmission* const open = current();
     auto const& transmissions = m().getResultData()->GetTransmission();
     log << QStringLiteral("--- model %1, callback %2, estimate %3")
-               .arg(models.size() == 1 ? "as made" : "copy")
-               .arg(m().getCallback() == models.front().get() ? "first model" : "other")
-               .arg(m().getEstimateDataSize())
+               .arg(models.size() == 1 ? "as made" : "copy",
+                    m().getCallback() == models.front().get() ? "first model" : "other",
+                    QString::number(m().getEstimateDataSize()))
         << QStringLiteral("current %1 (%2 of %3), settings change %4")
-               .arg(startOf(open))
-               .arg(transmissions.indexOf(open) + 1)
-               .arg(transmissions.size())
-               .arg(show(m().getSettingsChangeTime()))
+               .arg(startOf(open), QString::number(transmissions.indexOf(open) + 1),
+                    QString::number(transmissions.size()), show(m().getSettingsChangeTime()))
         << QStringLiteral("frequency %1, demodulator \"%2\", decoder \"%3\", alphabet \"%4\", "
                           "alphabets directory \"%5\"")
                .arg(m().getFrequency(), 0, 'f', 0)
