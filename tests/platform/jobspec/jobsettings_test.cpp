@@ -1,5 +1,6 @@
 #include <QFile>
 #include <QTemporaryDir>
+#include <functional>
 #include <gtest/gtest.h>
 #include <jobspec/settings.h>
 #include <jobspec/station.h>
@@ -111,11 +112,28 @@ TEST(JobSettings, FileFarLargerThanSettingsIsRefusedUnread)
     EXPECT_FALSE(settings.LastXmlError().contains(QStringLiteral("larger than")));
 }
 
+// Each part alone makes two settings differ.
+TEST(JobSettings, EqualityLooksAtEveryPart)
+{
+    std::vector<std::function<void(Settings&)>> const changes = {
+        [](Settings& s) { s.SetName(QStringLiteral("day")); },
+        [](Settings& s) { s.GetTuner_Settings().SetDevice(QStringLiteral("EB200")); },
+        [](Settings& s) { s.GetDemodulator_Settings().SetAlphabet(QStringLiteral("ASCII")); },
+        [](Settings& s) { s.GetChannelSelection().AppendValue(QStringLiteral("9")); }};
+    for (auto const& change : changes) {
+        Settings changed = fullSettings();
+        change(changed);
+        EXPECT_FALSE(changed == fullSettings());
+    }
+}
+
 TEST(JobSettings, FileSaveAndLoadAndMissingFile)
 {
     QTemporaryDir directory;
     QString const path = directory.filePath(QStringLiteral("job.xml"));
-    ASSERT_TRUE(fullSettings().SaveFile(path));
+    QString error;
+    ASSERT_TRUE(fullSettings().SaveFile(path, &error));
+    EXPECT_EQ(error, QString()) << "a successful save leaves the error alone";
     EXPECT_EQ(zelkotest::validateXmlFile(path, schema), QString());
     Settings settings;
     ASSERT_TRUE(settings.LoadFile(path));
@@ -125,7 +143,14 @@ TEST(JobSettings, FileSaveAndLoadAndMissingFile)
     EXPECT_TRUE(settings.LastXmlError().startsWith(
         directory.filePath(QStringLiteral("missing.xml: cannot open: "))));
     EXPECT_TRUE(settings == fullSettings()) << "a failed load keeps the settings";
-    QString error;
+    QString const doubled = directory.filePath(QStringLiteral("doubled.xml"));
+    ASSERT_TRUE(fullSettings().SaveFile(doubled));
+    {
+        QFile file(doubled);
+        ASSERT_TRUE(file.open(QIODevice::Append));
+        file.write("<JobSettings/>");
+    }
+    EXPECT_FALSE(settings.LoadFile(doubled)) << "text after the root element";
     EXPECT_FALSE(
         Settings().SaveFile(directory.filePath(QStringLiteral("no/such/dir/job.xml")), &error));
     EXPECT_TRUE(error.contains(QLatin1String("cannot write"))) << error.toStdString();
