@@ -9,7 +9,6 @@
 #include <massdatamanagement/zelkodatastreamconverter/frameformat.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
-#include <massdatamanagement/zelkodatastreamconverter/transmissionsystemprocessors/recordwords.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/transmission.h>
 #include <recordingwriter/payloadbuilder.h>
@@ -34,39 +33,10 @@ struct TransmissionSystemModelTestAccess
     {
         model.EndBlock(block, parent, time);
     }
-    bool& continuationPending() { return model.m_continuationPending; }
-    // How many words, and which value, a processor sees from byte offset of frame on.
-    std::pair<unsigned, quint32> word(QByteArray const& frame, int offset, unsigned index)
-    {
-        model.m_frameBegin = frame.constData();
-        model.m_frameEnd = frame.constData() + frame.size();
-        void* const record = const_cast<char*>(frame.constData()) + offset;
-        return {model.WordsAvailable(record, index),
-                RecordWords(record, model.WordsAvailable(record, 0)).at(index)};
-    }
-    int& pduOffset() { return model.m_pduOffset; }
-    template <typename... Args>
-    void addField(Block* block, Args... args)
-    {
-        model.AddField(block, QStringLiteral("L"), args...);
-    }
     void asciiPayload(Block* block, QByteArray const& bytes)
     {
         model.SetASCIIPayload(block, QStringLiteral("Message"), unsigned(bytes.size()),
                               bytes.constData());
-    }
-    // The first count words (all by default) of words.
-    void packed(Block* block, std::vector<int> words, bool unicode, size_t count = 99)
-    {
-        auto const set = unicode ? &TransmissionSystemModel::SetPackedUnicodePayload
-                                 : &TransmissionSystemModel::SetPackedASCIIPayload;
-        (model.*set)(block, QStringLiteral("P"), unsigned(std::min(count, words.size())),
-                     words.data());
-    }
-    void binaryPayload(Block* block, std::vector<unsigned> data, unsigned count, unsigned bits)
-    {
-        model.SetBinaryPayload(block, QStringLiteral("Message"), PDU_REPRESENTATION_STRING, count,
-                               bits, data.data());
     }
 };
 
@@ -95,7 +65,8 @@ QByteArray frame(quint64 time, QByteArray const& name, quint32 code,
     return zelkorecording::RecordingWriter::frameBytes(type, builder.data());
 }
 
-// --- Formatting (frames and the other formats are scripted: transmissionscenario.cpp) ----
+// --- Formatting (frames, fields, payloads and most formats are scripted scenarios: see
+// transmissionsystemprocessors_test.cpp) ---------------------------------------------------
 
 // Position and date-time elements render themselves.
 TEST(TransmissionSystemText, PositionsRenderThemselves)
@@ -155,110 +126,6 @@ TEST_F(TransmissionSystemModelTest, StartTimeOfATimeWithoutDate)
     m_access.end(m_access.begin(utc(BaseTime)), nullptr, utc(BaseTime));
     m_access.end(m_access.begin(utc(BaseTime + 5000000)), nullptr, utc(BaseTime));
     EXPECT_EQ(m_model.getCurrentTransmission()->GetStartTime(), utc(BaseTime));
-}
-
-// A multi-block message: the parent stands in the transmission, its parts become children while
-// continuation is pending, and the offset is lowered to cover the parent.
-TEST_F(TransmissionSystemModelTest, ContinuedMessageNestsUnderItsParent)
-{
-    QByteArray start = frame(BaseTime, "", 14);
-    ASSERT_TRUE(m_model.processData(start));
-    QDateTime const time = utc(BaseTime);
-    PDUDataBlock* parent = m_access.begin(time);
-    m_access.end(parent, nullptr, time);
-    m_access.continuationPending() = true;
-    for (int part = 0; part < 3; ++part) {
-        m_access.end(m_access.begin(time), parent, time.addSecs(part));
-        EXPECT_TRUE(m_access.continuationPending());
-    }
-    m_access.pduOffset() = 0;
-    EXPECT_EQ(m_model.getPDUOffset(), 0);
-    EXPECT_EQ(blockCount(), 1);
-    EXPECT_EQ(parent->GetPDUDataBlocks().size(), 3);
-
-    // Invalid children are dropped; a top-level block ends the continuation.
-    m_access.end(m_access.begin(QDateTime()), parent, time);
-    EXPECT_EQ(parent->GetPDUDataBlocks().size(), 3);
-    m_access.end(m_access.begin(time), nullptr, time);
-    EXPECT_FALSE(m_access.continuationPending());
-    EXPECT_EQ(blockCount(), 2);
-
-    // A new transmission forgets a pending continuation.
-    m_access.continuationPending() = true;
-    m_model.clear();
-    ASSERT_TRUE(m_model.processData(start));
-    EXPECT_FALSE(m_access.continuationPending());
-}
-
-TEST_F(TransmissionSystemModelTest, RecordWordsEndWithTheFrame)
-{
-    QByteArray const frame = QByteArray::fromHex("01000000020000000300");
-    using Seen = std::pair<unsigned, quint32>;
-    EXPECT_EQ(m_access.word(frame, 0, 0), Seen(2, 1));
-    EXPECT_EQ(m_access.word(frame, 0, 1), Seen(1, 2));
-    EXPECT_EQ(m_access.word(frame, 0, 2), Seen(0, 0)); // two bytes are no word
-    EXPECT_EQ(m_access.word(frame, 4, 0), Seen(1, 2));
-    EXPECT_EQ(m_access.word(frame, 10, 0), Seen(0, 0));
-    EXPECT_EQ(m_access.word(frame, -4, 1), Seen(0, 0));
-}
-
-TEST_F(TransmissionSystemModelTest, FieldForms)
-{
-    PDUDataBlock block;
-    m_access.addField(&block, QStringLiteral("v"), QStringLiteral("t"));
-    m_access.addField(&block, QStringLiteral("text"));
-    m_access.addField(&block, 4294967295u);
-    m_access.addField(&block, 31u, 16, 4, QStringLiteral("0x"));
-    m_access.addField(&block, 5u, 2, 8, QStringLiteral("0x"));
-    m_access.addField(&block, 0x1234u, 16, 0, QStringLiteral("0x"));
-    m_access.addField(&block, 2.5f);
-    m_access.addField(&block, 0.1);
-    m_access.addField(&block, quint64(1) << 40);
-    m_access.addField(&block, true);
-    m_access.addField(&block, false);
-    QStringList got;
-    for (NerikResultDataXml::Field const& field : block.GetFields()) {
-        EXPECT_EQ(field.GetName(), QStringLiteral("L"));
-        got << field.GetValue() + QLatin1Char('|') + field.GetType();
-    }
-    EXPECT_EQ(got, QStringList({"v|t", "text|string", "4294967295|int", "0x001f|int",
-                                "0x00000101|int", "0x1234|int", "2.5|float", "0.1|float",
-                                "1099511627776|int", "true|bool", "false|bool"}));
-}
-
-TEST_F(TransmissionSystemModelTest, PayloadsWithoutAlphabetAreCleanedBytes)
-{
-    PDUDataBlock block;
-    m_access.asciiPayload(&block, QByteArray("\x41\xA0\x07\x0D", 4));
-    NerikResultDataXml::Payload const& payload = block.GetPayload();
-    EXPECT_EQ(payload.GetName(), QStringLiteral("Message"));
-    EXPECT_EQ(payload.GetContent(), QStringLiteral("A\n_\r"));
-    EXPECT_TRUE(payload.GetContentCode().isNull());
-    EXPECT_EQ(payload.GetData(), QByteArray("\x41\xA0\x07\x0D", 4));
-    EXPECT_EQ(payload.GetDataElements(), 4u);
-    EXPECT_EQ(payload.GetDataBits(), 8u);
-
-    m_access.packed(&block, {0x44434241, 0x00004645, 0x47}, false);
-    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("ABCDEF"));
-    EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
-    m_access.packed(&block, {0x41414100}, false);
-    EXPECT_TRUE(block.GetPayload().GetData().isEmpty());
-    m_access.packed(&block, {0x44434241, 0x45}, false, 1);
-    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("ABCD"));
-
-    m_access.packed(&block, {0x00E90048, 0x000000A0, 0x41}, true);
-    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("Hé\n"));
-    EXPECT_EQ(block.GetPayload().GetData(), QByteArray("H\0\xE9\0\xA0\0", 6));
-    EXPECT_FALSE(block.GetPayload().GetContentDirectionRTL());
-    EXPECT_EQ(block.GetPayload().GetDataElements(), 6u);
-    m_access.packed(&block, {0x41410000}, true);
-    EXPECT_TRUE(block.GetPayload().GetData().isEmpty());
-
-    m_access.binaryPayload(&block, {0x0D074241u}, 3, 8);
-    EXPECT_EQ(block.GetPayload().GetContent(), QStringLiteral("AB_"));
-    EXPECT_EQ(block.GetPayload().GetData(), QByteArray("AB\x07", 3));
-    m_access.binaryPayload(&block, {0x0FFFu}, 1, 12);
-    EXPECT_EQ(block.GetPayload().GetData().size(), 2);
 }
 
 TEST_F(TransmissionSystemModelTest, AlphabetDecodesAndRetranslates)
