@@ -34,31 +34,21 @@ using namespace zelkodatastreamconverter;
 namespace {
 
 QDateTime const LastSecondOfJanuary(QDate(2024, 1, 31), QTime(23, 59, 59), Qt::LocalTime);
-QString const Source = QStringLiteral("massdatamanagement/zelkodatastreamconverter/");
 
 // ---- Scripted scenarios ---------------------------------------------------------------------
 //
-// Each tests/data/outputfiles/<name>.scenario drives one output file, an operation a line
-// ('#' starts a comment); the dump beside it (<name>.dump) holds every line with what it
-// caused: traces, records sent, the open file and its size, the answer of a query; and at the
-// end the directory's files with their contents. Paths read <dir>, process ids <pid>.
-//
-//   binary|text [maximum] | result     a new file object (type "Data", code "BIN"; code "TXT")
-//   callback log|rg|other              how later objects' callbacks answer: record, or throw
-//   dir [unusable]                     setDirectory: the scenario's directory, or a path below a
-//   file taken N                            the first N names of the current second exist already
-//   write "text"|N   count N   stream "text"    saveToFile; written by the caller and counted
-//                                      with addFileSize; through the text stream (N: N bytes)
-//   close   keep                       closeFile(false), closeFile(true)
-//   advance S   at S                   the clock S seconds on; at S seconds after the start
-//   frequency F   channel N   max N   name PATTERN   the setters
-//   copy   assign                      the object is replaced by a copy of itself, or assigned
-//                                      over another one that has a file open; the old one closes
-//   unopenable                         the open file's name becomes a directory
-//   link NAME   block-staging          a dangling link; every staged name of this process taken
-//   document "text"|fail "text"        writeDocument with a writer that succeeds or fails
-//   pending S   pending-until S   reset-pending   poll    the pending changes of a result file
-//   frequency-text F                   getFrequencyString
+// Each tests/data/outputfiles/<name>.scenario drives output files, an operation a line ('#'
+// starts a comment). The dump beside it (<name>.dump) holds every line with what it caused:
+// traces, records, the open file and its size, the answer; at the end the files with their
+// contents. Paths read <dir>, process ids <pid>. Operations (see step()): binary|text
+// [maximum], result (new objects); callback log|rg|other (later objects' callbacks record or
+// throw); dir [unusable]; taken N (the first N names of the second exist); write "text"|N,
+// count N (written by the caller, addFileSize), stream "text"; close, keep (for reopening);
+// advance S, at S (seconds from the start); frequency, channel, max, name; copy, assign (the
+// object replaced by a copy, or assigned over one with a file open); unopenable (the open
+// file's name becomes a directory); link NAME (dangling); block-staging (every staged name of
+// the process taken); document "text", fail "text" (writeDocument); pending S, pending-until
+// S, reset-pending, poll; frequency-text F.
 
 QDateTime const Start = LastSecondOfJanuary;
 

@@ -8,6 +8,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemhelper.h>
 #include <support/golden.h>
 #include <support/rowname.h>
+#include <support/scopedworkingdirectory.h>
 
 using zelkodatastreamconverter::TransmissionSystemHelper;
 
@@ -19,43 +20,24 @@ namespace {
 QByteArray tableDump()
 {
     TransmissionSystemHelper helper;
-#define TABLE(name)                                                                                \
-    {                                                                                              \
-#name, [&helper](quint32 i) { return QString(helper.Get##name(i)); }                       \
-    }
+    // clang-format off
+#define TABLE(name) {#name, [&helper](quint32 i) { return QString(helper.Get##name(i)); }}
+#define STATUS(direction) {"BOS_STATUS direction " #direction, \
+                           [&helper](quint32 i) { return helper.GetBOS_STATUS(i, direction); }}
     std::vector<std::pair<char const*, std::function<QString(quint32)>>> const tables = {
-        TABLE(BOS_BOS),
-        TABLE(BOS_STATE),
-        TABLE(ZVEI_BAK),
-        TABLE(VDEW_BAK),
-        TABLE(PR_FRAME_TYPE),
-        TABLE(PR_MODIFIER_FUNCTION),
-        TABLE(PR_SUPERVISOR_FUNCTION),
-        TABLE(PR_PID),
-        TABLE(CLOVER_BLOCK_TYPE),
-        TABLE(CLOVER_CODE_EFFICIENCY),
-        TABLE(CLOVER_SPEED_LEVEL),
-        TABLE(PACTOR_BURST_TYPE),
-        TABLE(PACTOR_CLOVER_CONTENT_TYPE),
-        TABLE(PACTOR_CLOVER_SIDEBAND_MODE),
-        TABLE(PACTOR_DATA_CHAT_MODE),
-        TABLE(PACTOR_DATA_MODE_SUGGESTION),
-        TABLE(PACTOR_DATA_TYPE),
-        TABLE(PACTOR_DECODING_QUALITY),
-        TABLE(PACTOR_PATH_MODE),
-        TABLE(PACTOR_QRT_PACKET),
-        TABLE(PACTOR_SPEED_LEVEL),
-        TABLE(PACTOR_SPEED_LEVEL_REQUEST),
-        TABLE(PACTOR_TRANSMISSION_MODE),
-        TABLE(PACTOR_VARIANT),
-        TABLE(F7W_PAYLOAD_TYPE),
-        TABLE(MPT_TRANSMISSION_TYPE),
-        {"BOS_STATUS direction 0", [&helper](quint32 i) { return helper.GetBOS_STATUS(i, 0); }},
-        {"BOS_STATUS direction 1", [&helper](quint32 i) { return helper.GetBOS_STATUS(i, 1); }},
-        {"BOS_STATUS direction 2", [&helper](quint32 i) { return helper.GetBOS_STATUS(i, 2); }},
-        {"BOS_STATUS direction 3", [&helper](quint32 i) { return helper.GetBOS_STATUS(i, 3); }},
-        {"CountryName", [&helper](quint32 i) { return helper.GetCountryName(i); }}};
+        TABLE(BOS_BOS), TABLE(BOS_STATE), TABLE(ZVEI_BAK), TABLE(VDEW_BAK), TABLE(PR_FRAME_TYPE),
+        TABLE(PR_MODIFIER_FUNCTION), TABLE(PR_SUPERVISOR_FUNCTION), TABLE(PR_PID),
+        TABLE(CLOVER_BLOCK_TYPE), TABLE(CLOVER_CODE_EFFICIENCY), TABLE(CLOVER_SPEED_LEVEL),
+        TABLE(PACTOR_BURST_TYPE), TABLE(PACTOR_CLOVER_CONTENT_TYPE),
+        TABLE(PACTOR_CLOVER_SIDEBAND_MODE), TABLE(PACTOR_DATA_CHAT_MODE),
+        TABLE(PACTOR_DATA_MODE_SUGGESTION), TABLE(PACTOR_DATA_TYPE), TABLE(PACTOR_DECODING_QUALITY),
+        TABLE(PACTOR_PATH_MODE), TABLE(PACTOR_QRT_PACKET), TABLE(PACTOR_SPEED_LEVEL),
+        TABLE(PACTOR_SPEED_LEVEL_REQUEST), TABLE(PACTOR_TRANSMISSION_MODE), TABLE(PACTOR_VARIANT),
+        TABLE(F7W_PAYLOAD_TYPE), TABLE(MPT_TRANSMISSION_TYPE), STATUS(0), STATUS(1), STATUS(2),
+        STATUS(3), {"CountryName", [&helper](quint32 i) { return helper.GetCountryName(i); }}};
 #undef TABLE
+#undef STATUS
+    // clang-format on
     QByteArray dump = "CRCText: " + helper.GetCRCText(true).toUtf8() + " / " +
                       helper.GetCRCText(false).toUtf8() + '\n';
     for (auto const& [name, lookup] : tables) {
@@ -119,19 +101,6 @@ TEST(TransmissionSystemHelper, CountryNamesAndProtocolsAreTranslated)
     EXPECT_EQ(helper.GetPR_PID(0xCF), QStringLiteral("[NET/ROM]"));
 }
 
-class InDirectory
-{
-public:
-    explicit InDirectory(QString const& path) : m_previous(QDir::currentPath())
-    {
-        QDir::setCurrent(path);
-    }
-    ~InDirectory() { QDir::setCurrent(m_previous); }
-
-private:
-    QString m_previous;
-};
-
 void writeMIDFile(QString const& directory, QByteArray const& content)
 {
     QFile file(QDir(directory).filePath(TransmissionSystemHelper::MIDFileName));
@@ -155,7 +124,7 @@ TEST_P(MIDFile, GivesTheValueAsTheFileHasIt)
     if (GetParam().file) {
         writeMIDFile(directory.path(), GetParam().file);
     }
-    InDirectory const inside(directory.path());
+    zelkotest::ScopedWorkingDirectory const inside(directory.path());
     TransmissionSystemHelper helper;
     EXPECT_EQ(helper.GetMIDCountryName(GetParam().mid), QString::fromUtf8(GetParam().expected));
 }
@@ -181,7 +150,7 @@ INSTANTIATE_TEST_SUITE_P(Helper, MIDFile, testing::Values(
 TEST(TransmissionSystemHelper, MIDFileIsReadOncePerHelper)
 {
     QTemporaryDir directory;
-    InDirectory const inside(directory.path());
+    zelkotest::ScopedWorkingDirectory const inside(directory.path());
     TransmissionSystemHelper missing;
     EXPECT_EQ(missing.GetMIDCountryName(211), QStringLiteral("211 (unknown)"));
     writeMIDFile(directory.path(), "211;Germany\n");
@@ -195,7 +164,7 @@ TEST(TransmissionSystemHelper, MIDFileIsReadOncePerHelper)
 
 TEST(TransmissionSystemHelper, ShippedMIDFileSpansTheMIDs)
 {
-    InDirectory const inside(QStringLiteral(ZELKO_SOURCE_DIR "/data"));
+    zelkotest::ScopedWorkingDirectory const inside(QStringLiteral(ZELKO_SOURCE_DIR "/data"));
     TransmissionSystemHelper helper;
     EXPECT_EQ(helper.GetMIDCountryName(201), QStringLiteral(";Albania\n"));
     EXPECT_EQ(helper.GetMIDCountryName(775), QStringLiteral(";Venezuela\n"));

@@ -33,11 +33,6 @@ struct TransmissionSystemModelTestAccess
     {
         model.EndBlock(block, parent, time);
     }
-    void asciiPayload(Block* block, QByteArray const& bytes)
-    {
-        model.SetASCIIPayload(block, QStringLiteral("Message"), unsigned(bytes.size()),
-                              bytes.constData());
-    }
 };
 
 } // namespace zelkodatastreamconverter
@@ -49,7 +44,6 @@ using Access = TransmissionSystemModelTestAccess;
 using NerikResultDataXml::PDUDataBlock;
 
 constexpr quint64 BaseTime = 1700000000123456ull; // 2023-11-14 22:13:20.123456 UTC
-QString const AlphabetsDirectory = QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets");
 
 QDateTime utc(quint64 microseconds)
 {
@@ -126,43 +120,6 @@ TEST_F(TransmissionSystemModelTest, StartTimeOfATimeWithoutDate)
     m_access.end(m_access.begin(utc(BaseTime)), nullptr, utc(BaseTime));
     m_access.end(m_access.begin(utc(BaseTime + 5000000)), nullptr, utc(BaseTime));
     EXPECT_EQ(m_model.getCurrentTransmission()->GetStartTime(), utc(BaseTime));
-}
-
-TEST_F(TransmissionSystemModelTest, AlphabetDecodesAndRetranslates)
-{
-    ASSERT_TRUE(m_model.setAlphabetsDirectory(AlphabetsDirectory));
-    bool changed = false;
-    EXPECT_FALSE(m_model.setAlphabet(QString(), changed));
-    EXPECT_FALSE(m_model.setAlphabet(QStringLiteral("None"), changed));
-    EXPECT_FALSE(changed);
-    EXPECT_FALSE(m_model.setAlphabet(QStringLiteral("Klingon"), changed));
-    EXPECT_TRUE(changed);
-    EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("None"));
-
-    QByteArray start = frame(BaseTime, "", 14);
-    ASSERT_TRUE(m_model.processData(start));
-    PDUDataBlock* block = m_access.begin(utc(BaseTime));
-    m_access.asciiPayload(block, QByteArray("HI\x07", 3));
-    block->AddUserData(new NerikResultDataXml::UserData);
-    m_access.end(block, nullptr, utc(BaseTime));
-
-    ASSERT_TRUE(m_model.setAlphabet(QStringLiteral("ASCII"), changed));
-    m_model.translateCurrentTransmission();
-    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("HI") + QChar(0x2407));
-    EXPECT_EQ(block->GetPayload().GetContentCode(), QStringLiteral("ASCII"));
-    EXPECT_TRUE(block->GetUserData().isEmpty());
-
-    // A demodulator that does not offer the alphabet falls back to none.
-    ASSERT_TRUE(m_model.setDemodulator(QStringLiteral("ASCII")));
-    EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("ASCII"));
-    EXPECT_TRUE(m_model.getAvailableAlphabets().contains(QStringLiteral("ASCII")));
-    ASSERT_TRUE(m_model.setDemodulator(QStringLiteral("PSK31")));
-    EXPECT_TRUE(m_model.setDemodulator(QStringLiteral("PSK31")));
-    EXPECT_TRUE(m_model.setAlphabetsDirectory(AlphabetsDirectory));
-    EXPECT_EQ(m_model.getAlphabet(), QStringLiteral("None"));
-    m_model.translateCurrentTransmission();
-    EXPECT_EQ(block->GetPayload().GetContent(), QStringLiteral("HI_"));
-    EXPECT_EQ(block->GetPayload().GetContentCode(), QStringLiteral("None"));
 }
 
 // --- The converter ---------------------------------------------------------------------------

@@ -14,6 +14,8 @@
 //   frequency <hertz>                                     FrequencyToString
 //   format <representation> <count> <bits> <words...>    FormatData, as value|type
 //   clear                                                 ends the transmission
+//   alphabets, alphabet [NAME], demodulator NAME          the shipped alphabets, the setters
+//   user-data, translate          user data on the last block; translate and show the XML
 
 #include <QDir>
 #include <QRegularExpression>
@@ -26,10 +28,12 @@
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <nerikresultdataxml/transmission.h>
+#include <nerikresultdataxml/userdata.h>
 #include <recordingwriter/recordingwriter.h>
 #include <recordingwriter/transmissionsystemrecords.h>
 #include <support/golden.h>
 #include <support/schemavalidator.h>
+#include <support/scopedworkingdirectory.h>
 #include <support/tracecapture.h>
 
 using zelkodatastreamconverter::Clock;
@@ -40,20 +44,6 @@ namespace {
 QDateTime const ConversionTime(QDate(2026, 2, 1), QTime(12, 30, 45), Qt::LocalTime);
 QString const SourceData = QStringLiteral(ZELKO_SOURCE_DIR "/data");
 
-// Runs in the data directory, where the maritime identification digits file lies.
-class WorkingDirectory
-{
-public:
-    explicit WorkingDirectory(QString const& path) : m_previous(QDir::currentPath())
-    {
-        QDir::setCurrent(path);
-    }
-    ~WorkingDirectory() { QDir::setCurrent(m_previous); }
-
-private:
-    QString m_previous;
-};
-
 // Converts a sample; the single result document, validated against the schema. A whole
 // recording has no frame to refuse, not even at its end.
 QByteArray convertSample(QString const& sample)
@@ -61,7 +51,7 @@ QByteArray convertSample(QString const& sample)
     zelkotest::TraceCapture const warnings(0x20);
     QTemporaryDir output;
     Clock::Override const clock(ConversionTime);
-    WorkingDirectory const inData(SourceData);
+    zelkotest::ScopedWorkingDirectory const inData(SourceData); // ATIS reads the MID file
     JobSpec::Settings settings;
     settings.SetValidate(false);
     zelkodatastreamconverter::TransmissionSystemConverter converter;
@@ -175,10 +165,9 @@ public:
         for (QString line : script.split(QLatin1Char('\n'))) {
             line = line.section(QLatin1Char('#'), 0, 0).simplified();
             if (!line.isEmpty()) {
+                m_out += line.toUtf8() + '\n';
                 QString const answer = step(line.split(QLatin1Char(' ')));
-                m_out += line.toUtf8() +
-                         "\n  = " + answer.toUtf8().replace('\n', "\\n").replace('\r', "\\r") +
-                         '\n';
+                m_out += "  = " + answer.toUtf8().replace('\n', "\\n").replace('\r', "\\r") + '\n';
             }
         }
         writeTransmission();
@@ -227,7 +216,34 @@ private:
             m_model.clear();
             return QStringLiteral("cleared");
         }
-        return frame(words);
+        return op.startsWith(QLatin1String("alphabet")) || op == QLatin1String("demodulator") ||
+                       op == QLatin1String("translate") || op == QLatin1String("user-data")
+                   ? alphabet(op, words.value(1))
+                   : frame(words);
+    }
+
+    QString alphabet(QString const& op, QString const& name)
+    {
+        bool done = true;
+        bool changed = false;
+        if (op == QLatin1String("alphabets")) {
+            done =
+                m_model.setAlphabetsDirectory(QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets"));
+        } else if (op == QLatin1String("alphabet")) {
+            done = m_model.setAlphabet(name, changed);
+        } else if (op == QLatin1String("demodulator")) {
+            done = m_model.setDemodulator(name);
+        } else if (op == QLatin1String("user-data")) {
+            m_model.getCurrentTransmission()->GetPDUDataBlocks().back()->AddUserData(
+                new NerikResultDataXml::UserData);
+        } else {
+            m_model.translateCurrentTransmission();
+            writeTransmission();
+        }
+        return QStringLiteral("%1, changed %2, alphabet %3 of %4")
+            .arg(done)
+            .arg(changed)
+            .arg(m_model.getAlphabet(), m_model.getAvailableAlphabets().join(QLatin1Char(',')));
     }
 
     QString frame(QStringList const& words)
