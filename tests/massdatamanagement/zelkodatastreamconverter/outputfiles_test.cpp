@@ -64,16 +64,14 @@ public:
             if (line.isEmpty()) {
                 continue;
             }
+            print(line);
             QString const answer =
                 step(line.section(QLatin1Char(' '), 0, 0), line.section(QLatin1Char(' '), 1));
-            print(line);
             for (auto const& trace : traces.lines()) {
                 print(QStringLiteral("  trace %1: %2")
                           .arg(trace.sourceFile.section(QLatin1Char('/'), -1), trace.message));
             }
             traces.clear();
-            m_out += m_records;
-            m_records.clear();
             if (!answer.isEmpty()) {
                 print(QStringLiteral("  = ") + answer);
             }
@@ -116,15 +114,14 @@ public:
         auto const seconds = [](QDateTime const& time) {
             return time.isValid() ? QString::number(Start.secsTo(time)) : QStringLiteral("-");
         };
-        m_records +=
-            clean(QStringLiteral("  record %1 type=%2 code=%3 frequency=%4 start=%5 "
-                                 "stop=%6 channel=%7 %8\n")
-                      .arg(record.ElementName(), record.GetType(), detail.GetCode())
-                      .arg(detail.GetFrequency().GetValue())
-                      .arg(seconds(metadata.GetStartTime()), seconds(metadata.GetStopTime()),
-                           detail.IsChannelSet() ? QString::number(detail.GetChannel())
-                                                 : QStringLiteral("-"),
-                           record.GetURL()));
+        print(QStringLiteral("  record %1 type=%2 code=%3 frequency=%4 start=%5 "
+                             "stop=%6 channel=%7 %8")
+                  .arg(record.ElementName(), record.GetType(), detail.GetCode())
+                  .arg(detail.GetFrequency().GetValue())
+                  .arg(seconds(metadata.GetStartTime()), seconds(metadata.GetStopTime()),
+                       detail.IsChannelSet() ? QString::number(detail.GetChannel())
+                                             : QStringLiteral("-"),
+                       record.GetURL()));
     }
 
 private:
@@ -294,7 +291,6 @@ private:
     QString m_kind;
     QString m_callback = QStringLiteral("log");
     QByteArray m_out;
-    QString m_records;
     int m_writes = 0;
 };
 
