@@ -1,5 +1,6 @@
-// Transmission-system model: value formatting, frame refusal and dispatch, blocks and their
-// nesting, payloads with and without an alphabet; the converter on damaged recordings.
+// Transmission-system model: what the scripted scenarios and samples (linked in from
+// transmissionsystemprocessors_test.cpp) cannot reach: positions, text helpers, a start time
+// without a date; the converter on damaged recordings and its progress.
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -92,34 +93,22 @@ TEST(TransmissionSystemText, ToASCIIStopsAtZeroOrTheWordCountAndCleans)
 
 // --- The model -------------------------------------------------------------------------------
 
-class TransmissionSystemModelTest : public ::testing::Test
+TEST(TransmissionSystemModel, StartTimeOfATimeWithoutDate)
 {
-protected:
-    int blockCount() const
-    {
-        Transmission const* transmission = m_model.getCurrentTransmission();
-        return transmission ? transmission->GetPDUDataBlocks().size() : -1;
-    }
-    using Transmission = NerikResultDataXml::Transmission;
-
-    TransmissionSystemModel m_model;
-    Access m_access{m_model};
-};
-
-TEST_F(TransmissionSystemModelTest, StartTimeOfATimeWithoutDate)
-{
+    TransmissionSystemModel model;
+    Access access{model};
     Clock::Override const clock(QDateTime(QDate(2026, 3, 4), QTime(1, 2, 3), Qt::UTC));
-    m_model.createTransmission(utc(BaseTime));
+    model.createTransmission(utc(BaseTime));
     QDateTime timeOnly;
     timeOnly.setTime(QTime(17, 30, 15, 250));
     // The block itself has no valid time stamp and is dropped.
-    m_access.end(m_access.begin(timeOnly), nullptr, timeOnly);
-    EXPECT_EQ(m_model.getCurrentTransmission()->GetStartTime(),
+    access.end(access.begin(timeOnly), nullptr, timeOnly);
+    EXPECT_EQ(model.getCurrentTransmission()->GetStartTime(),
               QDateTime(QDate(2026, 3, 4), QTime(17, 30, 15, 250), Qt::UTC));
     // Only the first block that stays sets it.
-    m_access.end(m_access.begin(utc(BaseTime)), nullptr, utc(BaseTime));
-    m_access.end(m_access.begin(utc(BaseTime + 5000000)), nullptr, utc(BaseTime));
-    EXPECT_EQ(m_model.getCurrentTransmission()->GetStartTime(), utc(BaseTime));
+    access.end(access.begin(utc(BaseTime)), nullptr, utc(BaseTime));
+    access.end(access.begin(utc(BaseTime + 5000000)), nullptr, utc(BaseTime));
+    EXPECT_EQ(model.getCurrentTransmission()->GetStartTime(), utc(BaseTime));
 }
 
 // --- The converter ---------------------------------------------------------------------------

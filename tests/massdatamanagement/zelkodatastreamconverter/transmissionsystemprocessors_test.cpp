@@ -15,7 +15,8 @@
 //   format <representation> <count> <bits> <words...>    FormatData, as value|type
 //   clear                                                 ends the transmission
 //   alphabets, alphabet [NAME], demodulator NAME          the shipped alphabets, the setters
-//   user-data, translate          user data on the last block; translate and show the XML
+//   user-data, translate                                  user data on the last block; a new
+//                                                         decoding, with the transmission's XML
 
 #include <QDir>
 #include <QRegularExpression>
@@ -70,14 +71,28 @@ QByteArray convertSample(QString const& sample)
     return zelkotest::readFile(path);
 }
 
-class SampleDocument : public ::testing::TestWithParam<char const*>
+// The names of the files matching pattern in tests/data/<directory>, without the extension.
+std::vector<std::string> dataNames(QString const& directory, QString const& pattern)
 {
-};
+    std::vector<std::string> names;
+    for (QString const& file :
+         QDir(QStringLiteral(ZELKO_GOLDEN_DIR "/") + directory).entryList({pattern}, QDir::Files)) {
+        names.push_back(file.section(QLatin1Char('.'), 0, 0).toStdString());
+    }
+    return names;
+}
+
+std::string rowName(::testing::TestParamInfo<std::string> const& info)
+{
+    return QString::fromStdString(info.param).remove(QLatin1Char('-')).toStdString();
+}
+
+using SampleDocument = ::testing::TestWithParam<std::string>;
 
 // Regenerate with ZELKO_REGENERATE_GOLDEN=1 and review the diff.
 TEST_P(SampleDocument, MatchesTheGoldenDocument)
 {
-    QString const name = QString::fromLatin1(GetParam());
+    QString const name = QString::fromStdString(GetParam());
     QByteArray const xml = convertSample(name + QStringLiteral(".zdr"));
     ASSERT_FALSE(xml.isEmpty());
     EXPECT_EQ(zelkotest::compareWithGolden(xml, QStringLiteral("transmissionsystem/") + name +
@@ -86,19 +101,15 @@ TEST_P(SampleDocument, MatchesTheGoldenDocument)
 }
 
 INSTANTIATE_TEST_SUITE_P(Samples, SampleDocument,
-                         ::testing::Values("pocsag-paging", "fms-zvei-evening", "ax25-session",
-                                           "acars-multiblock", "pactor-exchange", "clover-exchange",
-                                           "mpt1327-trunking", "f7w-subchannels", "text-and-atis"),
-                         [](auto const& info) {
-                             QString name = QString::fromLatin1(info.param);
-                             return name.remove(QLatin1Char('-')).toStdString();
-                         });
+                         ::testing::ValuesIn(dataNames(QStringLiteral("transmissionsystem"),
+                                                       QStringLiteral("*.xml"))),
+                         rowName);
 
 QString const Directory = QStringLiteral("transmissionsystem/scenarios/");
 
 // The test's own system 7 of the decoding library (pdu.scenario): a unit with a wrong checksum
-// whose ID has no name or labels, with a text, a translated value, a nested unit with a
-// payload and a flag; and a unit without content.
+// whose ID has no name or labels, with a text, a missing field, a translated value, a nested
+// unit with a payload and a flag; and a unit without content.
 struct TestSystem : CPDU_Converter
 {
     std::vector<CPDU*> decodeFrame(QByteArray const&) override
@@ -110,6 +121,7 @@ struct TestSystem : CPDU_Converter
         subs.push_back(std::move(nested));
         auto unit = new CPDU(0x99, time, PDU_CHECKSUM_WRONG);
         unit->addField(CPDU_FieldContainer::stringValue("H\xA0I"));
+        unit->addField(nullptr); // a field the decoder left out
         unit->addField(CPDU_FieldContainer::translatedValue(1));
         unit->addField(CPDU_FieldContainer::expandable(std::move(subs)));
         unit->addField(CPDU_FieldContainer::boolValue(true));
@@ -294,16 +306,6 @@ private:
     QByteArray m_out;
 };
 
-std::vector<std::string> scenarioNames()
-{
-    std::vector<std::string> names;
-    for (QString const& file : QDir(QStringLiteral(ZELKO_GOLDEN_DIR "/") + Directory)
-                                   .entryList({QStringLiteral("*.scenario")}, QDir::Files)) {
-        names.push_back(file.chopped(9).toStdString());
-    }
-    return names;
-}
-
 using TransmissionScenario = ::testing::TestWithParam<std::string>;
 
 TEST_P(TransmissionScenario, MatchesItsDump)
@@ -316,10 +318,8 @@ TEST_P(TransmissionScenario, MatchesItsDump)
     EXPECT_EQ(zelkotest::compareWithGolden(dump, path + QStringLiteral(".dump")), QString());
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, TransmissionScenario, ::testing::ValuesIn(scenarioNames()),
-                         [](auto const& info) {
-                             QString name = QString::fromStdString(info.param);
-                             return name.remove(QLatin1Char('-')).toStdString();
-                         });
+INSTANTIATE_TEST_SUITE_P(Scripts, TransmissionScenario,
+                         ::testing::ValuesIn(dataNames(Directory, QStringLiteral("*.scenario"))),
+                         rowName);
 
 } // namespace
