@@ -37,11 +37,11 @@ namespace {
 QDateTime const LastSecondOfJanuary(QDate(2024, 1, 31), QTime(23, 59, 59), Qt::LocalTime);
 
 // ---- Scripted scenarios ---------------------------------------------------------------------
-//
 // Each tests/data/outputfiles/<name>.scenario drives output files, an operation a line ('#'
 // starts a comment). The dump beside it (<name>.dump) holds every line with what it caused:
 // traces, records, the open file and its size, the answer; at the end the files with their
-// contents. Paths read <dir>, process ids <pid>. Operations (see step()): binary|text
+// contents. Paths read <dir>, process ids <pid>. Regenerate the dumps with
+// ZELKO_REGENERATE_GOLDEN=1 and review the diff. Operations (see step()): binary|text
 // [maximum], result (new objects); callback log|rg|other (later objects' callbacks record or
 // throw); dir [unusable]; taken N (the first N names of the second exist); write "text"|N,
 // count N (written by the caller, addFileSize), stream "text"; close, keep (for reopening);
@@ -318,7 +318,6 @@ std::vector<std::string> scenarioNames()
 
 using OutputFileScenario = ::testing::TestWithParam<std::string>;
 
-// Regenerate with ZELKO_REGENERATE_GOLDEN=1 and review the diff.
 TEST_P(OutputFileScenario, MatchesItsDump)
 {
     QString const path = QStringLiteral("outputfiles/") + QString::fromStdString(GetParam());

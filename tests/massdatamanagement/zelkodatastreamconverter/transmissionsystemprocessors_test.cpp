@@ -15,8 +15,7 @@
 //   format <representation> <count> <bits> <words...>    FormatData, as value|type
 //   clear                                                 ends the transmission
 //   alphabets, alphabet [NAME], demodulator NAME          the shipped alphabets, the setters
-//   user-data, translate                                  user data on the last block; a new
-//                                                         decoding, with the transmission's XML
+//   user-data, translate               user data on the last block; decode again, show the XML
 
 #include <QDir>
 #include <QRegularExpression>
@@ -89,7 +88,6 @@ std::string rowName(::testing::TestParamInfo<std::string> const& info)
 
 using SampleDocument = ::testing::TestWithParam<std::string>;
 
-// Regenerate with ZELKO_REGENERATE_GOLDEN=1 and review the diff.
 TEST_P(SampleDocument, MatchesTheGoldenDocument)
 {
     QString const name = QString::fromStdString(GetParam());
