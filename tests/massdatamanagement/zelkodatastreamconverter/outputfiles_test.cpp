@@ -1,5 +1,6 @@
-// Output files: naming under the inter-process lock, size split, reopen, records, file-system
-// faults, and unique names chosen by several processes at once.
+// Output files: scripted scenarios of naming, size split, reopen, records, copies, result
+// documents and pending changes; the lock held elsewhere, a full file system, and unique
+// names chosen by several processes at once.
 
 #include <QCoreApplication>
 #include <QDir>
@@ -34,518 +35,308 @@ using namespace zelkodatastreamconverter;
 namespace {
 
 QDateTime const LastSecondOfJanuary(QDate(2024, 1, 31), QTime(23, 59, 59), Qt::LocalTime);
-QString const Source = QStringLiteral("massdatamanagement/zelkodatastreamconverter/");
 
-/// Keeps every record in the order it arrived.
-struct RecordLog : FileInfoCallback
+// ---- Scripted scenarios ---------------------------------------------------------------------
+// Each tests/data/outputfiles/<name>.scenario drives output files, an operation a line ('#'
+// starts a comment). The dump beside it (<name>.dump) holds every line with what it caused:
+// traces, records, the open file and its size, the answer; at the end the files with their
+// contents. Paths read <dir>, process ids <pid>. Regenerate the dumps with
+// ZELKO_REGENERATE_GOLDEN=1 and review the diff. Operations (see step()): binary|text
+// [maximum], result (new objects); callback log|rg|other (later objects' callbacks record or
+// throw); dir [unusable]; taken N (the first N names of the second exist); write "text"|N,
+// count N (written by the caller, addFileSize), stream "text"; close, keep (for reopening);
+// advance S, at S (seconds from the start); frequency, channel, max, name; copy, assign (the
+// object replaced by a copy, or assigned over one with a file open); unopenable (the open
+// file's name becomes a directory); link NAME (dangling); block-staging (every staged name of
+// the process taken); document "text", fail "text" (writeDocument); pending S, pending-until
+// S, reset-pending, poll; frequency-text F.
+
+QDateTime const Start = LastSecondOfJanuary;
+
+class FileScenario : public FileInfoCallback
 {
-    struct Entry
+public:
+    QByteArray run(QString const& script)
     {
-        QString kind, url, type, code;
-        double frequency;
-        QDateTime start, stop;
-        bool channelSet;
-        int channel;
-    };
-    std::vector<Entry> entries;
+        Clock::Override const clock(Start);
+        zelkotest::TraceCapture traces(0x60);
+        for (QString line : script.split(QLatin1Char('\n'))) {
+            line = line.section(QLatin1Char('#'), 0, 0).trimmed();
+            if (line.isEmpty()) {
+                continue;
+            }
+            print(line);
+            QString const answer =
+                step(line.section(QLatin1Char(' '), 0, 0), line.section(QLatin1Char(' '), 1));
+            for (auto const& trace : traces.lines()) {
+                print(QStringLiteral("  trace %1: %2")
+                          .arg(trace.sourceFile.section(QLatin1Char('/'), -1), trace.message));
+            }
+            traces.clear();
+            if (!answer.isEmpty()) {
+                print(QStringLiteral("  = ") + answer);
+            }
+            if (m_file && m_file->isOpen()) {
+                print(QStringLiteral("  open %1, size %2, %3 bytes on disk")
+                          .arg(m_file->getOpenFile()->fileName())
+                          .arg(m_file->getCurrentSize())
+                          .arg(QFileInfo(m_file->getOpenFile()->fileName()).size()));
+            }
+        }
+        m_file.reset();
+        print(QStringLiteral("files:"));
+        for (QFileInfo const& file : QDir(m_dir.path())
+                                         .entryInfoList(QDir::AllEntries | QDir::Hidden |
+                                                            QDir::System | QDir::NoDotAndDotDot,
+                                                        QDir::Name)) {
+            if (file.fileName().startsWith(QLatin1String(".zelko-")) && file.isDir()) {
+                continue; // block-staging's own
+            }
+            print(QStringLiteral("  %1%2: %3")
+                      .arg(file.fileName(),
+                           file.isSymLink() ? QStringLiteral(" (link)") : QString(),
+                           file.isDir() ? QStringLiteral("(directory)")
+                                        : runs(zelkotest::readFile(file.filePath()))));
+        }
+        return m_out;
+    }
 
     void fileInfo(REPORTKIT::IRGObject const& object) override
     {
-        auto const* record = dynamic_cast<REPORTKIT::FileRecord const*>(&object);
-        ASSERT_NE(record, nullptr);
-        auto const& detail = record->GetMetadata().GetDetail();
-        entries.push_back(
-            {record->ElementName(), record->GetURL(), record->GetType(), detail.GetCode(),
-             detail.GetFrequency().GetValue(), record->GetMetadata().GetStartTime(),
-             record->GetMetadata().GetStopTime(), detail.IsChannelSet(), detail.GetChannel()});
-    }
-    std::vector<Entry> completed() const
-    {
-        std::vector<Entry> result;
-        std::copy_if(entries.begin(), entries.end(), std::back_inserter(result),
-                     [](Entry const& entry) { return entry.stop.isValid(); });
-        return result;
-    }
-};
-
-/// Throws from fileInfo, like a validating host would: an RGException or anything else.
-struct ThrowingCallback : FileInfoCallback
-{
-    bool reportKit = true;
-    void fileInfo(REPORTKIT::IRGObject const&) override
-    {
-        if (reportKit) {
-            throw REPORTKIT::RGException(QStringLiteral("Binary: bad metadata"));
+        if (m_callback != QLatin1String("log")) {
+            if (m_callback == QLatin1String("rg")) {
+                throw REPORTKIT::RGException(QStringLiteral("Binary: bad metadata"));
+            }
+            throw 42;
         }
-        throw 42;
+        auto const& record = dynamic_cast<REPORTKIT::FileRecord const&>(object);
+        auto const& metadata = record.GetMetadata();
+        auto const& detail = metadata.GetDetail();
+        auto const seconds = [](QDateTime const& time) {
+            return time.isValid() ? QString::number(Start.secsTo(time)) : QStringLiteral("-");
+        };
+        print(QStringLiteral("  record %1 type=%2 code=%3 frequency=%4 start=%5 "
+                             "stop=%6 channel=%7 %8")
+                  .arg(record.ElementName(), record.GetType(), detail.GetCode())
+                  .arg(detail.GetFrequency().GetValue())
+                  .arg(seconds(metadata.GetStartTime()), seconds(metadata.GetStopTime()),
+                       detail.IsChannelSet() ? QString::number(detail.GetChannel())
+                                             : QStringLiteral("-"),
+                       record.GetURL()));
     }
+
+private:
+    QString step(QString const& op, QString const& argument)
+    {
+        int const number = argument.section(QLatin1Char(' '), 0, 0).toInt();
+        QByteArray const text = argument.startsWith(QLatin1Char('"'))
+                                    ? argument.mid(1).chopped(1).toUtf8()
+                                    : QByteArray(number, char('a' + m_writes % 26));
+        if (op == QLatin1String("binary") || op == QLatin1String("text") ||
+            op == QLatin1String("result")) {
+            m_kind = op;
+            m_file = make(argument.isEmpty() ? 1000 : number);
+            return QStringLiteral("maximum %1").arg(m_file->getMaxFileSize());
+        }
+        if (op == QLatin1String("callback")) {
+            m_callback = argument;
+        } else if (op == QLatin1String("dir")) {
+            QString const plain = m_dir.filePath(QStringLiteral("plain"));
+            if (!argument.isEmpty()) {
+                QFile(plain).open(QIODevice::WriteOnly);
+            }
+            m_file->setDirectory(argument.isEmpty() ? m_dir.path()
+                                                    : plain + QStringLiteral("/out"));
+        } else if (op == QLatin1String("taken")) {
+            for (int i = 0; i < number; ++i) {
+                QFile taken(m_dir.filePath(
+                    QStringLiteral("20240131_235959%1.txt")
+                        .arg(i == 0 ? QString() : QStringLiteral("_%1").arg(i - 1))));
+                if (taken.open(QIODevice::NewOnly)) {
+                    taken.write("taken");
+                }
+            }
+        } else if (op == QLatin1String("write")) {
+            ++m_writes;
+            m_file->saveToFile(text);
+        } else if (op == QLatin1String("count")) {
+            ++m_writes;
+            m_file->getFile()->write(text);
+            m_file->addFileSize(number);
+        } else if (op == QLatin1String("stream")) {
+            *static_cast<TextFile&>(*m_file).getTextStream() << text;
+        } else if (op == QLatin1String("close") || op == QLatin1String("keep")) {
+            m_file->closeFile(op == QLatin1String("keep"));
+        } else if (op == QLatin1String("advance")) {
+            Clock::advance(1000 * number);
+        } else if (op == QLatin1String("at")) {
+            Clock::setFixedTime(Start.addSecs(number));
+        } else if (op == QLatin1String("frequency")) {
+            m_file->setFrequency(argument.toDouble());
+        } else if (op == QLatin1String("channel")) {
+            static_cast<XmlFile&>(*m_file).setChannel(number);
+        } else if (op == QLatin1String("max")) {
+            m_file->setMaxFileSize(number);
+            return QStringLiteral("maximum %1").arg(m_file->getMaxFileSize());
+        } else if (op == QLatin1String("name")) {
+            m_file->setFileName(argument);
+        } else if (op == QLatin1String("copy") || op == QLatin1String("assign")) {
+            replace(op == QLatin1String("assign"));
+        } else if (op == QLatin1String("unopenable")) {
+            QString const path = m_file->getOpenFile()->fileName();
+            QFile::remove(path);
+            QDir().mkdir(path);
+        } else if (op == QLatin1String("link")) {
+            QFile::link(m_dir.filePath(QStringLiteral("nowhere")), m_dir.filePath(argument));
+        } else if (op == QLatin1String("block-staging")) {
+            for (int n = 0; n < 100; ++n) {
+                QDir(m_dir.path())
+                    .mkdir(QStringLiteral(".zelko-%1-%2.part")
+                               .arg(QCoreApplication::applicationPid())
+                               .arg(n));
+            }
+        } else if (op == QLatin1String("document") || op == QLatin1String("fail")) {
+            bool const succeed = op == QLatin1String("document");
+            bool const written = static_cast<XmlFile&>(*m_file).writeDocument([&](QFile& target) {
+                // Staged files are numbered per process: the dump counts from the scenario's first.
+                QString const name = QFileInfo(target.fileName()).fileName();
+                int const staged = name.section(QLatin1Char('-'), 2).section('.', 0, 0).toInt();
+                if (!name.startsWith(QLatin1String(".zelko-"))) {
+                    print(QStringLiteral("  written in place"));
+                } else {
+                    m_firstStaged = m_firstStaged < 0 ? staged : m_firstStaged;
+                    print(QStringLiteral("  staged file %1").arg(staged - m_firstStaged));
+                }
+                return target.write(text) == text.size() && succeed;
+            });
+            return written ? QStringLiteral("written") : QStringLiteral("not written");
+        } else {
+            return pending(op, argument);
+        }
+        return QString();
+    }
+
+    QString pending(QString const& op, QString const& argument)
+    {
+        int const number = argument.toInt();
+        auto& file = static_cast<XmlFile&>(*m_file);
+        if (op == QLatin1String("pending")) {
+            file.setPendingChanges(number);
+        } else if (op == QLatin1String("pending-until")) {
+            file.setPendingChanges(Start.addSecs(number));
+        } else if (op == QLatin1String("reset-pending")) {
+            file.resetPendingChanges();
+        } else if (op == QLatin1String("frequency-text")) {
+            return BinaryFile::getFrequencyString(argument.toDouble());
+        } else if (op != QLatin1String("poll")) {
+            return QStringLiteral("unknown operation");
+        }
+        QDateTime const now = Clock::currentDateTime();
+        return QStringLiteral("pending %1, expired %2, a millisecond before the due time %3")
+            .arg(file.hasPendingChanges())
+            .arg(file.hasExpiredPendingChanges(now))
+            .arg(file.hasExpiredPendingChanges(file.getDueTime().addMSecs(-1)));
+    }
+
+    std::unique_ptr<BinaryFile> make(int maximum)
+    {
+        if (m_kind == QLatin1String("binary")) {
+            return std::make_unique<BinaryFile>(QStringLiteral("Data"), QStringLiteral("BIN"),
+                                                maximum, this);
+        }
+        if (m_kind == QLatin1String("text")) {
+            return std::make_unique<TextFile>(QStringLiteral("TXT"), maximum, this);
+        }
+        return std::make_unique<XmlFile>(this);
+    }
+
+    // A copy, or an object of other settings with a file open that is assigned over.
+    void replace(bool assign)
+    {
+        std::unique_ptr<BinaryFile> over;
+        if (assign) {
+            over = make(1000);
+            over->setFileType(QStringLiteral("Other"));
+            over->setDirectory(m_dir.path());
+            over->saveToFile("dropped");
+        }
+        std::unique_ptr<BinaryFile> copy =
+            m_kind == QLatin1String("text")     ? copyOf<TextFile>(std::move(over))
+            : m_kind == QLatin1String("result") ? copyOf<XmlFile>(std::move(over))
+                                                : copyOf<BinaryFile>(std::move(over));
+        m_file->closeFile(false);
+        m_file = std::move(copy);
+    }
+    template <typename File>
+    std::unique_ptr<BinaryFile> copyOf(std::unique_ptr<BinaryFile> over) const
+    {
+        if (!over) {
+            return std::make_unique<File>(static_cast<File&>(*m_file));
+        }
+        static_cast<File&>(*over) = static_cast<File&>(*m_file);
+        return over;
+    }
+
+    // Long runs of one character as "a*600".
+    static QString runs(QByteArray const& bytes)
+    {
+        QString text;
+        for (int i = 0, end = 0; i < bytes.size(); i = end) {
+            for (end = i; end < bytes.size() && bytes[end] == bytes[i]; ++end) {
+            }
+            text += end - i < 8 ? QString::fromLatin1(bytes.mid(i, end - i))
+                                : QStringLiteral("%1*%2").arg(QLatin1Char(bytes[i])).arg(end - i);
+        }
+        return text;
+    }
+
+    QString clean(QString text) const
+    {
+        return text.replace(m_dir.path(), QStringLiteral("<dir>"))
+            .replace(QString::number(QCoreApplication::applicationPid()), QStringLiteral("<pid>"));
+    }
+    void print(QString const& line) { m_out += clean(line).toUtf8() + '\n'; }
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<BinaryFile> m_file;
+    QString m_kind;
+    QString m_callback = QStringLiteral("log");
+    QByteArray m_out;
+    int m_writes = 0;
+    int m_firstStaged = -1;
 };
 
-enum class Kind
+std::vector<std::string> scenarioNames()
 {
-    Binary, // type "Data", code "BIN"
-    Text,   // code "TXT"
-    Result
-};
-
-std::unique_ptr<BinaryFile> makeFile(Kind kind, FileInfoCallback* callback, int maximum = 1000)
-{
-    switch (kind) {
-    case Kind::Binary:
-        return std::make_unique<BinaryFile>(QStringLiteral("Data"), QStringLiteral("BIN"), maximum,
-                                            callback);
-    case Kind::Text:
-        return std::make_unique<TextFile>(QStringLiteral("TXT"), maximum, callback);
-    case Kind::Result:
-        break;
+    std::vector<std::string> names;
+    for (QString const& file : QDir(QStringLiteral(ZELKO_GOLDEN_DIR "/outputfiles"))
+                                   .entryList({QStringLiteral("*.scenario")}, QDir::Files)) {
+        names.push_back(file.chopped(9).toStdString());
     }
-    return std::make_unique<XmlFile>(callback);
+    return names;
 }
+
+using OutputFileScenario = ::testing::TestWithParam<std::string>;
+
+TEST_P(OutputFileScenario, MatchesItsDump)
+{
+    QString const path = QStringLiteral("outputfiles/") + QString::fromStdString(GetParam());
+    QByteArray const script = zelkotest::readFile(QStringLiteral(ZELKO_GOLDEN_DIR "/") + path +
+                                                  QStringLiteral(".scenario"));
+    ASSERT_FALSE(script.isEmpty());
+    QByteArray const dump = FileScenario().run(QString::fromUtf8(script));
+    EXPECT_EQ(zelkotest::compareWithGolden(dump, path + QStringLiteral(".dump")), QString());
+}
+
+INSTANTIATE_TEST_SUITE_P(Scripts, OutputFileScenario, ::testing::ValuesIn(scenarioNames()),
+                         [](auto const& info) {
+                             QString name = QString::fromStdString(info.param);
+                             return name.remove(QLatin1Char('-')).toStdString();
+                         });
 
 QStringList fileNames(QString const& directory)
 {
     return QDir(directory).entryList(QDir::Files, QDir::Name);
-}
-
-TEST(OutputFileNaming, HundredNamesAreTriedThenCreationGivesUp)
-{
-    struct Case
-    {
-        char const* name;
-        int taken;
-        QString expectedName; // empty: no file
-    } const cases[] = {
-        {"none taken", 0, "20240131_235959.txt"},
-        {"plain name taken", 1, "20240131_235959_0.txt"},
-        {"99 taken leaves the last suffix", 99, "20240131_235959_98.txt"},
-        {"all 100 taken", 100, ""},
-    };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        QTemporaryDir dir;
-        for (int i = 0; i < c.taken; ++i) {
-            QFile taken(dir.filePath(i == 0 ? QStringLiteral("20240131_235959.txt")
-                                            : QStringLiteral("20240131_235959_%1.txt").arg(i - 1)));
-            ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
-            taken.write("taken");
-        }
-        Clock::Override const clock(LastSecondOfJanuary);
-        zelkotest::TraceCapture capture(0x60);
-        FileInfoList list;
-        BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 1000, &list);
-        file.setDirectory(dir.path());
-        file.saveToFile("payload");
-        file.closeFile(false);
-        EXPECT_EQ(fileNames(dir.path()).size(), c.expectedName.isEmpty() ? c.taken : c.taken + 1);
-        if (c.expectedName.isEmpty()) {
-            QString const last = dir.filePath(QStringLiteral("20240131_235959_98.txt"));
-            EXPECT_EQ(capture.messages(),
-                      QStringList{QStringLiteral("createFile: cannot create %1").arg(last)});
-            EXPECT_TRUE(list.getResults().IsEmpty());
-            EXPECT_EQ(zelkotest::readFile(last), "taken");
-            EXPECT_FALSE(file.isOpen());
-        } else {
-            EXPECT_TRUE(capture.messages().filter(QStringLiteral("cannot create")).isEmpty());
-            EXPECT_EQ(zelkotest::readFile(dir.filePath(c.expectedName)), "payload");
-            ASSERT_EQ(list.getResults().GetBinary().size(), 1u);
-            EXPECT_EQ(list.getResults().GetBinary()[0].GetURL(), dir.filePath(c.expectedName));
-        }
-    }
-}
-
-TEST(OutputFileNaming, FrequencyText)
-{
-    std::pair<double, char const*> const cases[] = {
-        {10000000.0, "10_000MHz"}, {1000000.0, "1000_000KHz"}, {1000001.0, "1_000MHz"},
-        {12500.0, "12_500KHz"},    {0.0, "0_000KHz"},          {999.0, "0_999KHz"},
-        {2182000.5, "2_182MHz"},   {-5000.0, "-5_000KHz"},     {1234567890.0, "1234_568MHz"},
-    };
-    for (auto const& c : cases) {
-        EXPECT_EQ(BinaryFile::getFrequencyString(c.first), QString(c.second)) << c.first;
-    }
-}
-
-TEST(OutputFileSplit, FileIsCompletedAfterTheWriteThatPassesTheLimit)
-{
-    // countedByCaller: written into getFile() and counted with addFileSize(); openSize -1: no
-    // file open at the end.
-    // clang-format off
-    struct Case { char const* name; int maximum; bool countedByCaller; std::vector<int> writes;
-                  std::vector<int> completedSizes; int openSize; } const cases[] = {
-        {"600-byte writes over 1000", 1000, false, {600, 600, 600}, {1200}, 600},
-        {"exactly the limit stays open", 1000, false, {1000}, {}, 1000},
-        {"one past the limit completes", 1000, false, {1001}, {1001}, -1},
-        {"limit then one byte", 1000, false, {1000, 1}, {1001}, -1},
-        {"zero limit completes every write", 0, false, {1, 1}, {1, 1}, -1},
-        {"empty write at zero limit keeps open", 0, false, {0}, {}, 0},
-        {"counted by the caller", 1000, true, {600, 600, 600}, {1200}, 600},
-        {"counted by the caller, one past", 1000, true, {1000, 1}, {1001}, -1},
-    };
-    // clang-format on
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        QTemporaryDir dir;
-        Clock::Override const clock(LastSecondOfJanuary);
-        RecordLog log;
-        BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), c.maximum, &log);
-        file.setDirectory(dir.path());
-        char fill = 'a';
-        for (int size : c.writes) {
-            QByteArray const data(size, fill++);
-            if (c.countedByCaller) {
-                ASSERT_NE(file.getFile(), nullptr);
-                file.getFile()->write(data);
-                file.addFileSize(size);
-            } else {
-                file.saveToFile(data);
-            }
-        }
-        std::vector<int> completed;
-        for (auto const& entry : log.completed()) {
-            completed.push_back(int(QFileInfo(entry.url).size()));
-            EXPECT_FALSE(file.isOpen() && file.getOpenFile()->fileName() == entry.url);
-        }
-        EXPECT_EQ(completed, c.completedSizes);
-        EXPECT_EQ(file.isOpen(), c.openSize >= 0);
-        if (file.isOpen()) {
-            EXPECT_EQ(file.getCurrentSize(), c.openSize);
-            EXPECT_EQ(QFileInfo(file.getOpenFile()->fileName()).size(), c.openSize);
-        }
-        // Every file on disk was announced when it opened.
-        EXPECT_EQ(log.entries.size() - completed.size(), size_t(fileNames(dir.path()).size()));
-        if (completed == std::vector<int>{1200}) {
-            // The split never cuts a write: the first file holds the first two writes whole.
-            EXPECT_EQ(zelkotest::readFile(log.completed()[0].url),
-                      QByteArray(600, 'a') + QByteArray(600, 'b'));
-        }
-    }
-}
-
-TEST(OutputFileSplit, OnlyTheSetterClampsTheLimit)
-{
-    for (auto const& [set, expected] : {std::pair{-5, 1000}, {999, 1000}, {1001, 1001}}) {
-        BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 5, nullptr);
-        file.setMaxFileSize(set);
-        EXPECT_EQ(file.getMaxFileSize(), expected) << set;
-        EXPECT_EQ(makeFile(Kind::Binary, nullptr, set)->getMaxFileSize(), set);
-    }
-    EXPECT_EQ(XmlFile(nullptr).getMaxFileSize(), 0);
-}
-
-TEST(OutputFileRecords, OpenAndCompletedRecordsOfEachKind)
-{
-    // channel -1: none set.
-    // clang-format off
-    struct Case { char const* name; Kind kind; QString element; QString type; QString code;
-                  bool informational; int channel; } const cases[] = {
-        {"binary file", Kind::Binary, "Binary", "Data", "BIN", true, -1},
-        {"text file", Kind::Text, "Binary", "Text", "TXT", false, -1},
-        {"result file without channel", Kind::Result, "Text", "", "DecodedText", false, -1},
-        {"result file on channel 0", Kind::Result, "Text", "", "DecodedText", false, 0},
-    };
-    // clang-format on
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        QTemporaryDir dir;
-        Clock::Override const clock(LastSecondOfJanuary);
-        zelkotest::TraceCapture capture(0x60);
-        RecordLog log;
-        {
-            std::unique_ptr<BinaryFile> file = makeFile(c.kind, &log);
-            if (c.channel >= 0) {
-                static_cast<XmlFile&>(*file).setChannel(c.channel);
-            }
-            file->setDirectory(dir.path());
-            file->closeFile(false); // nothing open: no record
-            EXPECT_TRUE(log.entries.empty());
-            file->setFrequency(10000000.0);
-            ASSERT_NE(file->getFile(), nullptr);
-            Clock::advance(5000);
-            file->setDirectory(dir.path()); // completes the file
-            EXPECT_FALSE(file->isOpen());
-        }
-        ASSERT_EQ(log.entries.size(), 2u);
-        for (auto const& entry : log.entries) {
-            EXPECT_EQ(entry.kind, c.element);
-            EXPECT_EQ(entry.type, c.type);
-            EXPECT_EQ(entry.code, c.code);
-            EXPECT_EQ(entry.frequency, 10000000.0);
-            EXPECT_EQ(entry.start, LastSecondOfJanuary);
-            EXPECT_EQ(entry.channelSet, c.channel >= 0);
-            EXPECT_EQ(entry.channel, qMax(c.channel, 0));
-            EXPECT_EQ(entry.url, log.entries[0].url);
-            EXPECT_TRUE(QFileInfo(entry.url).isAbsolute());
-        }
-        EXPECT_FALSE(log.entries[0].stop.isValid());
-        EXPECT_EQ(log.entries[1].stop, LastSecondOfJanuary.addSecs(5));
-
-        QString const info = QStringLiteral("BinaryFile::sendFileInfo(complete = %1): ");
-        QStringList const expected{info.arg(0) + log.entries[0].url,
-                                   info.arg(1) + log.entries[0].url};
-        EXPECT_EQ(capture.messages(), c.informational ? expected : QStringList());
-        for (auto const& line : capture.lines()) {
-            EXPECT_EQ(line.sourceFile, Source + QStringLiteral("binaryfile"));
-        }
-    }
-}
-
-TEST(OutputFileRecords, ExceptionsOfTheCallbackAreTracedPerModule)
-{
-    std::pair<Kind, char const*> const cases[] = {
-        {Kind::Binary, "binaryfile"}, {Kind::Text, "textfile"}, {Kind::Result, "xmlfile"}};
-    for (auto const& c : cases) {
-        for (bool reportKit : {true, false}) {
-            SCOPED_TRACE(std::string(c.second) + (reportKit ? " RGException" : " other"));
-            QTemporaryDir dir;
-            ThrowingCallback callback;
-            callback.reportKit = reportKit;
-            zelkotest::TraceCapture capture(0x20);
-            std::unique_ptr<BinaryFile> file = makeFile(c.first, &callback);
-            file->setDirectory(dir.path());
-            QFile* const opened = file->getFile();
-            ASSERT_NE(opened, nullptr); // the file does not suffer from a failed report
-            EXPECT_TRUE(opened->isOpen());
-            file->closeFile(false);
-            QString const expected = reportKit
-                                         ? QStringLiteral("sendFileInfo: Binary: bad metadata")
-                                         : QStringLiteral("sendFileInfo: unknown exception");
-            EXPECT_EQ(capture.messages(), (QStringList{expected, expected}));
-            for (auto const& line : capture.lines()) {
-                EXPECT_EQ(line.sourceFile, Source + QLatin1String(c.second));
-            }
-            EXPECT_EQ(fileNames(dir.path()).size(), 1);
-        }
-    }
-}
-
-// A copy, constructed or assigned, takes over every setting but no file: it makes a file of
-// its own, and the file of an object assigned over is dropped without being completed.
-TEST(OutputFileCopy, ACopyTakesTheSettingsButNotTheFile)
-{
-    QTemporaryDir dir;
-    Clock::Override const clock(LastSecondOfJanuary);
-    RecordLog log;
-    BinaryFile original(QStringLiteral("Data"), QStringLiteral("BIN"), 5000, &log);
-    original.setDirectory(dir.path());
-    original.setFileName(QStringLiteral("copy_%1%2.bin"));
-    original.setFrequency(2182000.0);
-    original.saveToFile("original");
-    BinaryFile copy(original);
-    RecordLog otherLog;
-    BinaryFile assigned(QStringLiteral("Other"), QStringLiteral("OTH"), 1000, &otherLog);
-    assigned.setDirectory(dir.path());
-    assigned.saveToFile("dropped");
-    assigned = original;
-    for (BinaryFile* file : {&copy, &assigned}) {
-        EXPECT_FALSE(file->isOpen());
-        EXPECT_EQ(file->getMaxFileSize(), 5000);
-        file->saveToFile("copy");
-        file->closeFile(false);
-    }
-    original.closeFile(false);
-    EXPECT_EQ(fileNames(dir.path()),
-              (QStringList{"20240131_235959.txt", "copy_20240131_235959.bin",
-                           "copy_20240131_235959_0.bin", "copy_20240131_235959_1.bin"}));
-    EXPECT_EQ(zelkotest::readFile(dir.filePath(QStringLiteral("copy_20240131_235959.bin"))),
-              "original");
-    EXPECT_EQ(otherLog.entries.size(), 1u); // announced, never completed
-    ASSERT_EQ(log.entries.size(), 6u);
-    for (auto const& entry : log.entries) {
-        EXPECT_EQ(entry.type, QStringLiteral("Data"));
-        EXPECT_EQ(entry.code, QStringLiteral("BIN"));
-        EXPECT_EQ(entry.frequency, 2182000.0);
-    }
-}
-
-TEST(OutputFileReopen, KeptFileStartsOverEmpty)
-{
-    for (bool textStream : {false, true}) {
-        SCOPED_TRACE(textStream ? "through the text stream" : "saveToFile");
-        QTemporaryDir dir;
-        Clock::Override const clock(LastSecondOfJanuary);
-        RecordLog log;
-        TextFile file(QStringLiteral("TXT"), 1 << 20, &log);
-        file.setDirectory(dir.path());
-        auto write = [&](QByteArray const& text) {
-            if (textStream) {
-                ASSERT_NE(file.getTextStream(), nullptr);
-                *file.getTextStream() << text;
-            } else {
-                file.saveToFile(text);
-            }
-        };
-        write("first\n");
-        QString const path = file.getOpenFile()->fileName();
-        file.closeFile(true);
-        EXPECT_TRUE(file.isOpen());
-        EXPECT_FALSE(file.getOpenFile()->isOpen());
-        EXPECT_EQ(zelkotest::readFile(path), "first\n"); // the stream was flushed on close
-        EXPECT_EQ(file.getCurrentSize(), 0);
-        write("second\n");
-        EXPECT_EQ(file.getOpenFile()->fileName(), path);
-        file.closeFile(false);
-        EXPECT_EQ(zelkotest::readFile(path), "second\n");
-        EXPECT_EQ(log.entries.size(), 2u); // reopening sends no record
-        EXPECT_EQ(fileNames(dir.path()).size(), 1);
-    }
-}
-
-TEST(OutputFileReopen, FileThatWillNotReopenIsReplacedByANewOne)
-{
-    QTemporaryDir dir;
-    Clock::Override const clock(LastSecondOfJanuary);
-    zelkotest::TraceCapture capture(0x20);
-    FileInfoList list;
-    BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 1 << 20, &list);
-    file.setDirectory(dir.path());
-    file.saveToFile("first");
-    QString const path = file.getOpenFile()->fileName();
-    file.closeFile(true);
-    // Something else takes the name: a directory cannot be opened for writing.
-    ASSERT_TRUE(QFile::remove(path));
-    ASSERT_TRUE(QDir().mkdir(path));
-    file.saveToFile("second");
-    ASSERT_TRUE(file.isOpen());
-    QString const replacement = dir.filePath(QStringLiteral("20240131_235959_0.txt"));
-    EXPECT_EQ(file.getOpenFile()->fileName(), replacement);
-    EXPECT_EQ(capture.messages(),
-              QStringList{QStringLiteral("getFile: cannot reopen %1").arg(path)});
-    file.closeFile(false);
-    EXPECT_EQ(zelkotest::readFile(replacement), "second");
-}
-
-TEST(XmlFilePendingChanges, FirstChangeFixesTheDueTime)
-{
-    // Steps at a second after noon: S delay (setPendingChanges(int)), A due (the same with a due
-    // time), R (reset), P expected (poll: 1 expired, 0 not).
-    // clang-format off
-    struct Step { int second; char op; int value; };
-    struct Case { char const* name; std::vector<Step> steps; } const cases[] = {
-        {"later change neither postpones nor advances",
-         {{0, 'S', 30}, {5, 'S', 10}, {29, 'P', 0}, {30, 'P', 1}, {31, 'P', 1}}},
-        {"negative delay when idle is due at once", {{0, 'S', -60}, {0, 'P', 1}}},
-        {"negative delay while pending changes nothing",
-         {{0, 'S', 30}, {1, 'S', -60}, {1, 'P', 0}, {29, 'P', 0}, {30, 'P', 1}}},
-        {"zero delay is due at once", {{0, 'S', 0}, {0, 'P', 1}}},
-        {"reset ends the pending state",
-         {{0, 'S', 10}, {10, 'P', 1}, {10, 'R', 0}, {11, 'P', 0}, {12, 'S', 5}, {16, 'P', 0}, {17, 'P', 1}}},
-        {"explicit due time, first call wins",
-         {{0, 'A', 20}, {1, 'A', 2}, {1, 'S', -60}, {19, 'P', 0}, {20, 'P', 1}}},
-        {"nothing pending never expires", {{0, 'P', 0}, {100000, 'P', 0}}},
-    };
-    // clang-format on
-    QDateTime const noon(QDate(2024, 1, 31), QTime(12, 0, 0), Qt::UTC);
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.name);
-        XmlFile file(nullptr);
-        for (Step const& step : c.steps) {
-            QDateTime const now = noon.addSecs(step.second);
-            Clock::Override const clock(now);
-            if (step.op == 'S') {
-                file.setPendingChanges(step.value);
-                EXPECT_TRUE(file.hasPendingChanges());
-            } else if (step.op == 'A') {
-                file.setPendingChanges(noon.addSecs(step.value));
-            } else if (step.op == 'R') {
-                file.resetPendingChanges();
-                EXPECT_FALSE(file.hasPendingChanges());
-            } else {
-                EXPECT_EQ(file.hasExpiredPendingChanges(now), step.value != 0) << step.second;
-                // A millisecond before the due time is still early.
-                EXPECT_FALSE(file.hasExpiredPendingChanges(file.getDueTime().addMSecs(-1)));
-            }
-        }
-    }
-}
-
-// A document whose writing fails (a full disk, a writer error) leaves the previous document
-// as it was, and a first document that fails makes no file at all; no staged file stays.
-TEST(XmlFileDocument, FailedWriteKeepsThePreviousDocument)
-{
-    QTemporaryDir dir;
-    Clock::Override const clock(LastSecondOfJanuary);
-    RecordLog log;
-    XmlFile file(&log);
-    file.setDirectory(dir.path());
-    auto writer = [](QByteArray const& text, bool result) {
-        return [text, result](QFile& staged) { return staged.write(text) > 0 && result; };
-    };
-    EXPECT_FALSE(file.writeDocument(writer("cut", false)));
-    EXPECT_FALSE(file.isOpen());
-    EXPECT_TRUE(log.entries.empty());
-    ASSERT_TRUE(file.writeDocument(writer("first", true)));
-    QString const path = file.getOpenFile()->fileName();
-    EXPECT_TRUE(file.writeDocument(writer("second", true)));
-    EXPECT_FALSE(file.writeDocument(writer("cut", false)));
-    EXPECT_EQ(zelkotest::readFile(path), "second");
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
-              QStringList{QFileInfo(path).fileName()});
-    EXPECT_EQ(log.entries.size(), 1u); // reported once, when the name appeared
-}
-
-// The name of a new document is taken by a link that never replaces a file: a name that looks
-// free but is taken (here by a dangling symbolic link) passes to the next suffix.
-TEST(XmlFileDocument, NameTakenUnseenGoesToTheNextSuffix)
-{
-    QTemporaryDir dir;
-    Clock::Override const clock(LastSecondOfJanuary);
-    QString const plain = dir.filePath(QStringLiteral("NerikResultData_20240131_235959.xml"));
-    ASSERT_TRUE(QFile::link(dir.filePath(QStringLiteral("nowhere")), plain));
-    XmlFile file(nullptr);
-    file.setDirectory(dir.path());
-    ASSERT_TRUE(file.writeDocument([](QFile& staged) { return staged.write("doc") == 3; }));
-    EXPECT_EQ(QFileInfo(file.getOpenFile()->fileName()).fileName(),
-              QStringLiteral("NerikResultData_20240131_235959_0.xml"));
-    EXPECT_TRUE(QFileInfo(plain).isSymLink());
-}
-
-// Where the directory takes no staged file (here every staged name this process will use is
-// taken), the document is written in place through the result file.
-TEST(XmlFileDocument, WithoutAStagedFileTheDocumentIsWrittenInPlace)
-{
-    QTemporaryDir dir;
-    Clock::Override const clock(LastSecondOfJanuary);
-    for (int n = 0; n < 100; ++n) {
-        ASSERT_TRUE(QDir(dir.path())
-                        .mkdir(QStringLiteral(".zelko-%1-%2.part")
-                                   .arg(QCoreApplication::applicationPid())
-                                   .arg(n)));
-    }
-    XmlFile file(nullptr);
-    file.setDirectory(dir.path());
-    EXPECT_TRUE(file.writeDocument([](QFile& target) { return target.write("first") == 5; }));
-    QString const path = file.getOpenFile()->fileName();
-    EXPECT_EQ(zelkotest::readFile(path), "first");
-    EXPECT_FALSE(file.writeDocument([](QFile&) { return false; }));
-    EXPECT_TRUE(file.isOpen());
-}
-
-TEST(OutputFileFaults, UnwritableDirectoryDropsWritesUntilAUsableOneIsSet)
-{
-    QTemporaryDir dir;
-    Clock::Override const clock(LastSecondOfJanuary);
-    // A path below a regular file cannot hold files, not even for root.
-    QString const plainFile = dir.filePath(QStringLiteral("plain"));
-    ASSERT_TRUE(QFile(plainFile).open(QIODevice::WriteOnly));
-    QString const unusable = plainFile + QStringLiteral("/out");
-    zelkotest::TraceCapture capture(0x20);
-    FileInfoList list;
-    BinaryFile file(QStringLiteral("Data"), QStringLiteral("BIN"), 1000, &list);
-    file.setDirectory(unusable);
-    file.saveToFile("lost");
-    file.saveToFile("lost again");
-    EXPECT_FALSE(file.isOpen());
-    QString const candidate = unusable + QStringLiteral("/20240131_235959.txt");
-    QStringList const oneAttempt{QStringLiteral("createFile: cannot open %1").arg(candidate),
-                                 QStringLiteral("createFile: cannot create %1").arg(candidate)};
-    EXPECT_EQ(capture.messages(), oneAttempt + oneAttempt);
-    EXPECT_TRUE(list.getResults().IsEmpty());
-
-    file.setDirectory(dir.path());
-    file.saveToFile("kept");
-    file.closeFile(false);
-    ASSERT_EQ(list.getResults().GetBinary().size(), 1u);
-    EXPECT_EQ(zelkotest::readFile(list.getResults().GetBinary()[0].GetURL()), "kept");
 }
 
 // The lock is held by another process that does not let go: after a second's wait the file

@@ -6,112 +6,72 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemhelper.h>
+#include <support/golden.h>
+#include <support/rowname.h>
+#include <support/scopedworkingdirectory.h>
 
 using zelkodatastreamconverter::TransmissionSystemHelper;
 
 namespace {
 
-template <typename Row>
-std::string rowName(testing::TestParamInfo<Row> const& info)
-{
-    return info.param.name;
-}
-
-// Tables share one bounded lookup: their first and last texts, and "unknown" from their size
-// on. The status tables are chosen by the telegram's direction.
-struct TableRow
-{
-    char const* name;
-    std::function<QString(TransmissionSystemHelper const&, quint32)> get;
-    quint32 size;
-    char const* first;
-    char const* last;
-};
-
-using BoundedTable = testing::TestWithParam<TableRow>;
-
-TEST_P(BoundedTable, EndsWithItsLastTextAndAnswersUnknownBeyond)
-{
-    TableRow const& row = GetParam();
-    TransmissionSystemHelper const helper;
-    EXPECT_EQ(row.get(helper, 0), QString::fromUtf8(row.first));
-    EXPECT_EQ(row.get(helper, row.size - 1), QString::fromUtf8(row.last));
-    EXPECT_EQ(row.get(helper, row.size), QStringLiteral("unknown"));
-    EXPECT_EQ(row.get(helper, 0xFFFFFFFFu), QStringLiteral("unknown"));
-}
-
-#define GETTER(call) [](TransmissionSystemHelper const& h, quint32 i) { return h.call; }
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Helper, BoundedTable, testing::Values(
-    TableRow{"StatusFromVehicle", GETTER(GetBOS_STATUS(i, 0)), 16, "Notruf", "Sprechtaste"},
-    TableRow{"StatusDirectionBit0", GETTER(GetBOS_STATUS(i, 1)), 16, "Notruf", "Sprechtaste"},
-    TableRow{"StatusFromCentre", GETTER(GetBOS_STATUS(i, 2)), 16, "Statusabfrage", "Automatische Quittung"},
-    TableRow{"CloverSpeed", GETTER(GetCLOVER_SPEED_LEVEL(i)), 7, "n.a.", "PSK16A/ASK4"},
-    TableRow{"F7W", GETTER(GetF7W_PAYLOAD_TYPE(i)), 3, "RAW", "MORSE"}),
-    rowName<TableRow>);
-// clang-format on
-
-// Old spellings users search for, and the answers that do not follow the common rule.
-struct TextRow
-{
-    char const* name;
-    std::function<QString(TransmissionSystemHelper&)> get;
-    char const* expected;
-};
-
-using Texts = testing::TestWithParam<TextRow>;
-
-TEST_P(Texts, ReadExactlyAsKnown)
+// Every answer of every table up to one past its last own text, and far beyond; the status
+// tables for each direction; the country names that the built-in table knows, and unknown
+// ones. Old spellings users search for are kept as they are.
+QByteArray tableDump()
 {
     TransmissionSystemHelper helper;
-    EXPECT_EQ(GetParam().get(helper), QString::fromUtf8(GetParam().expected));
-}
-
-#define CALL(call) [](TransmissionSystemHelper& h) { return QString(h.call); }
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Helper, Texts, testing::Values(
-    TextRow{"BadenWuerttemberg", CALL(GetBOS_STATE(2)), "Baden-Würtemberg"},
-    TextRow{"EndFromVehicle", CALL(GetBOS_STATUS(11, 0)), "Ende Folgetelegramm"},
-    TextRow{"EndFromCentre", CALL(GetBOS_STATUS(11, 2)), "Ende Folgetelegram"},
-    TextRow{"Pager", CALL(GetBOS_STATUS(14, 2)), "Digitaler Meldeempfänger"},
-    TextRow{"VdewEmergency", CALL(GetVDEW_BAK(8)), "ermergency call"},
-    TextRow{"MptLast", CALL(GetMPT_TRANSMISSION_TYPE(3)), "System Operation"},
-    TextRow{"MptOwnDefault", CALL(GetMPT_TRANSMISSION_TYPE(4)), "unkown"},
-    TextRow{"MptBeyond", CALL(GetMPT_TRANSMISSION_TYPE(7)), "unkown"},
-    TextRow{"CrcOk", CALL(GetCRCText(true)), "ok"},
-    TextRow{"CrcNotOk", CALL(GetCRCText(false)), "not ok"},
-    TextRow{"PidNoData", CALL(GetPR_PID(0x00)), "No data burst"},
-    TextRow{"PidUnnamedPadded", CALL(GetPR_PID(0x02)), "0x02"},
-    TextRow{"PidUnnamed", CALL(GetPR_PID(0x10)), "0x10"},
-    TextRow{"PidEscape", CALL(GetPR_PID(0xFF)), "Escape character. Next octet contains more Level 3 protocol information."},
-    TextRow{"PidBeyondOneOctet", CALL(GetPR_PID(0x1FF)), "0x1ff"},
-    TextRow{"CountryVatican", CALL(GetCountryName(39)), "Vatican City State"},
-    TextRow{"CountryZero", CALL(GetCountryName(0)), "000 (unknown)"},
-    TextRow{"CountryOneDigit", CALL(GetCountryName(5)), "005 (unknown)"},
-    TextRow{"CountryBeyond", CALL(GetCountryName(999)), "999 (unknown)"},
-    TextRow{"CountryFourDigits", CALL(GetCountryName(1000)), "1000 (unknown)"}),
-    rowName<TextRow>);
-// clang-format on
-
-// The built-in E.164 table is the shipped list, row for row, with the Vatican on code 39.
-TEST(TransmissionSystemHelper, CountryTableIsTheShippedList)
-{
-    QFile file(QStringLiteral(ZELKO_SOURCE_DIR "/data/e164_country_codes.csv"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
-    TransmissionSystemHelper helper;
-    int rows = 0;
-    while (!file.atEnd()) {
-        QString const line = QString::fromUtf8(file.readLine()).trimmed();
-        if (!line.startsWith(QLatin1Char('#'))) {
-            quint32 const code = line.section(QLatin1Char(';'), 0, 0).toUInt();
-            EXPECT_EQ(helper.GetCountryName(code), code == 39 ? QStringLiteral("Vatican City State")
-                                                              : line.section(QLatin1Char(';'), 1));
-            ++rows;
+    // clang-format off
+#define TABLE(name) {#name, [&helper](quint32 i) { return QString(helper.Get##name(i)); }}
+#define STATUS(direction) {"BOS_STATUS direction " #direction, \
+                           [&helper](quint32 i) { return helper.GetBOS_STATUS(i, direction); }}
+    std::vector<std::pair<char const*, std::function<QString(quint32)>>> const tables = {
+        TABLE(BOS_BOS), TABLE(BOS_STATE), TABLE(ZVEI_BAK), TABLE(VDEW_BAK), TABLE(PR_FRAME_TYPE),
+        TABLE(PR_MODIFIER_FUNCTION), TABLE(PR_SUPERVISOR_FUNCTION), TABLE(PR_PID),
+        TABLE(CLOVER_BLOCK_TYPE), TABLE(CLOVER_CODE_EFFICIENCY), TABLE(CLOVER_SPEED_LEVEL),
+        TABLE(PACTOR_BURST_TYPE), TABLE(PACTOR_CLOVER_CONTENT_TYPE),
+        TABLE(PACTOR_CLOVER_SIDEBAND_MODE), TABLE(PACTOR_DATA_CHAT_MODE),
+        TABLE(PACTOR_DATA_MODE_SUGGESTION), TABLE(PACTOR_DATA_TYPE), TABLE(PACTOR_DECODING_QUALITY),
+        TABLE(PACTOR_PATH_MODE), TABLE(PACTOR_QRT_PACKET), TABLE(PACTOR_SPEED_LEVEL),
+        TABLE(PACTOR_SPEED_LEVEL_REQUEST), TABLE(PACTOR_TRANSMISSION_MODE), TABLE(PACTOR_VARIANT),
+        TABLE(F7W_PAYLOAD_TYPE), TABLE(MPT_TRANSMISSION_TYPE), STATUS(0), STATUS(1), STATUS(2),
+        STATUS(3), {"CountryName", [&helper](quint32 i) { return helper.GetCountryName(i); }}};
+#undef TABLE
+#undef STATUS
+    // clang-format on
+    QByteArray dump = "CRCText: " + helper.GetCRCText(true).toUtf8() + " / " +
+                      helper.GetCRCText(false).toUtf8() + '\n';
+    for (auto const& [name, lookup] : tables) {
+        quint32 last = 0;
+        for (quint32 i = 0; i < 1000; ++i) {
+            QString const text = lookup(i);
+            bool const known = !text.endsWith(QLatin1String(" (unknown)")) &&
+                               !text.startsWith(QLatin1String("0x")) && text != lookup(999);
+            if (known) {
+                last = i;
+            }
+        }
+        auto const write = [&](quint32 i) {
+            dump +=
+                QByteArray(name) + ' ' + QByteArray::number(i) + ": " + lookup(i).toUtf8() + '\n';
+        };
+        for (quint32 i = 0; i <= last + 1; ++i) {
+            write(i);
+        }
+        for (quint32 i : {999u, 1000u, 0x1FFu, 0xFFFFFFFFu}) {
+            if (i > last + 1) {
+                write(i);
+            }
         }
     }
-    EXPECT_EQ(rows, 225);
+    return dump;
+}
+
+// Regenerate with ZELKO_REGENERATE_GOLDEN=1 and review the diff.
+TEST(TransmissionSystemHelper, TablesMatchTheirDump)
+{
+    EXPECT_EQ(zelkotest::compareWithGolden(tableDump(),
+                                           QStringLiteral("transmissionsystem/helper-tables.dump")),
+              QString());
 }
 
 class BracketTranslator : public QTranslator
@@ -141,19 +101,6 @@ TEST(TransmissionSystemHelper, CountryNamesAndProtocolsAreTranslated)
     EXPECT_EQ(helper.GetPR_PID(0xCF), QStringLiteral("[NET/ROM]"));
 }
 
-class InDirectory
-{
-public:
-    explicit InDirectory(QString const& path) : m_previous(QDir::currentPath())
-    {
-        QDir::setCurrent(path);
-    }
-    ~InDirectory() { QDir::setCurrent(m_previous); }
-
-private:
-    QString m_previous;
-};
-
 void writeMIDFile(QString const& directory, QByteArray const& content)
 {
     QFile file(QDir(directory).filePath(TransmissionSystemHelper::MIDFileName));
@@ -177,7 +124,7 @@ TEST_P(MIDFile, GivesTheValueAsTheFileHasIt)
     if (GetParam().file) {
         writeMIDFile(directory.path(), GetParam().file);
     }
-    InDirectory const inside(directory.path());
+    zelkotest::ScopedWorkingDirectory const inside(directory.path());
     TransmissionSystemHelper helper;
     EXPECT_EQ(helper.GetMIDCountryName(GetParam().mid), QString::fromUtf8(GetParam().expected));
 }
@@ -197,13 +144,13 @@ INSTANTIATE_TEST_SUITE_P(Helper, MIDFile, testing::Values(
     MIDRow{"EmptyKeyIsZero", ";Nowhere\n", 0, ";Nowhere\n"},
     MIDRow{"LaterLineWins", "211;Old\n211;New\n", 211, ";New\n"},
     MIDRow{"UsableLineMeansNoMarker", "211;Germany\n", 0xFFFFFFFFu, "4294967295 (unknown)"}),
-    rowName<MIDRow>);
+    zelkotest::RowName());
 // clang-format on
 
 TEST(TransmissionSystemHelper, MIDFileIsReadOncePerHelper)
 {
     QTemporaryDir directory;
-    InDirectory const inside(directory.path());
+    zelkotest::ScopedWorkingDirectory const inside(directory.path());
     TransmissionSystemHelper missing;
     EXPECT_EQ(missing.GetMIDCountryName(211), QStringLiteral("211 (unknown)"));
     writeMIDFile(directory.path(), "211;Germany\n");
@@ -217,7 +164,7 @@ TEST(TransmissionSystemHelper, MIDFileIsReadOncePerHelper)
 
 TEST(TransmissionSystemHelper, ShippedMIDFileSpansTheMIDs)
 {
-    InDirectory const inside(QStringLiteral(ZELKO_SOURCE_DIR "/data"));
+    zelkotest::ScopedWorkingDirectory const inside(QStringLiteral(ZELKO_SOURCE_DIR "/data"));
     TransmissionSystemHelper helper;
     EXPECT_EQ(helper.GetMIDCountryName(201), QStringLiteral(";Albania\n"));
     EXPECT_EQ(helper.GetMIDCountryName(775), QStringLiteral(";Venezuela\n"));

@@ -1,27 +1,41 @@
-// Transmission-system processors: every system's sample recording against its checked-in
-// result document, and records cut short or overstating their sizes, which must read as
-// far as the frame goes and no further.
+// Transmission-system processors, also linked into the model's tests: every system's sample
+// recording against its checked-in result document, and scripted scenarios. Each
+// tests/data/transmissionsystem/scenarios/<name>.scenario runs against a fresh model, and the
+// dump (every line, the model's answer to it, the transmission's XML at each "clear" and at
+// the end) is compared with <name>.dump beside it. Regenerate the dumps with
+// ZELKO_REGENERATE_GOLDEN=1 and review the diff. Script lines ('#' starts a comment):
+//
+//   <system> [name=X] [t=S] [poke=O:V] [cut=N] : <record words>
+//       A frame of a system (a code, or ascii unicode atis fms zvei vdew pocsag ax25 mpt1327
+//       acars pactor clover f7w ignored, or pdu) at S seconds after 2024-03-15 10:00 UTC (by
+//       default a second after the previous frame). poke sets frame byte O to V, cut keeps N
+//       bytes. Record words: a number (V*N: N of them), fF (a float), "text" (8-bit characters
+//       zero-filled to whole words; "text"*N repeated; /W exactly W words).
+//   frequency <hertz>                                     FrequencyToString
+//   format <representation> <count> <bits> <words...>    FormatData, as value|type
+//   clear                                                 ends the transmission
+//   alphabets, alphabet [NAME], demodulator NAME          the shipped alphabets, the setters
+//   user-data, translate               user data on the last block; decode again, show the XML
 
 #include <QDir>
-#include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QXmlStreamWriter>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <jobspec/settings.h>
 #include <massdatamanagement/zelkodatastreamconverter/clock.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
-#include <nerikresultdataxml/pdudatablock.h>
 #include <nerikresultdataxml/transmission.h>
+#include <nerikresultdataxml/userdata.h>
 #include <recordingwriter/recordingwriter.h>
 #include <recordingwriter/transmissionsystemrecords.h>
 #include <support/golden.h>
-#include <support/rowname.h>
 #include <support/schemavalidator.h>
+#include <support/scopedworkingdirectory.h>
 #include <support/tracecapture.h>
 
-using namespace zelkorecording;
-using NerikResultDataXml::PDUDataBlock;
 using zelkodatastreamconverter::Clock;
 using zelkodatastreamconverter::TransmissionSystemModel;
 
@@ -30,20 +44,6 @@ namespace {
 QDateTime const ConversionTime(QDate(2026, 2, 1), QTime(12, 30, 45), Qt::LocalTime);
 QString const SourceData = QStringLiteral(ZELKO_SOURCE_DIR "/data");
 
-// Runs in the data directory, where the maritime identification digits file lies.
-class WorkingDirectory
-{
-public:
-    explicit WorkingDirectory(QString const& path) : m_previous(QDir::currentPath())
-    {
-        QDir::setCurrent(path);
-    }
-    ~WorkingDirectory() { QDir::setCurrent(m_previous); }
-
-private:
-    QString m_previous;
-};
-
 // Converts a sample; the single result document, validated against the schema. A whole
 // recording has no frame to refuse, not even at its end.
 QByteArray convertSample(QString const& sample)
@@ -51,7 +51,7 @@ QByteArray convertSample(QString const& sample)
     zelkotest::TraceCapture const warnings(0x20);
     QTemporaryDir output;
     Clock::Override const clock(ConversionTime);
-    WorkingDirectory const inData(SourceData);
+    zelkotest::ScopedWorkingDirectory const inData(SourceData); // ATIS reads the MID file
     JobSpec::Settings settings;
     settings.SetValidate(false);
     zelkodatastreamconverter::TransmissionSystemConverter converter;
@@ -70,14 +70,27 @@ QByteArray convertSample(QString const& sample)
     return zelkotest::readFile(path);
 }
 
-class SampleDocument : public ::testing::TestWithParam<char const*>
+// The names of the files matching pattern in tests/data/<directory>, without the extension.
+std::vector<std::string> dataNames(QString const& directory, QString const& pattern)
 {
-};
+    std::vector<std::string> names;
+    for (QString const& file :
+         QDir(QStringLiteral(ZELKO_GOLDEN_DIR "/") + directory).entryList({pattern}, QDir::Files)) {
+        names.push_back(file.section(QLatin1Char('.'), 0, 0).toStdString());
+    }
+    return names;
+}
 
-// Regenerate with ZELKO_REGENERATE_GOLDEN=1 and review the diff.
+std::string rowName(::testing::TestParamInfo<std::string> const& info)
+{
+    return QString::fromStdString(info.param).remove(QLatin1Char('-')).toStdString();
+}
+
+using SampleDocument = ::testing::TestWithParam<std::string>;
+
 TEST_P(SampleDocument, MatchesTheGoldenDocument)
 {
-    QString const name = QString::fromLatin1(GetParam());
+    QString const name = QString::fromStdString(GetParam());
     QByteArray const xml = convertSample(name + QStringLiteral(".zdr"));
     ASSERT_FALSE(xml.isEmpty());
     EXPECT_EQ(zelkotest::compareWithGolden(xml, QStringLiteral("transmissionsystem/") + name +
@@ -86,318 +99,225 @@ TEST_P(SampleDocument, MatchesTheGoldenDocument)
 }
 
 INSTANTIATE_TEST_SUITE_P(Samples, SampleDocument,
-                         ::testing::Values("pocsag-paging", "fms-zvei-evening", "ax25-session",
-                                           "acars-multiblock", "pactor-exchange", "clover-exchange",
-                                           "mpt1327-trunking", "f7w-subchannels", "text-and-atis"),
-                         [](auto const& info) {
-                             QString name = QString::fromLatin1(info.param);
-                             return name.remove(QLatin1Char('-')).toStdString();
-                         });
+                         ::testing::ValuesIn(dataNames(QStringLiteral("transmissionsystem"),
+                                                       QStringLiteral("*.xml"))),
+                         rowName);
 
-// --- Records that overstate their sizes or end early -----------------------------------------
+QString const Directory = QStringLiteral("transmissionsystem/scenarios/");
 
-constexpr quint64 FrameTime = 1710496800ull * 1000000ull;
-
-QByteArray frame(TransmissionSystem system, QByteArray const& record)
+// The test's own system 7 of the decoding library (pdu.scenario): a unit with a wrong checksum
+// whose ID has no name or labels, with a text, a missing field, a translated value, a nested
+// unit with a payload and a flag; and a unit without content.
+struct TestSystem : CPDU_Converter
 {
-    return RecordingWriter::frameBytes(zelkodatastreamconverter::FrameType::TransmissionSystem,
-                                       transmissionSystemPayload(system, FrameTime, "CUT", record));
-}
-
-// A record word by word, with word index replaced.
-QByteArray withWord(QByteArray record, int index, quint32 value)
-{
-    std::memcpy(record.data() + 4 * index, &value, 4);
-    return record;
-}
-
-QString fieldValue(PDUDataBlock const& block, QString const& name)
-{
-    for (auto const& field : block.GetFields()) {
-        if (field.GetName() == name) {
-            return field.GetValue();
-        }
-    }
-    return QStringLiteral("<none>");
-}
-
-struct CutRow
-{
-    char const* name;
-    TransmissionSystem system;
-    QByteArray record;
-    char const* field; // checked field, or the payload when null
-    char const* expected;
-    int children = 0; // F7W: the sub-channel blocks; row.field is read from the last one
-};
-
-void PrintTo(CutRow const& row, std::ostream* os)
-{
-    *os << row.name;
-}
-
-PocsagRecord page(QByteArray const& text)
-{
-    PocsagRecord record;
-    record.address = 1234567;
-    record.function = 3;
-    record.message = text;
-    return record;
-}
-
-F7WRecord f7w(QVector<F7WSubChannel> const& subChannels)
-{
-    return F7WRecord{{F7WChannel{7, 3, subChannels}}};
-}
-
-std::vector<CutRow> cutRows()
-{
-    QByteArray const fourWords("ABCDEFGHIJKLMNOP");
-    PacketRadioRecord disc;
-    disc.sender.callSign = "DL1ABC";
-    disc.sender.ssid = 5;
-    QByteArray const ax25 = disc.record();
-    PacketRadioRecord fullCall;
-    fullCall.sender.callSign = "ABCDEFGH";
-    fullCall.sender.ssid = 'A';
-    F7WSubChannel raw;
-    raw.payloadType = F7WSubChannel::Raw;
-    raw.elementCount = 64;
-    raw.bitsPerElement = 1;
-    raw.data = QByteArray(8, '\xA5');
-    QByteArray const twoSubChannels = f7w({F7WSubChannel::text(1, "A", "FIRST"), raw}).record();
-    // Without its last word: the text's terminating zero.
-    auto const unterminated = [](QByteArray const& record) {
-        return record.left(record.size() - 4);
-    };
-    ZveiVdewRecord vdew;
-    vdew.callNumber = "12345678";
-    AcarsRecord acars;
-    acars.message = "H1";
-    AcarsRecord acarsText;
-    acarsText.message = "ABCDEFGH";
-    PacketRadioRecord information;
-    information.frameType = PacketRadioRecord::Information;
-    information.information = "INFORMATION";
-    return {
-        // The stated count runs past the frame: the text ends with the frame.
-        {"AsciiCountPastFrame", TransmissionSystem::ASCII,
-         withWord(unterminated(AsciiRecord{fourWords}.record()), 0, 1000000), nullptr,
-         "ABCDEFGHIJKLMNOP"},
-        {"UnicodeCountPastFrame", TransmissionSystem::Unicode,
-         withWord(unterminated(UnicodeRecord{QStringLiteral("Straße")}.record()), 0, 0xFFFFFFFF),
-         nullptr, "Straße"},
-        {"PocsagCountPastFrame", TransmissionSystem::POCSAG,
-         withWord(unterminated(page(fourWords).record()), 3, 0x40000000), nullptr,
-         "ABCDEFGHIJKLMNOP"},
-        // A count shorter than the text ends it.
-        {"PocsagCountShorterThanText", TransmissionSystem::POCSAG,
-         withWord(page(fourWords).record(), 3, 2), nullptr, "ABCDEFGH"},
-        {"AcarsCountShorterThanText", TransmissionSystem::ACARS, withWord(acarsText.record(), 9, 1),
-         nullptr, "ABCD"},
-        {"Mpt1327ShortDataCountShorterThanText", TransmissionSystem::MPT1327,
-         withWord(Mpt1327Record::shortData("SDMXYZ"), 1, 1), nullptr, "SDMX"},
-        {"Ax25CountShorterThanInformation", TransmissionSystem::PacketRadio,
-         withWord(information.record(), 22, 1), nullptr, "INFO"},
-        {"UnicodeCountShorterThanText", TransmissionSystem::Unicode,
-         withWord(UnicodeRecord{QStringLiteral("Straße")}.record(), 0, 1), nullptr, "St"},
-        {"VdewCallNumberCountShorterThanText", TransmissionSystem::ZveiVdew,
-         withWord(vdew.record(), 4, 1), "Call Number", "1234"},
-        {"VdewCallNumberPastFrame", TransmissionSystem::ZveiVdew,
-         withWord(vdew.record(), 4, 0xFFFFFFFF), "Call Number", "12345678"},
-        {"PactorBytesPastFrame", TransmissionSystem::PACTOR,
-         withWord(PactorRecord{}.record() + "RYRY", 21, 9999), nullptr, "RYRY"},
-        // The byte count is taken as stated up to the frame's end, padding included.
-        {"CloverBytesPastFrame", TransmissionSystem::CLOVER,
-         withWord(CloverRecord{}.record() + "QRV", 9, 0x7FFFFFFF), nullptr, "QRV_"},
-        {"AcarsCountPastFrame", TransmissionSystem::ACARS, withWord(acars.record(), 9, 77), nullptr,
-         "H1"},
-        {"Mpt1327ShortDataPastFrame", TransmissionSystem::MPT1327,
-         withWord(unterminated(Mpt1327Record::shortData("SDMX")), 1, 500), nullptr, "SDMX"},
-        // A record cut inside a field reads the rest as zeros.
-        {"Ax25CutInsideSenderCall", TransmissionSystem::PacketRadio, ax25.left(16), "Sender",
-         "0:DL1A"},
-        {"Ax25CutBeforeSenderSsid", TransmissionSystem::PacketRadio, ax25.left(20), "Sender",
-         "0:DL1ABC"},
-        {"Ax25CutAfterSenderSsid", TransmissionSystem::PacketRadio, ax25.left(24), "Sender",
-         "5:DL1ABC"},
-        // A call sign fills its two words; the SSID behind it is no part of it.
-        {"Ax25FullLengthCallSign", TransmissionSystem::PacketRadio, fullCall.record(), "Sender",
-         "65:ABCDEFGH"},
-        {"AtisCutInsideShipId", TransmissionSystem::ATIS,
-         AtisRecord{211, "123456"}.record().left(6), "Ship ID", "12"},
-        {"Mpt1327CallCutInFrequency", TransmissionSystem::MPT1327,
-         Mpt1327Record::call(0, "A", "B", 1, 0x100000000ull + 145000000ull, 2).left(32),
-         "Frequency", "145. MHz"},
-        // F7W: a sub-channel that does not fit ends the list; the ones before it stay.
-        {"F7WWhole", TransmissionSystem::F7W, twoSubChannels, "Baudrate", "100", 2},
-        {"F7WSecondPayloadCut", TransmissionSystem::F7W,
-         twoSubChannels.left(twoSubChannels.size() - 4), nullptr, nullptr, 1},
-        {"F7WSecondHeaderCut", TransmissionSystem::F7W,
-         twoSubChannels.left(twoSubChannels.size() - 12), nullptr, nullptr, 1},
-        {"F7WZeroBitElements", TransmissionSystem::F7W,
-         f7w({F7WSubChannel{1, "Z", 0, 5, 0, QByteArray()}}).record(), nullptr, nullptr, 0},
-        {"F7WThirtyTwoBitElements", TransmissionSystem::F7W,
-         f7w({F7WSubChannel{1, "Z", 0, 1, 32, QByteArray("\x01\x02\x03\x04", 4)}}).record(),
-         "Sub Channel Name", "Z", 1},
-        {"F7WThirtyThreeBitElements", TransmissionSystem::F7W,
-         f7w({F7WSubChannel{1, "Z", 0, 1, 33, QByteArray(8, 'x')}}).record(), nullptr, nullptr, 0},
-        {"F7WChannelCountPastFrame", TransmissionSystem::F7W,
-         withWord(f7w({F7WSubChannel::text(1, "A", "X")}).record(), 0, 0xFFFFFFFF), nullptr,
-         nullptr, 1},
-        // One channel stated, two in the record: the second is not read.
-        {"F7WChannelCountBelowChannels", TransmissionSystem::F7W,
-         withWord(F7WRecord{{F7WChannel{1, 0, {F7WSubChannel::text(1, "A", "X")}},
-                             F7WChannel{2, 0, {F7WSubChannel::text(1, "B", "Y")}}}}
-                      .record(),
-                  0, 1),
-         "Channel", "1", 1},
-        // A long payload: the next sub-channel starts right behind its last word.
-        {"F7WLongPayloadThenAnother", TransmissionSystem::F7W,
-         f7w({F7WSubChannel::text(1, "LONG", QByteArray(300, 'L')),
-              F7WSubChannel::text(2, "NEXT", "X")})
-             .record(),
-         "Sub Channel Name", "NEXT", 2},
-        // A name fills its ten words; an empty last sub-channel ends the record exactly.
-        {"F7WFullLengthNameAndEmptyLast", TransmissionSystem::F7W,
-         f7w({F7WSubChannel::text(1, QByteArray(40, 'N'), "X"),
-              F7WSubChannel{2, "", 1, 0, 8, QByteArray()}})
-             .record(),
-         nullptr, nullptr, 2},
-        {"F7WFullLengthName", TransmissionSystem::F7W,
-         f7w({F7WSubChannel::text(1, QByteArray(40, 'N'), "X")}).record(), "Sub Channel Name",
-         "NNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNNN", 1},
-        {"F7WLastRateCode", TransmissionSystem::F7W,
-         F7WRecord{{F7WChannel{1, 7, {F7WSubChannel::text(1, "A", "X")}}}}.record(), "Baudrate",
-         "300", 1},
-        {"F7WRateCodePastTable", TransmissionSystem::F7W,
-         F7WRecord{{F7WChannel{1, 8, {F7WSubChannel::text(1, "A", "X")}}}}.record(), "Baudrate",
-         "0", 1},
-    };
-}
-
-using CutRecord = ::testing::TestWithParam<CutRow>;
-
-TEST_P(CutRecord, ReadsAsFarAsTheFrameGoes)
-{
-    CutRow const& row = GetParam();
-    TransmissionSystemModel model;
-    QByteArray bytes = frame(row.system, row.record);
-    ASSERT_TRUE(model.processData(bytes));
-    ASSERT_NE(model.getCurrentTransmission(), nullptr);
-    auto const& blocks = model.getCurrentTransmission()->GetPDUDataBlocks();
-    ASSERT_EQ(blocks.size(), 1);
-    PDUDataBlock const& block = *blocks.front();
-    if (row.system == TransmissionSystem::F7W) {
-        ASSERT_EQ(block.GetPDUDataBlocks().size(), row.children);
-        if (row.field != nullptr) {
-            EXPECT_EQ(fieldValue(*block.GetPDUDataBlocks().back(), QString::fromLatin1(row.field)),
-                      QString::fromUtf8(row.expected));
-        }
-    } else if (row.field != nullptr) {
-        EXPECT_EQ(fieldValue(block, QString::fromLatin1(row.field)),
-                  QString::fromUtf8(row.expected));
-    } else {
-        EXPECT_EQ(block.GetPayload().GetContent(), QString::fromUtf8(row.expected));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Records, CutRecord, ::testing::ValuesIn(cutRows()), zelkotest::RowName());
-
-// --- Multi-block ACARS messages and the end of an AX.25 link ------------------------------
-
-// One frame of a sequence: ACARS blocks ('m' more to come, 'l' last block; 'o' and 'n' the
-// same without a block name) or a POCSAG page ('p') in between.
-QByteArray sequenceFrame(char kind, quint64 time)
-{
-    if (kind == 'p') {
-        return RecordingWriter::frameBytes(zelkodatastreamconverter::FrameType::TransmissionSystem,
-                                           transmissionSystemPayload(TransmissionSystem::POCSAG,
-                                                                     time, "POCSAG",
-                                                                     page("P").record()));
-    }
-    AcarsRecord block;
-    block.lastBlock = kind == 'l' || kind == 'n';
-    block.message = "PART";
-    return RecordingWriter::frameBytes(
-        zelkodatastreamconverter::FrameType::TransmissionSystem,
-        transmissionSystemPayload(TransmissionSystem::ACARS, time,
-                                  kind == 'n' || kind == 'o' ? QByteArray() : "ACARS",
-                                  block.record()));
-}
-
-// The transmission's top-level blocks, each as its number of children.
-std::string shape(TransmissionSystemModel const& model)
-{
-    std::string text;
-    for (PDUDataBlock const* block : model.getCurrentTransmission()->GetPDUDataBlocks()) {
-        text += std::to_string(block->GetPDUDataBlocks().size());
-    }
-    return text;
-}
-
-struct SequenceRow
-{
-    char const* name;
-    char const* frames;  // one kind a frame, see sequenceFrame()
-    char const* shape;   // children of each top-level block
-    char const* offsets; // getPDUOffset() after each frame, as digits ('-' for -1)
-};
-
-using AcarsSequence = ::testing::TestWithParam<SequenceRow>;
-
-TEST_P(AcarsSequence, NestsContinuedBlocksUnderOneParent)
-{
-    SequenceRow const& row = GetParam();
-    TransmissionSystemModel model;
-    std::string offsets;
-    quint64 time = FrameTime;
-    for (char const* kind = row.frames; *kind != '\0'; ++kind) {
-        QByteArray bytes = sequenceFrame(*kind, time += 1000000);
-        ASSERT_TRUE(model.processData(bytes));
-        int const offset = model.getPDUOffset();
-        offsets += offset < 0 ? '-' : char('0' + offset);
-    }
-    EXPECT_EQ(shape(model), row.shape);
-    EXPECT_EQ(offsets, row.offsets);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Messages, AcarsSequence,
-    ::testing::Values(SequenceRow{"ThreeBlocks", "mml", "3", "000"},
-                      SequenceRow{"SingleBlocks", "ll", "00", "01"},
-                      SequenceRow{"SingleThenTwoBlocksThenSingle", "lmll", "020", "0112"},
-                      // Another system's block ends the message; its last block stands alone.
-                      SequenceRow{"InterruptedByAPage", "mpl", "100", "012"},
-                      SequenceRow{"TwoMessages", "mlml", "22", "0011"},
-                      // Without a name no parent is kept: the blocks stand on their own.
-                      SequenceRow{"NamelessBlocks", "oon", "000", "012"}),
-    zelkotest::RowName());
-
-TEST(PacketRadioLink, OnlyADisconnectRequestEndsTheConnection)
-{
-    struct Row
+    std::vector<CPDU*> decodeFrame(QByteArray const&) override
     {
-        char const* name;
-        quint32 frameType;
-        quint32 function;
-        bool ends;
-    };
-    using R = PacketRadioRecord;
-    Row const rows[] = {
-        {"DISC", R::Unnumbered, R::DISC, true},  {"UA", R::Unnumbered, R::UA, false},
-        {"SABM", R::Unnumbered, R::SABM, false}, {"I frame N(S) 3", R::Information, 3, false},
-        {"SREJ", R::Supervisory, 3, false},      {"unknown type", 3, 3, false},
-    };
-    TransmissionSystemModel model;
-    for (Row const& row : rows) {
-        PacketRadioRecord record;
-        record.frameType = row.frameType;
-        record.word19 = row.function;
-        QByteArray bytes = frame(TransmissionSystem::PacketRadio, record.record());
-        ASSERT_TRUE(model.processData(bytes));
-        EXPECT_EQ(model.getEndConnection(), row.ends) << row.name;
+        quint64 const time = 1700000000123456ull;
+        auto nested = std::make_unique<CPDU>(0x98, time + 5000000, PDU_CHECKSUM_OK);
+        nested->addField(CPDU_FieldContainer::payload("ABC", 24));
+        std::vector<std::unique_ptr<CPDU>> subs;
+        subs.push_back(std::move(nested));
+        auto unit = new CPDU(0x99, time, PDU_CHECKSUM_WRONG);
+        unit->addField(CPDU_FieldContainer::stringValue("H\xA0I"));
+        unit->addField(nullptr); // a field the decoder left out
+        unit->addField(CPDU_FieldContainer::translatedValue(1));
+        unit->addField(CPDU_FieldContainer::expandable(std::move(subs)));
+        unit->addField(CPDU_FieldContainer::boolValue(true));
+        return {unit, new CPDU(0x97, time)};
     }
+};
+[[maybe_unused]] bool const TestSystemRegistered =
+    (CPDU_Converter_Factory::getInstance()->addConverter(7, std::make_unique<TestSystem>()), true);
+
+QByteArray word(quint32 value)
+{
+    return QByteArray(reinterpret_cast<char const*>(&value), 4);
 }
+
+// A record token as bytes; see the list above.
+QByteArray recordBytes(QString const& token)
+{
+    static QRegularExpression const text(QStringLiteral("^\"(.*)\"(?:\\*(\\d+))?(?:/(\\d+))?$"));
+    auto const match = text.match(token);
+    QStringList const repeated = token.split(QLatin1Char('*'));
+    if (token.startsWith(QLatin1Char('f'))) {
+        float const value = token.mid(1).toFloat();
+        quint32 bits;
+        std::memcpy(&bits, &value, 4);
+        return word(bits);
+    }
+    if (!match.hasMatch()) {
+        return word(quint32(repeated[0].toULongLong(nullptr, 0)))
+            .repeated(repeated.size() > 1 ? repeated[1].toInt() : 1);
+    }
+    QByteArray const bytes = match.captured(1).toLatin1().repeated(
+        match.captured(2).isEmpty() ? 1 : match.captured(2).toInt());
+    int const words =
+        match.captured(3).isEmpty() ? (bytes.size() + 3) / 4 : match.captured(3).toInt();
+    return bytes.leftJustified(4 * words, '\0', true);
+}
+
+quint32 systemCode(QString const& name)
+{
+    static QStringList const names =
+        QStringLiteral("ascii unicode atis fms zvei vdew pocsag ax25 mpt1327 acars pactor clover "
+                       "f7w ignored 14 15 pdu")
+            .split(QLatin1Char(' '));
+    int const index = names.indexOf(name);
+    return index >= 0 ? quint32(index) : name.toUInt(nullptr, 0);
+}
+
+class Scenario
+{
+public:
+    QByteArray run(QString const& script)
+    {
+        for (QString line : script.split(QLatin1Char('\n'))) {
+            line = line.section(QLatin1Char('#'), 0, 0).simplified();
+            if (!line.isEmpty()) {
+                m_out += line.toUtf8() + '\n';
+                QString const answer = step(line.split(QLatin1Char(' ')));
+                m_out += "  = " + answer.toUtf8().replace('\n', "\\n").replace('\r', "\\r") + '\n';
+            }
+        }
+        writeTransmission();
+        return m_out;
+    }
+
+private:
+    void writeTransmission()
+    {
+        if (m_model.getCurrentTransmission() != nullptr) {
+            QByteArray xml;
+            QXmlStreamWriter writer(&xml);
+            writer.setAutoFormatting(true);
+            m_model.getCurrentTransmission()->WriteXml(writer);
+            m_out += xml + '\n';
+        } else {
+            m_out += "no transmission\n";
+        }
+    }
+
+    QString step(QStringList const& words)
+    {
+        QString const& op = words.front();
+        if (op == QLatin1String("frequency")) {
+            quint64 const hertz = words.value(1).toULongLong();
+            QString const text = TransmissionSystemModel::FrequencyToString(hertz);
+            bool const narrow = hertz <= 0xFFFFFFFFu;
+            return narrow && TransmissionSystemModel::FrequencyToString(unsigned(hertz)) != text
+                       ? QStringLiteral("32-bit and 64-bit texts differ")
+                       : text;
+        }
+        if (op == QLatin1String("format")) {
+            std::vector<unsigned> data;
+            for (int i = 4; i < words.size(); ++i) {
+                data.push_back(unsigned(words[i].toULongLong(nullptr, 0)));
+            }
+            QString value = QStringLiteral("<untouched>");
+            QString type = value;
+            TransmissionSystemModel::FormatData(ePDU_DATAREPRESENTATION(words[1].toUInt()),
+                                                words[2].toUInt(), words[3].toUInt(),
+                                                data.empty() ? nullptr : data.data(), value, type);
+            return value + QLatin1Char('|') + type;
+        }
+        if (op == QLatin1String("clear")) {
+            writeTransmission();
+            m_model.clear();
+            return QStringLiteral("cleared");
+        }
+        return op.startsWith(QLatin1String("alphabet")) || op == QLatin1String("demodulator") ||
+                       op == QLatin1String("translate") || op == QLatin1String("user-data")
+                   ? alphabet(op, words.value(1))
+                   : frame(words);
+    }
+
+    QString alphabet(QString const& op, QString const& name)
+    {
+        bool done = true;
+        bool changed = false;
+        if (op == QLatin1String("alphabets")) {
+            done =
+                m_model.setAlphabetsDirectory(QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets"));
+        } else if (op == QLatin1String("alphabet")) {
+            done = m_model.setAlphabet(name, changed);
+        } else if (op == QLatin1String("demodulator")) {
+            done = m_model.setDemodulator(name);
+        } else if (op == QLatin1String("user-data")) {
+            m_model.getCurrentTransmission()->GetPDUDataBlocks().back()->AddUserData(
+                new NerikResultDataXml::UserData);
+        } else {
+            m_model.translateCurrentTransmission();
+            writeTransmission();
+        }
+        return QStringLiteral("%1, changed %2, alphabet %3 of %4")
+            .arg(done)
+            .arg(changed)
+            .arg(m_model.getAlphabet(), m_model.getAvailableAlphabets().join(QLatin1Char(',')));
+    }
+
+    QString frame(QStringList const& words)
+    {
+        QByteArray name;
+        QByteArray record;
+        QList<QStringList> pokes;
+        int cut = -1;
+        int const colon = words.indexOf(QStringLiteral(":"));
+        m_time += 1000000;
+        for (int i = 1; i < colon; ++i) {
+            QString const value = words[i].section(QLatin1Char('='), 1);
+            if (words[i].startsWith(QLatin1String("name="))) {
+                name = value.toLatin1();
+            } else if (words[i].startsWith(QLatin1String("t="))) {
+                m_time = 1710496800000000ull + quint64(value.toDouble() * 1e6);
+            } else if (words[i].startsWith(QLatin1String("poke="))) {
+                pokes << value.split(QLatin1Char(':'));
+            } else {
+                cut = value.toInt();
+            }
+        }
+        for (int i = colon + 1; i < words.size(); ++i) {
+            record += recordBytes(words[i]);
+        }
+        QByteArray bytes = zelkorecording::RecordingWriter::frameBytes(
+            368,
+            zelkorecording::transmissionSystemPayload(
+                zelkorecording::TransmissionSystem(systemCode(words[0])), m_time, name, record));
+        for (QStringList const& poke : pokes) {
+            bytes[poke[0].toInt()] = char(poke[1].toInt(nullptr, 0));
+        }
+        if (cut >= 0) {
+            bytes.truncate(cut);
+        }
+        if (!m_model.processData(bytes)) {
+            return QStringLiteral("refused");
+        }
+        return QStringLiteral("code %1, time %2, offset %3%4")
+            .arg(m_model.getTransmissionType())
+            .arg(m_model.getTransmissionTime())
+            .arg(m_model.getPDUOffset())
+            .arg(m_model.getEndConnection() ? QStringLiteral(", ends the connection") : QString());
+    }
+
+    TransmissionSystemModel m_model;
+    quint64 m_time = 1710496800000000ull;
+    QByteArray m_out;
+};
+
+using TransmissionScenario = ::testing::TestWithParam<std::string>;
+
+TEST_P(TransmissionScenario, MatchesItsDump)
+{
+    QString const path = Directory + QString::fromStdString(GetParam());
+    QByteArray const script = zelkotest::readFile(QStringLiteral(ZELKO_GOLDEN_DIR "/") + path +
+                                                  QStringLiteral(".scenario"));
+    ASSERT_FALSE(script.isEmpty());
+    QByteArray const dump = Scenario().run(QString::fromUtf8(script));
+    EXPECT_EQ(zelkotest::compareWithGolden(dump, path + QStringLiteral(".dump")), QString());
+}
+
+INSTANTIATE_TEST_SUITE_P(Scripts, TransmissionScenario,
+                         ::testing::ValuesIn(dataNames(Directory, QStringLiteral("*.scenario"))),
+                         rowName);
 
 } // namespace
