@@ -4,6 +4,7 @@
 #include "fileinfocallback.h"
 #include "moduletrace.h"
 
+#include <QFileInfo>
 #include <QLockFile>
 #include <cerrno>
 #include <unistd.h>
@@ -98,13 +99,25 @@ QFile* BinaryFile::getFile()
     return m_file.get();
 }
 
+namespace {
+
+// A name is taken by anything it already names, a symbolic link included: opening a dangling
+// link would create its target, which may lie outside the output directory.
+bool nameTaken(QString const& candidate)
+{
+    QFileInfo const info(candidate);
+    return info.exists() || info.isSymLink();
+}
+
+} // namespace
+
 void BinaryFile::createFile()
 {
     // A previous file object (one that would not reopen) is replaced in any case, so that a
     // failed creation never leaves a closed file behind for the next write.
     m_file.reset();
     claimFreeName([this](QString const& candidate) {
-        if (QFile::exists(candidate)) {
+        if (nameTaken(candidate)) {
             return NameClaim::Taken;
         }
         auto file = std::make_unique<QFile>(candidate);
@@ -121,7 +134,7 @@ bool BinaryFile::createFileFrom(QString const& stagedPath)
 {
     m_file.reset();
     claimFreeName([this, &stagedPath](QString const& candidate) {
-        if (QFile::exists(candidate)) {
+        if (nameTaken(candidate)) {
             return NameClaim::Taken;
         }
         // A hard link never replaces a file: a name another process took a moment ago
