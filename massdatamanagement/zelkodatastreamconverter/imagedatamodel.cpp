@@ -1,6 +1,7 @@
 #include "imagedatamodel.h"
 
 #include "frameformat.h"
+#include "hellschreiberreader.h"
 #include "imageframe.h"
 #include "moduletrace.h"
 
@@ -96,6 +97,20 @@ void unpackRow(QByteArray const& packed, quint32 format, int width, uchar* row)
     }
 }
 
+// Lines as columns, side by side, each column's first pixel at the bottom.
+QImage asColumns(QImage const& lines)
+{
+    QImage const grey = lines.convertToFormat(QImage::Format_Grayscale8);
+    QImage columns(grey.height(), grey.width(), QImage::Format_Grayscale8);
+    for (int line = 0; line < grey.height(); ++line) {
+        uchar const* in = grey.constScanLine(line);
+        for (int pixel = 0; pixel < grey.width(); ++pixel) {
+            columns.scanLine(grey.width() - 1 - pixel)[line] = in[pixel];
+        }
+    }
+    return columns;
+}
+
 } // namespace
 
 struct ImageDataModel::Line
@@ -117,6 +132,9 @@ void ImageDataModel::setOutput(QString const& directory, FileInfoCallback* callb
 {
     m_file = std::make_unique<ImageFile>(callback);
     m_file->setDirectory(directory);
+    m_textFile = std::make_unique<TextFile>(QStringLiteral("Hellschreiber"), 1 << 30, callback);
+    m_textFile->setFileName(QStringLiteral("Hellschreiber_%1%2.txt"));
+    m_textFile->setDirectory(directory);
 }
 
 bool ImageDataModel::processData(QByteArray const& frame)
@@ -152,6 +170,9 @@ void ImageDataModel::finish()
 {
     if (m_picture) {
         writePicture();
+    }
+    if (m_textFile) {
+        m_textFile->closeFile(false);
     }
 }
 
@@ -249,21 +270,50 @@ QImage ImageDataModel::toImage(Picture const& picture) const
 void ImageDataModel::writePicture()
 {
     std::unique_ptr<Picture> const picture = std::move(m_picture);
-    int const height = picture->rows.size();
-    m_counts.missingLines += height - picture->received;
+    m_counts.missingLines += picture->rows.size() - picture->received;
     ++m_counts.pictures;
+    QImage image = toImage(*picture);
+    QString text;
+    QString confidence;
+    if (kindOf(picture->format) == ImageKind::Hellschreiber) {
+        image = asColumns(image);
+        text = readHellschreiber(image, confidence);
+    }
     QString fileName;
     if (m_file) {
         m_file->setFileCode(kindName(kindOf(picture->format)));
         m_file->setFrequency(picture->frequency);
-        if (m_file->writeImage(toImage(*picture), picture->start, picture->stop)) {
+        if (m_file->writeImage(image, picture->start, picture->stop)) {
             fileName = QFileInfo(m_file->lastPath()).fileName();
         }
     }
-    notePicture(*picture, fileName, height);
+    notePicture(*picture, fileName, image.size(), text, confidence);
 }
 
-void ImageDataModel::notePicture(Picture const& picture, QString const& fileName, int height)
+QString ImageDataModel::readHellschreiber(QImage const& columns, QString& confidence)
+{
+    // The reader takes each column bottom first, as it was sent.
+    std::vector<QByteArray> sent(std::size_t(columns.width()), QByteArray(columns.height(), 0));
+    for (int y = 0; y < columns.height(); ++y) {
+        uchar const* row = columns.constScanLine(y);
+        for (int x = 0; x < columns.width(); ++x) {
+            sent[std::size_t(x)][columns.height() - 1 - y] = char(row[x]);
+        }
+    }
+    auto const characters = HellschreiberReader::read(sent);
+    QString const text = HellschreiberReader::text(characters);
+    confidence = HellschreiberReader::confidenceDigits(characters);
+    if (m_textFile) {
+        if (QTextStream* const stream = m_textFile->getTextStream()) {
+            *stream << text << '\n';
+            m_textFile->addFileSize(text.size() + 1);
+        }
+    }
+    return text;
+}
+
+void ImageDataModel::notePicture(Picture const& picture, QString const& fileName, QSize size,
+                                 QString const& text, QString const& confidence)
 {
     Transmission* transmission = getCurrentTransmission();
     if (transmission == nullptr) {
@@ -273,12 +323,17 @@ void ImageDataModel::notePicture(Picture const& picture, QString const& fileName
     auto* info = new NerikResultDataXml::Info(picture.start);
     info->SetItem(QStringLiteral("Picture"), fileName);
     info->SetItem(QStringLiteral("Kind"), kindName(kindOf(picture.format)));
-    info->SetItem(QStringLiteral("Width"), QString::number(picture.width));
-    info->SetItem(QStringLiteral("Height"), QString::number(height));
-    info->SetItem(QStringLiteral("MissingLines"), QString::number(height - picture.received));
+    info->SetItem(QStringLiteral("Width"), QString::number(size.width()));
+    info->SetItem(QStringLiteral("Height"), QString::number(size.height()));
+    info->SetItem(QStringLiteral("MissingLines"),
+                  QString::number(picture.rows.size() - picture.received));
     info->SetItem(QStringLiteral("RepeatedLines"), QString::number(picture.repeated));
+    if (kindOf(picture.format) == ImageKind::Hellschreiber) {
+        info->SetItem(QStringLiteral("Text"), text);
+        info->SetItem(QStringLiteral("Confidence"), confidence);
+    }
     transmission->AddInfo(info);
-    getEstimateDataSize() += 256;
+    getEstimateDataSize() += 256 + 2 * text.size();
 }
 
 } // namespace zelkodatastreamconverter

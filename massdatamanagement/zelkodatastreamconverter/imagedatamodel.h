@@ -5,6 +5,7 @@
 #include <QVector>
 #include <massdatamanagement/zelkodatastreamconverter/imagefile.h>
 #include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
+#include <massdatamanagement/zelkodatastreamconverter/textfile.h>
 #include <memory>
 
 namespace zelkodatastreamconverter {
@@ -26,9 +27,16 @@ class FileInfoCallback;
 /// Pixels become 8-bit grey (1 and 8 bits per pixel), 16-bit grey, or RGB (colour, 16 bits as
 /// RGB 5-6-5, 24 bits as bytes), as QImage holds them; the PNG keeps that depth.
 ///
+/// Hellschreiber pictures arrive as glyph columns, one line a column, bottom pixel first: their
+/// PNG shows the columns side by side as the tape does (one picture pixel row per line pixel,
+/// bottom up), and HellschreiberReader reads their text, which goes to a text file
+/// ("Hellschreiber_<yyyyMMdd_hhmmss>.txt", file code "Hellschreiber", one line a picture) and
+/// into the picture's Info record. The picture is written whatever the reader made of it.
+///
 /// Each written picture adds an Info record to the current transmission at the picture's start
 /// time, items "Picture" (the PNG's file name), "Kind", "Width", "Height", "MissingLines" and
-/// "RepeatedLines"; the transmission spans the pictures.
+/// "RepeatedLines", and for Hellschreiber "Text" and "Confidence" (one digit 0 to 9 a
+/// character, 9 the surest); the transmission spans the pictures.
 ///
 /// Messages (module "imagedatamodel", warning bit):
 ///   "processData: damaged image line (%1)"   a line whose header or pixels cannot be right,
@@ -83,10 +91,14 @@ private:
     void addLine(Line const& line);
     void writePicture();
     QImage toImage(Picture const& picture) const;
-    void notePicture(Picture const& picture, QString const& fileName, int height);
+    /// The text of a Hellschreiber picture, written to the text file; its confidence digits.
+    QString readHellschreiber(QImage const& columns, QString& confidence);
+    void notePicture(Picture const& picture, QString const& fileName, QSize size,
+                     QString const& text, QString const& confidence);
 
     std::unique_ptr<Picture> m_picture;
     std::unique_ptr<ImageFile> m_file;
+    std::unique_ptr<TextFile> m_textFile;
     Counts m_counts;
 };
 
