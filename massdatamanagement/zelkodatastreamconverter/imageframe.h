@@ -61,8 +61,9 @@ enum Value : int
 
 constexpr int ImageLineHeaderBytes = ImageLineWord::Pixels * 4;
 constexpr quint32 ImageColourFlag = 0x100u;
-/// The widest line a model takes; wider lines are refused (a fax line has 1810 pixels).
-constexpr quint32 MaxImageWidth = 16384;
+/// The widest line a model takes; wider lines are refused as damaged. A fax line has 1810
+/// pixels, an APT line 2080; the bound keeps a picture in memory below 8192 x 4096 pixels.
+constexpr quint32 MaxImageWidth = 8192;
 
 constexpr quint32 imageFormatWord(quint32 bitsPerPixel, bool colour, quint32 kind)
 {

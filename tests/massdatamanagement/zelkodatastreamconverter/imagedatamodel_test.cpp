@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(
                               "36 bytes, a line header has 40"},
                     DamageRow{"width_zero", frameOf(line(0, 1, 0)), "width 0"},
                     DamageRow{"width_one_past_the_maximum", frameOf(line(0, 1, MaxImageWidth + 1)),
-                              "width 16385"},
+                              "width 8193"},
                     DamageRow{"depth_of_two_bits", frameOf(withDepth(2)), "2 bits per pixel"},
                     DamageRow{"pixels_short", frameOf(withDepth(16)),
                               "4 pixel bytes for 4 pixels in 4 bytes"},
