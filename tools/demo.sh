@@ -66,3 +66,11 @@ echo
 if command -v xmllint >/dev/null; then
     xmllint --noout --schema schemas/audiosession.xsd "$out/audio/audio-tone-bursts.session.xml"
 fi
+echo
+echo "== Images: a weather-fax chart (four lines lost, one received twice) and a Feld-Hell call"
+"$zelko" convert --trace 0 --quiet -o "$out/images" data/samples/weatherfax-chart.zdr \
+    data/samples/feldhell-call.zdr | awk '{print $1, $3, $NF}'
+grep -h -e '<Item name="\(Kind\|Width\|Height\|MissingLines\|RepeatedLines\|Text\)"' \
+    "$out"/images/*.xml | sed -e 's/^ *//'
+echo "-- the Hellschreiber text"
+cat "$out"/images/Hellschreiber_*.txt

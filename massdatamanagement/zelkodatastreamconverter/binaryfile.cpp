@@ -4,12 +4,14 @@
 #include "fileinfocallback.h"
 #include "moduletrace.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QLockFile>
+#include <atomic>
 #include <cerrno>
-#include <unistd.h>
 #include <reportkit/binary.h>
 #include <reportkit/rgexception.h>
+#include <unistd.h>
 
 namespace zelkodatastreamconverter {
 
@@ -225,6 +227,19 @@ void BinaryFile::closeFile(bool keepForReopen)
         m_file.reset();
     }
     m_currentSize = 0;
+}
+
+QString BinaryFile::stagedFilePath(QDir const& directory)
+{
+    static std::atomic<unsigned> counter{0};
+    return directory.absoluteFilePath(QStringLiteral(".zelko-%1-%2.part")
+                                          .arg(QCoreApplication::applicationPid())
+                                          .arg(counter.fetch_add(1)));
+}
+
+bool BinaryFile::flushToDisk(QFile& file)
+{
+    return file.flush() && ::fdatasync(file.handle()) == 0;
 }
 
 void BinaryFile::fillRecord(REPORTKIT::FileRecord& record, bool complete) const

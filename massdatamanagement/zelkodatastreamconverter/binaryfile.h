@@ -99,12 +99,19 @@ protected:
     bool createFileFrom(QString const& stagedPath);
     /// Opens write-only, truncating, unbuffered.
     virtual bool openFile(QFile* file);
+    /// A hidden name in directory for a file staged before createFileFrom() or a rename,
+    /// unique per process and call so that concurrent writers never share one:
+    /// ".zelko-<pid>-<n>.part".
+    static QString stagedFilePath(QDir const& directory);
+    /// Flushes and syncs the file's data: before a rename makes it a result, the data must be
+    /// on the disk, or after a power failure the name would point at an empty file.
+    static bool flushToDisk(QFile& file);
     /// Sends the REPORTKIT::Binary record of the current file to the callback.
     virtual void sendFileInfo(bool complete);
 
     /// Fills the fields every produced-file record shares: validation off, URL, start time,
     /// stop time (now when complete, else null), detail frequency and code.
-    void fillRecord(REPORTKIT::FileRecord& record, bool complete) const;
+    virtual void fillRecord(REPORTKIT::FileRecord& record, bool complete) const;
     /// Fills record, hands it to the callback and traces what the report library throws
     /// ("sendFileInfo: ..." through moduleTrace). announce adds the informational trace of the
     /// record. Returns whether the record was delivered.

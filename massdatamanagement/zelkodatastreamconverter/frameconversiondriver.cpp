@@ -38,6 +38,9 @@ REPORTKIT::Results FrameConversionDriver::run(NerikResultModel& model, Steps con
     if (steps.prepareModel) {
         steps.prepareModel();
     }
+    if (steps.prepareOutputs) {
+        steps.prepareOutputs(fileInfoList, outputDirectory);
+    }
     model.setParameter(settings);
 
     qint64 const total = reader.getFile().size();
@@ -65,6 +68,9 @@ REPORTKIT::Results FrameConversionDriver::run(NerikResultModel& model, Steps con
         progress(total, total);
     }
 
+    if (steps.finishModel) {
+        steps.finishModel();
+    }
     std::unique_ptr<Transmission> transmission(model.takeCurrentTransmission());
     if (!steps.recordFrame) {
         recorder.setCurrentTransmission(transmission.release());

@@ -11,6 +11,7 @@ class Settings;
 
 namespace zelkodatastreamconverter {
 
+class FileInfoCallback;
 class NerikResultModel;
 class RecorderModel;
 
@@ -34,6 +35,12 @@ public:
     {
         /// Kind-specific preparation of the model before it receives the settings.
         std::function<void()> prepareModel;
+        /// Optional: for models that write files of their own beside the result document
+        /// (pictures): the callback that lists the conversion's files, and the directory.
+        std::function<void(FileInfoCallback& files, QString const& outputDirectory)> prepareOutputs;
+        /// Optional: after the last frame, before the model's transmission goes to the
+        /// recorder (a model completes what it still holds).
+        std::function<void()> finishModel;
         /// Optional: set-up of the recorder after it received the settings (file code, ...).
         std::function<void(RecorderModel&)> prepareRecorder;
         /// One frame to the model; false rejects it and ends the conversion.

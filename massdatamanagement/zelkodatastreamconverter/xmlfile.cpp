@@ -3,13 +3,10 @@
 #include "clock.h"
 #include "moduletrace.h"
 
-#include <QCoreApplication>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <reportkit/text.h>
-#include <unistd.h>
 
 namespace zelkodatastreamconverter {
 
@@ -19,22 +16,6 @@ ModuleTrace const& trace()
 {
     static ModuleTrace const instance(QStringLiteral("xmlfile"));
     return instance;
-}
-
-// Hidden, and unique per process and call, so that concurrent writers never share one.
-QString stagedFilePath(QDir const& directory)
-{
-    static std::atomic<unsigned> counter{0};
-    return directory.absoluteFilePath(QStringLiteral(".zelko-%1-%2.part")
-                                          .arg(QCoreApplication::applicationPid())
-                                          .arg(counter.fetch_add(1)));
-}
-
-// The data must be on the disk before the rename makes it the document: after a power
-// failure the name would otherwise point at an empty file.
-bool flushToDisk(QFile& file)
-{
-    return file.flush() && ::fdatasync(file.handle()) == 0;
 }
 
 } // namespace
@@ -70,10 +51,10 @@ bool XmlFile::writeDocument(std::function<bool(QFile&)> const& write)
             placed = std::rename(QFile::encodeName(stagedPath).constData(),
                                  QFile::encodeName(current->fileName()).constData()) == 0;
             if (!placed) {
-                trace().warning(QStringLiteral("writeDocument: cannot replace %1: %2")
-                                    .arg(current->fileName(), QString::fromLocal8Bit(
-                                                                   std::strerror(errno))),
-                                __LINE__);
+                trace().warning(
+                    QStringLiteral("writeDocument: cannot replace %1: %2")
+                        .arg(current->fileName(), QString::fromLocal8Bit(std::strerror(errno))),
+                    __LINE__);
             }
         } else {
             placed = createFileFrom(stagedPath);

@@ -2,6 +2,7 @@
 // running it again must reproduce the checked-in files byte for byte.
 
 #include "aissamples.h"
+#include "imagesamples.h"
 #include "transmissionsystemsamples.h"
 
 #include <QCoreApplication>
@@ -293,5 +294,8 @@ int main(int argc, char* argv[])
         ok = writeSample(directory, sample.fileName, sample.write) && ok;
     }
     ok = zelkosamples::writeAisSamples(directory) && ok;
+    for (zelkosamples::TransmissionSystemSample const& sample : zelkosamples::imageSamples()) {
+        ok = writeSample(directory, sample.fileName, sample.write) && ok;
+    }
     return ok ? 0 : 1;
 }

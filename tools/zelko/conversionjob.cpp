@@ -23,6 +23,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/audiodataconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <massdatamanagement/zelkodatastreamconverter/imagedataconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <memory>
@@ -47,35 +48,26 @@ namespace {
 using ConverterFactory = std::function<std::unique_ptr<IDataStreamConverter>(
     std::function<void(qint64, qint64)> progress)>;
 
+template <typename Converter>
+ConverterFactory factory()
+{
+    return [](std::function<void(qint64, qint64)> progress) {
+        auto converter = std::make_unique<Converter>();
+        converter->setProgressCallback(std::move(progress));
+        return std::unique_ptr<IDataStreamConverter>(std::move(converter));
+    };
+}
+
 // The converter of each kind of recording; kinds without an entry are not converted yet.
 std::map<QString, ConverterFactory> const& converterFactories()
 {
+    using namespace zelkodatastreamconverter;
     static std::map<QString, ConverterFactory> const factories = {
-        {QStringLiteral("text"),
-         [](std::function<void(qint64, qint64)> progress) {
-             auto converter = std::make_unique<zelkodatastreamconverter::DecodedTextConverter>();
-             converter->setProgressCallback(std::move(progress));
-             return std::unique_ptr<IDataStreamConverter>(std::move(converter));
-         }},
-        {QStringLiteral("ts"),
-         [](std::function<void(qint64, qint64)> progress) {
-             auto converter =
-                 std::make_unique<zelkodatastreamconverter::TransmissionSystemConverter>();
-             converter->setProgressCallback(std::move(progress));
-             return std::unique_ptr<IDataStreamConverter>(std::move(converter));
-         }},
-        {QStringLiteral("ais"),
-         [](std::function<void(qint64, qint64)> progress) {
-             auto converter = std::make_unique<zelkodatastreamconverter::AISStationConverter>();
-             converter->setProgressCallback(std::move(progress));
-             return std::unique_ptr<IDataStreamConverter>(std::move(converter));
-         }},
-        {QStringLiteral("audio"),
-         [](std::function<void(qint64, qint64)> progress) {
-             auto converter = std::make_unique<zelkodatastreamconverter::AudioDataConverter>();
-             converter->setProgressCallback(std::move(progress));
-             return std::unique_ptr<IDataStreamConverter>(std::move(converter));
-         }},
+        {QStringLiteral("text"), factory<DecodedTextConverter>()},
+        {QStringLiteral("ts"), factory<TransmissionSystemConverter>()},
+        {QStringLiteral("ais"), factory<AISStationConverter>()},
+        {QStringLiteral("audio"), factory<AudioDataConverter>()},
+        {QStringLiteral("image"), factory<ImageDataConverter>()},
     };
     return factories;
 }
