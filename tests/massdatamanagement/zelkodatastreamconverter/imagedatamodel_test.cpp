@@ -2,6 +2,7 @@
 // lines, and the samples converted end to end against their golden documents.
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QTemporaryDir>
@@ -261,5 +262,40 @@ INSTANTIATE_TEST_SUITE_P(Samples, ImageSamples,
                          [](auto const& info) {
                              return QString::fromLatin1(info.param).replace('-', '_').toStdString();
                          });
+
+} // namespace
+
+namespace {
+
+// A recording in the other byte order gives the same picture: its pixel words are swapped
+// with the rest and come back in order.
+TEST(ImageDataConverter, BothByteOrdersGiveTheSamePicture)
+{
+    QTemporaryDir dir;
+    QImage pictures[2];
+    for (auto order : {zelkorecording::ByteOrder::Host, zelkorecording::ByteOrder::Swapped}) {
+        QString const path = dir.filePath(QStringLiteral("lines.zdr"));
+        {
+            QFile file(path);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            zelkorecording::RecordingWriter writer(&file);
+            for (quint32 index = 0; index < 3; ++index) {
+                ImageLine l = line(index, 1, 5);
+                l.pixels = QByteArray("\x01\x02\x03\x04\x05", 5);
+                writer.writeFrame(FrameType::Image, zelkorecording::imageLinePayload(l), order);
+            }
+        }
+        QTemporaryDir out;
+        JobSpec::Settings settings;
+        settings.SetValidate(false);
+        auto const results = ImageDataConverter().convertFile(path, out.path(), settings, 0);
+        ASSERT_EQ(results.GetPicture().size(), 1u);
+        pictures[order == zelkorecording::ByteOrder::Swapped] =
+            QImage(results.GetPicture().front().GetURL());
+    }
+    EXPECT_EQ(pictures[0].size(), QSize(5, 3));
+    EXPECT_EQ(pictures[0].pixel(4, 2), qRgb(5, 5, 5));
+    EXPECT_EQ(pictures[0], pictures[1]);
+}
 
 } // namespace
