@@ -168,10 +168,9 @@ public:
             }
             apply(words);
             for (zelkotest::TraceLine const& trace : m_traces.lines()) {
-                m_out << QStringLiteral("  trace %1:%2 %3")
-                             .arg(trace.sourceFile.section('/', -1))
-                             .arg(trace.line)
-                             .arg(QString(trace.message).replace(m_dir.path(), "<dir>"));
+                m_out << QStringLiteral("  trace %1 %2")
+                             .arg(trace.sourceFile.section('/', -1),
+                                  QString(trace.message).replace(m_dir.path(), "<dir>"));
             }
             m_traces.clear();
         }
