@@ -5,7 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
+#include <QMap>
 #include <QTemporaryDir>
 #include <alphabetkit/codechandler.h>
 #include <climits>
@@ -24,6 +24,7 @@
 #include <recordingwriter/recordingwriter.h>
 #include <support/golden.h>
 #include <support/qstringprinter.h>
+#include <support/scenarioscript.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
 #include <thread>
@@ -154,27 +155,15 @@ QStringList described(Transmission const* transmission)
 class Scenario
 {
 public:
-    QString run(QString const& script)
+    QString check(QString const& name)
     {
-        for (QString const& line : script.split('\n')) {
-            if (line.trimmed().isEmpty() || line.startsWith('#')) {
-                continue;
-            }
-            m_out << line;
-            static QRegularExpression const word(R"re((?:[\w-]+=)?"[^"]*"|\S+)re");
-            QStringList words;
-            for (auto it = word.globalMatch(line); it.hasNext();) {
-                words << it.next().captured().remove('"');
-            }
-            apply(words);
-            for (zelkotest::TraceLine const& trace : m_traces.lines()) {
-                m_out << QStringLiteral("  trace %1 %2")
-                             .arg(trace.sourceFile.section('/', -1),
-                                  QString(trace.message).replace(m_dir.path(), "<dir>"));
-            }
-            m_traces.clear();
-        }
-        return m_out.join('\n') + '\n';
+        return zelkotest::checkScenario(
+            "decodedtext/scenarios", name, [this](QStringList const& words) { apply(words); },
+            [this](zelkotest::TraceLine const& trace) {
+                return trace.sourceFile.section('/', -1) + ' ' +
+                       QString(trace.message).replace(m_dir.path(), "<dir>");
+            },
+            m_out);
     }
 
 private:
@@ -353,30 +342,18 @@ private:
     qint64 m_nextMs = 0;
     int m_conversions = 0;
     QStringList m_out;
-    zelkotest::TraceCapture m_traces{0x60};
 };
 
 using DecodedTextScenario = testing::TestWithParam<QString>;
 
 TEST_P(DecodedTextScenario, GivesTheGoldenDump)
 {
-    QString const name = "decodedtext/scenarios/" + GetParam();
-    QString const script = QString::fromUtf8(zelkotest::readFile(DataDir + name + ".scenario"));
-    ASSERT_FALSE(script.isEmpty());
-    EXPECT_EQ(zelkotest::compareWithGolden(Scenario().run(script).toUtf8(), name + ".dump"),
-              QString());
+    EXPECT_EQ(Scenario().check(GetParam()), QString());
 }
 
-QStringList scenarioNames()
-{
-    QStringList names = QDir(DataDir + "decodedtext/scenarios").entryList({"*.scenario"});
-    return names.replaceInStrings(".scenario", "");
-}
-
-INSTANTIATE_TEST_SUITE_P(Scripts, DecodedTextScenario, testing::ValuesIn(scenarioNames()),
-                         [](testing::TestParamInfo<QString> const& info) {
-                             return QString(info.param).replace('-', '_').toStdString();
-                         });
+INSTANTIATE_TEST_SUITE_P(Scripts, DecodedTextScenario,
+                         testing::ValuesIn(zelkotest::scenarioNames("decodedtext/scenarios")),
+                         zelkotest::ScenarioName());
 
 // The samples give the checked-in documents (regenerate with ZELKO_REGENERATE_GOLDEN=1), which
 // carry on every channel the plain text that the sample generator encoded.

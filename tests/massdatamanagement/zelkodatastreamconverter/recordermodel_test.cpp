@@ -26,6 +26,7 @@
 #include <set>
 #include <support/golden.h>
 #include <support/qstringprinter.h>
+#include <support/scenarioscript.h>
 #include <support/schemavalidator.h>
 #include <support/tracecapture.h>
 #include <sys/mount.h>
@@ -40,7 +41,6 @@ using NerikResultDataXml::Transmission;
 namespace {
 
 QDateTime const T0(QDate(2024, 5, 17), QTime(8, 30, 0), Qt::UTC);
-QString const ScenarioDir = QStringLiteral(ZELKO_SOURCE_DIR "/tests/data/recordermodel/");
 
 QString seconds(QDateTime const& time)
 {
@@ -106,40 +106,22 @@ struct Rig : NerikResultCallback
 class Scenario
 {
 public:
-    QString run(QString const& script)
+    QString check(QString const& name)
     {
-        for (QString const& line : script.split('\n')) {
-            if (line.trimmed().isEmpty() || line.startsWith('#')) {
-                continue;
-            }
-            m_out << line;
-            apply(words(line));
-            for (zelkotest::TraceLine const& trace : m_traces.lines()) {
+        return zelkotest::checkScenario(
+            "recordermodel", name, [this](QStringList const& words) { apply(words); },
+            [this](zelkotest::TraceLine const& trace) {
                 // The recorder's trace lines are fixed numbers that hosts rely on; elsewhere
                 // they follow the source and are left out.
                 QString const module = trace.sourceFile.section('/', -1);
-                m_out << QStringLiteral("  trace %1 %2")
-                             .arg(module == "recordermodel"
-                                      ? module + ':' + QString::number(trace.line)
-                                      : module,
-                                  printable(trace.message).replace('\n', "\\n"));
-            }
-            m_traces.clear();
-        }
-        return m_out.join('\n') + '\n';
+                return (module == "recordermodel" ? module + ':' + QString::number(trace.line)
+                                                  : module) +
+                       ' ' + printable(trace.message).replace('\n', "\\n");
+            },
+            m_out);
     }
 
 private:
-    static QStringList words(QString const& line)
-    {
-        static QRegularExpression const word(R"re((?:[\w-]+=)?"[^"]*"|\S+)re");
-        QStringList result;
-        for (auto it = word.globalMatch(line); it.hasNext();) {
-            result << it.next().captured().remove('"');
-        }
-        return result;
-    }
-
     // File names carry the local creation time, the directory is a new one every run.
     QString printable(QString text) const
     {
@@ -419,7 +401,6 @@ private:
 
     QStringList m_out;
     std::unique_ptr<Rig> m_rig = std::make_unique<Rig>(m_out);
-    zelkotest::TraceCapture m_traces{0x60};
     std::set<int> m_mmsis; // the stations named so far, for the dump
 };
 
@@ -427,19 +408,12 @@ using RecorderScenario = testing::TestWithParam<QString>;
 
 TEST_P(RecorderScenario, GivesTheGoldenDump)
 {
-    QString const script = QString::fromUtf8(zelkotest::readFile(ScenarioDir + GetParam()));
-    ASSERT_FALSE(script.isEmpty());
-    QString const dump = Scenario().run(script);
-    QString const golden = "recordermodel/" + QString(GetParam()).replace(".scenario", ".dump");
-    EXPECT_EQ(zelkotest::compareWithGolden(dump.toUtf8(), golden), QString());
+    EXPECT_EQ(Scenario().check(GetParam()), QString());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Scripts, RecorderScenario,
-    testing::ValuesIn(QDir(ScenarioDir).entryList({"*.scenario"}, QDir::Files, QDir::Name)),
-    [](testing::TestParamInfo<QString> const& info) {
-        return info.param.section('.', 0, 0).replace('-', '_').toStdString();
-    });
+INSTANTIATE_TEST_SUITE_P(Scripts, RecorderScenario,
+                         testing::ValuesIn(zelkotest::scenarioNames("recordermodel")),
+                         zelkotest::ScenarioName());
 
 TEST(RecorderClose, FullDiskTracesTheFailedSave)
 {
