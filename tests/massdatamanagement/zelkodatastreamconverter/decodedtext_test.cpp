@@ -369,6 +369,7 @@ using DecodedTextSample = testing::TestWithParam<Sample>;
 TEST_P(DecodedTextSample, GivesTheGoldenDocument)
 {
     Clock::Override const clock(ConversionTime);
+    zelkotest::TraceCapture const capture(0x20);
     QTemporaryDir out;
     QString const name = QString::fromLatin1(GetParam().name);
     REPORTKIT::Results const results = DecodedTextConverter().convertFile(
@@ -381,6 +382,7 @@ TEST_P(DecodedTextSample, GivesTheGoldenDocument)
     QByteArray const xml = zelkotest::readFile(path);
     EXPECT_EQ(zelkotest::compareWithGolden(xml, "decodedtext/" + name + ".xml"), QString());
     EXPECT_EQ(contents(xml), GetParam().texts);
+    EXPECT_TRUE(capture.messages().filter("invalid frame header").isEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(
