@@ -190,8 +190,9 @@ private:
                          .arg(changed)
                          .arg(m_model->getAlphabet());
         } else if (op == "decoder") {
-            m_model->setDecoder(w[1]);
-            m_out << QStringLiteral("  -> decoder %1 alphabet \"%2\"")
+            bool const result = m_model->setDecoder(w[1]);
+            m_out << QStringLiteral("  -> %1 decoder %2 alphabet \"%3\"")
+                         .arg(result)
                          .arg(m_model->getDecoder(), m_model->getAlphabet());
         } else if (op == "alphabets") {
             m_out << "  available " + m_model->getAvailableAlphabets().join(", ");
