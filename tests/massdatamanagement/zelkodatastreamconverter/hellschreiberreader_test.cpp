@@ -93,6 +93,9 @@ TEST(HellConfidence, FallsAsTheCellIsDistorted)
             }
         }
     }
+    // Blank tape is read from its first column on: one cell, a space.
+    EXPECT_EQ(HellschreiberReader::text(HellschreiberReader::read(columnsOf(" "))),
+              QStringLiteral(" "));
     EXPECT_EQ(HellschreiberReader::confidenceDigits(HellschreiberReader::read(columnsOf("E "))),
               QStringLiteral("99"));
 }

@@ -93,6 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
         AssemblyRow{"new_id", {line(0), line(1, 2)}, {"4x1 0/0", "4x2 1/0"}},
         AssemblyRow{"new_width", {line(0), line(1, 1, 8)}, {"4x1 0/0", "8x2 1/0"}},
         AssemblyRow{"gap_of_a_minute_joins", {line(0, 1, 4, 0), line(1, 1, 4, 60)}, {"4x2 0/0"}},
+        AssemblyRow{"a_minute_earlier_joins", {line(0, 1, 4, 60), line(1, 1, 4, 0)}, {"4x2 0/0"}},
         AssemblyRow{"gap_of_a_minute_and_a_second_splits",
                     {line(0, 1, 4, 0), line(1, 1, 4, 61)},
                     {"4x1 0/0", "4x2 1/0"}},
@@ -155,6 +156,32 @@ TEST(ImageDataModel, OtherFrameTypesAreRefused)
     EXPECT_FALSE(model.processData(
         zelkorecording::RecordingWriter::frameBytes(FrameType::DecodedText, QByteArray(40, 0))));
     EXPECT_FALSE(model.processData(QByteArray(10, 0)));
+}
+
+// A line never received stays white between lines of any depth: no row spills into the next.
+TEST(ImageDataModel, MissingLinesStayWhiteAtEveryDepth)
+{
+    for (auto const& [bits, colour] : std::vector<std::pair<quint32, bool>>{
+             {1, false}, {8, false}, {16, false}, {16, true}, {24, true}, {24, false}}) {
+        QTemporaryDir dir;
+        FileInfoList files;
+        ImageDataModel model;
+        model.setOutput(dir.path(), &files);
+        for (quint32 index : {0u, 2u}) {
+            ImageLine l = line(index, 1, 8);
+            l.bitsPerPixel = bits;
+            l.colour = colour;
+            l.pixels = QByteArray(int(imageLineBytes(8, bits)), '\0');
+            ASSERT_TRUE(model.processData(frameOf(l)));
+        }
+        model.finish();
+        ASSERT_EQ(files.getResults().GetPicture().size(), 1u);
+        QImage const image(files.getResults().GetPicture().front().GetURL());
+        for (int x = 0; x < 8; ++x) {
+            EXPECT_EQ(image.pixel(x, 1), qRgb(255, 255, 255)) << bits << colour << " x " << x;
+            EXPECT_EQ(image.pixel(x, 0), qRgb(0, 0, 0)) << bits << colour << " x " << x;
+        }
+    }
 }
 
 // Each depth and colour read back from its PNG, pixel by pixel.
