@@ -1,11 +1,17 @@
 #include "sampledocument.h"
 
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 #include <gtest/gtest.h>
+#include <nerikresultdataxml/info.h>
 #include <nerikresultdataxml/nerikresultdata.h>
+#include <nerikresultdataxml/transmission.h>
+#include <nerikresultdataxml/userdata.h>
 #include <nerikresultdataxml/xmltext.h>
+#include <support/qstringprinter.h>
 #include <support/rowname.h>
+#include <support/textrows.h>
 
 using namespace NerikResultDataXml;
 
@@ -240,3 +246,37 @@ TEST(ResultParts, EachRoundTripsOnItsOwn)
     PDUDataBlock pdu;
     EXPECT_TRUE(roundTrips(pdu));
 }
+
+namespace {
+
+// Each element read on its own, as a host that keeps parts of documents reads them: a refused
+// text answers false with the exact message.
+template <typename Element>
+QString refusal(QString const& xml)
+{
+    QXmlStreamReader reader(xml);
+    reader.readNextStartElement();
+    Element element;
+    QString error;
+    bool const read = element.ReadXml(reader, error);
+    return read ? QStringLiteral("(read)") : error;
+}
+
+using RefusedElement = testing::TestWithParam<zelkotest::TextRow>;
+
+TEST_P(RefusedElement, AnswersFalseWithItsMessage)
+{
+    QString const& xml = GetParam().input;
+    QString const root = xml.mid(1, xml.indexOf(QRegularExpression(QStringLiteral("[ />]"))) - 1);
+    QString const got = root == QLatin1String("Info")           ? refusal<Info>(xml)
+                        : root == QLatin1String("Transmission") ? refusal<Transmission>(xml)
+                                                                : refusal<UserData>(xml);
+    EXPECT_EQ(got, GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, RefusedElement,
+                         testing::ValuesIn(zelkotest::readTextRows(
+                             QStringLiteral("nerikresultdataxml/element-refused.rows"))),
+                         zelkotest::TextRowName());
+
+} // namespace
