@@ -138,7 +138,9 @@ ImageLine withDepth(quint32 bits)
 
 INSTANTIATE_TEST_SUITE_P(
     Frames, DamagedLine,
-    testing::Values(DamageRow{"header_cut", frameOf(line(0)).left(FrameHeaderSize + 36),
+    testing::Values(DamageRow{"header_only", frameOf(line(0)).left(FrameHeaderSize),
+                              "0 bytes, a line header has 40"},
+                    DamageRow{"header_cut", frameOf(line(0)).left(FrameHeaderSize + 36),
                               "36 bytes, a line header has 40"},
                     DamageRow{"width_zero", frameOf(line(0, 1, 0)), "width 0"},
                     DamageRow{"width_one_past_the_maximum", frameOf(line(0, 1, MaxImageWidth + 1)),
