@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <nerikresultdataxml/info.h>
 #include <nerikresultdataxml/nerikresultdata.h>
+#include <nerikresultdataxml/payload.h>
+#include <nerikresultdataxml/pdudatablock.h>
 #include <nerikresultdataxml/transmission.h>
 #include <nerikresultdataxml/userdata.h>
 #include <nerikresultdataxml/xmltext.h>
@@ -249,8 +251,8 @@ TEST(ResultParts, EachRoundTripsOnItsOwn)
 
 namespace {
 
-// Each element read on its own, as a host that keeps parts of documents reads them: a refused
-// text answers false with the exact message.
+// Each element read on its own (Info, Transmission, Payload, PDUDataBlock, UserData), as a host
+// that keeps parts of documents reads them: a refused text answers false with the exact message.
 template <typename Element>
 QString refusal(QString const& xml)
 {
@@ -270,6 +272,8 @@ TEST_P(RefusedElement, AnswersFalseWithItsMessage)
     QString const root = xml.mid(1, xml.indexOf(QRegularExpression(QStringLiteral("[ />]"))) - 1);
     QString const got = root == QLatin1String("Info")           ? refusal<Info>(xml)
                         : root == QLatin1String("Transmission") ? refusal<Transmission>(xml)
+                        : root == QLatin1String("Payload")      ? refusal<Payload>(xml)
+                        : root == QLatin1String("PDUDataBlock") ? refusal<PDUDataBlock>(xml)
                                                                 : refusal<UserData>(xml);
     EXPECT_EQ(got, GetParam().expected);
 }
