@@ -93,6 +93,11 @@ TEST(HellConfidence, FallsAsTheCellIsDistorted)
             }
         }
     }
+    // Ink is darker than the middle level: 128 is paper, 127 ink.
+    for (int level : {128, 127}) {
+        std::vector<QByteArray> const tape(7, QByteArray(14, char(level)));
+        EXPECT_EQ(HellschreiberReader::text(HellschreiberReader::read(tape)) == " ", level == 128);
+    }
     // Blank tape is read from its first column on: one cell, a space.
     EXPECT_EQ(HellschreiberReader::text(HellschreiberReader::read(columnsOf(" "))),
               QStringLiteral(" "));
