@@ -107,7 +107,9 @@ void writeFeldHell(RecordingWriter& out)
             line.kind = ImageKind::Hellschreiber;
             line.milliLinesPerSecond = 17500;
             line.pixels = levels;
-            out.writeFrame(FrameType::Image, zelkorecording::imageLinePayload(line));
+            // The other byte order: pixel words are swapped with the rest and come back.
+            out.writeFrame(FrameType::Image, zelkorecording::imageLinePayload(line),
+                           zelkorecording::ByteOrder::Swapped);
         }
     }
 }
