@@ -1,381 +1,385 @@
+// The burst emission list converter driven by scripts: each tests/data/burstemissionlist/
+// <name>.scenario feeds frames and asks questions, one operation a line; the driver echoes each
+// line with what the converter answered, ends with everything it holds, and compares the whole
+// with <name>.dump beside the script. The operations:
+//
+//   frame radio=9 start=1000 dur=5 [stride= ext= levels=N first=-100 b=t/len/offset/bw/level
+//         word=k:value cut=bytes slack=bytes]   one frame; levels=N gives N records of
+//                                               falling level, b= one record each
+//   frames n=20 step=1000 cycle=1,2,3 <frame>   frame i starts at i·step with cycle[i] records
+//   every-cut <frame>                            every cut of the frame, which ones are taken
+//   hopper radio= spacing= channels= bursts= jitter= frames=   generated frames of one radio
+//   max-segments N | binning abs|rel V | segmentation abs|rel V | estimation R F
+//   sampling span count lower upper | seed N
+//   available radio= t= | erase radio= | set radio= | sample radio= | state
+//   dump frames|bursts|text|ftw|grid FILE | show FILE | parse frames|bursts FILE
+//   cut-parse frames|bursts FILE | damage FILE offset hex | restart
+
+#include "burstcalculations.h"
+
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTextStream>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <limits>
+#include <map>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
 #include <recordingwriter/hoppergenerator.h>
-#include <set>
 #include <support/allocationcounter.h>
 #include <support/golden.h>
-#include <support/rowname.h>
+#include <support/qstringprinter.h>
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
-using zelkodatastreamconverter::SwappedFrameMagic;
-namespace FrameType = zelkodatastreamconverter::FrameType;
 using zelkorecording::BurstListFrame;
 using zelkorecording::BurstRecord;
 
 namespace {
 
-using Result = std::tuple<bool, unsigned, FrequencyTimeWindow>;
-Result const Ignored{false, 0u, FrequencyTimeWindow()};
-
-BurstListFrame frame(unsigned radioID, quint64 startTime, quint32 duration,
-                     std::vector<BurstRecord> records)
+QString number(double value)
 {
-    BurstListFrame f;
-    f.radioID = radioID;
-    f.startTime = startTime;
-    f.duration = duration;
-    f.centreFrequency = 100000000;
-    f.bandwidth = 25;
-    f.records = std::move(records);
-    return f;
+    return QString::number(value, 'g', 15);
 }
 
-std::vector<BurstRecord> levels(int count, float firstLevel = -100.f)
+QString describe(FrequencyTimeWindow const& w)
 {
-    std::vector<BurstRecord> records;
-    for (int i = 0; i < count; ++i) {
-        // Levels descending with i, so level order differs from record order.
-        records.push_back({quint32(i), 1, qint32(i * 1000), 500, firstLevel - float(i)});
+    return QStringLiteral("%1..%2 Hz, %3..%4")
+        .arg(number(w.startFrequency), number(w.stopFrequency))
+        .arg(w.startTime)
+        .arg(w.stopTime);
+}
+
+QString describe(BurstData const& b)
+{
+    return QStringLiteral("%1 Hz bw %2 t %3 len %4 %5 dBm")
+        .arg(number(b.frequency), number(b.bandwidth))
+        .arg(b.time)
+        .arg(b.length)
+        .arg(number(double(b.level_dBm)));
+}
+
+class ScenarioDriver
+{
+public:
+    QString run(QString const& script)
+    {
+        for (QString const& line : script.split(QLatin1Char('\n'))) {
+            if (line.trimmed().isEmpty() || line.startsWith(QLatin1Char('#'))) {
+                continue;
+            }
+            m_out << line << '\n';
+            apply(line);
+        }
+        m_out << "state\n";
+        state();
+        return m_text;
     }
-    return records;
-}
 
-/// One radio hopping over a single evenly spaced segment at 30 MHz.
-zelkorecording::HopperScenario scenario(double spacing, unsigned channels, unsigned burstsPerFrame,
-                                        double jitterHz = 0)
-{
-    zelkorecording::HopperRadio radio;
-    radio.segments = {{30e6, spacing, channels, {}}};
-    radio.jitterHz = jitterHz;
-    radio.bandwidthHz = 10000;
-    zelkorecording::HopperScenario result;
-    result.radios = {radio};
-    result.burstsPerFrame = burstsPerFrame;
-    return result;
-}
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<BurstEmissionListConverter> m_converter =
+        std::make_unique<BurstEmissionListConverter>();
+    std::vector<QByteArray> m_fed;
+    QString m_text;
+    QTextStream m_out{&m_text};
 
-void writeAll(QString const& path, QByteArray const& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
+    static QString value(QStringList const& args, QString const& key, QString const& fallback = {})
+    {
+        for (QString const& arg : args) {
+            if (arg.startsWith(key + QLatin1Char('='))) {
+                return arg.mid(key.size() + 1);
+            }
+        }
+        return fallback;
+    }
+    static double real(QStringList const& args, QString const& key, double fallback = 0)
+    {
+        QString const text = value(args, key);
+        return text.isEmpty() ? fallback : text.toDouble();
+    }
+    QString path(QString const& name) const { return m_dir.filePath(name); }
 
-void setWord(QByteArray& bytes, int word, quint32 value)
+    static QByteArray frameBytes(QStringList const& args, int levelCount = -1)
+    {
+        BurstListFrame f;
+        f.radioID = quint32(real(args, "radio"));
+        f.startTime = quint64(real(args, "start"));
+        f.duration = quint32(real(args, "dur", 1));
+        f.centreFrequency = 100000000;
+        f.bandwidth = 25;
+        f.strideWords = quint32(real(args, "stride", 6));
+        f.headerExtensionWords = quint32(real(args, "ext", 9));
+        levelCount = levelCount < 0 ? int(real(args, "levels")) : levelCount;
+        for (int i = 0; i < levelCount; ++i) {
+            // Levels fall with the index, so level order differs from record order.
+            float const level = float(real(args, "first", -100)) - float(i);
+            f.records.push_back({quint32(i), 1, qint32(i * 1000), 500, level});
+        }
+        for (QString const& arg : args) {
+            QStringList const v =
+                arg.mid(arg.indexOf(QLatin1Char('=')) + 1).split(QLatin1Char('/'));
+            if (arg.startsWith(QLatin1String("b="))) {
+                f.records.push_back(
+                    {v[0].toUInt(), v[1].toUInt(), v[2].toInt(), v[3].toUInt(), v[4].toFloat()});
+            }
+        }
+        QByteArray bytes = f.frameBytes();
+        for (QString const& arg : args) {
+            if (arg.startsWith(QLatin1String("word="))) {
+                QStringList const v = arg.mid(5).split(QLatin1Char(':'));
+                quint32 const word = v[1].toUInt(nullptr, 0);
+                std::memcpy(bytes.data() + 4 * v[0].toInt(), &word, 4);
+            }
+        }
+        bytes += QByteArray(int(real(args, "slack")), '\0');
+        return value(args, "cut").isEmpty() ? bytes : bytes.left(value(args, "cut").toInt());
+    }
+
+    void feed(QByteArray const& bytes, bool echo)
+    {
+        m_fed.push_back(bytes);
+        auto const [taken, radio, window] = m_converter->processFrame(bytes);
+        if (echo && !taken && radio == 0 && window == FrequencyTimeWindow()) {
+            m_out << "  -> ignored\n";
+        } else if (echo) {
+            m_out << "  -> " << (taken ? "radio " : "NOT TAKEN radio ") << radio << ", "
+                  << describe(window) << '\n';
+        }
+    }
+
+    static eThresholdMode mode(QString const& word)
+    {
+        return word == QLatin1String("abs") ? eAbsolute : eRelative;
+    }
+
+    void apply(QString const& line)
+    {
+        QStringList const args = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        QString const op = args[0];
+        unsigned const radio = unsigned(real(args, "radio"));
+        if (op == QLatin1String("frame")) {
+            feed(frameBytes(args), true);
+        } else if (op == QLatin1String("frames")) {
+            QStringList const cycle = value(args, "cycle", "1").split(QLatin1Char(','));
+            for (int i = 0; i < int(real(args, "n")); ++i) {
+                QStringList shifted = args;
+                shifted << QStringLiteral("start=%1").arg(quint64(i) * quint64(real(args, "step")));
+                feed(frameBytes(shifted, cycle[i % cycle.size()].toInt()), false);
+            }
+        } else if (op == QLatin1String("every-cut")) {
+            QByteArray const whole = frameBytes(args);
+            QStringList taken;
+            for (int cut = 0; cut < whole.size(); ++cut) {
+                BurstEmissionListConverter fresh;
+                if (std::get<0>(fresh.processFrame(whole.left(cut)))) {
+                    taken << QString::number(cut);
+                }
+            }
+            m_out << "  -> " << whole.size() << " bytes, cuts taken: "
+                  << (taken.isEmpty() ? QStringLiteral("none") : taken.join(' ')) << '\n';
+        } else if (op == QLatin1String("hopper")) {
+            zelkorecording::HopperRadio hopper;
+            hopper.radioID = radio;
+            hopper.segments = {{30e6, real(args, "spacing"), unsigned(real(args, "channels")), {}}};
+            hopper.jitterHz = real(args, "jitter");
+            hopper.bandwidthHz = 10000;
+            zelkorecording::HopperScenario scenario;
+            scenario.radios = {hopper};
+            scenario.burstsPerFrame = quint32(real(args, "bursts"));
+            zelkorecording::HopperGenerator generator(scenario);
+            for (int i = 0; i < int(real(args, "frames")); ++i) {
+                feed(generator.nextFrame().frameBytes(), false);
+            }
+        } else if (op == QLatin1String("max-segments")) {
+            m_converter->setMaxSegmentsPerRadioID((unsigned short)args[1].toUInt());
+        } else if (op == QLatin1String("binning")) {
+            m_converter->setBinningTolerance(mode(args[1]), args[2].toDouble());
+        } else if (op == QLatin1String("segmentation")) {
+            m_converter->setSegmentationParameters(mode(args[1]), args[2].toDouble());
+        } else if (op == QLatin1String("estimation")) {
+            m_converter->setEstimationParameters(args[1].toDouble(), args[2].toDouble());
+        } else if (op == QLatin1String("sampling")) {
+            m_converter->setSamplingParameters(args[1].toULongLong(), args[2].toUInt(),
+                                               args[3].toFloat(), args[4].toFloat());
+        } else if (op == QLatin1String("seed")) {
+            m_converter->seedRandomEngine(args[1].toUInt());
+        } else if (op == QLatin1String("available")) {
+            bool const available =
+                m_converter->dataAvailableForTime(radio, quint64(real(args, "t")));
+            m_out << "  -> " << (available ? "yes" : "no") << '\n';
+        } else if (op == QLatin1String("erase")) {
+            m_converter->eraseDataForRadioID(radio);
+        } else if (op == QLatin1String("set")) {
+            frequencySet(radio);
+        } else if (op == QLatin1String("sample")) {
+            auto const windows = m_converter->drawRandomSampleFTWsForRadioID(radio);
+            m_out << "  -> " << windows.size() << " windows\n";
+            for (auto const& window : windows) {
+                m_out << "     " << describe(window) << '\n';
+            }
+        } else if (op == QLatin1String("state")) {
+            state();
+        } else if (op == QLatin1String("dump")) {
+            dump(args[1], path(args[2]));
+        } else if (op == QLatin1String("show")) {
+            m_out << zelkotest::readFile(path(args[1])) << "  -> (end of " << args[1] << ")\n";
+        } else if (op == QLatin1String("parse")) {
+            parse(args[1], path(args[2]));
+        } else if (op == QLatin1String("cut-parse")) {
+            cutParse(args[1], path(args[2]));
+        } else if (op == QLatin1String("damage")) {
+            QByteArray bytes = zelkotest::readFile(path(args[1]));
+            QByteArray const patch = QByteArray::fromHex(args[3].toLatin1());
+            bytes.replace(args[2].toInt(), patch.size(), patch);
+            write(path(args[1]), bytes);
+        } else if (op == QLatin1String("restart")) {
+            m_converter = std::make_unique<BurstEmissionListConverter>();
+        } else {
+            QString const answer = calculate(line);
+            m_out << "  -> " << (answer.isEmpty() ? QStringLiteral("UNKNOWN OPERATION") : answer)
+                  << '\n';
+        }
+    }
+
+    void frequencySet(unsigned radio)
+    {
+        auto const [set, meanBandwidth] = m_converter->getFrequencySetForRadioID(radio);
+        m_out << "  -> mean bandwidth " << number(meanBandwidth) << ", " << set.frequencies.size()
+              << " frequencies:";
+        if (set.frequencies.size() <= 40) { // far more means nothing was merged
+            for (double frequency : set.frequencies) {
+                m_out << ' ' << number(frequency);
+            }
+            m_out << "\n     " << set.toString();
+        }
+        m_out << '\n';
+        for (auto const& s : set.gridEstimation.segments) {
+            m_out << "     grid " << number(s.startFrequency) << " + k * "
+                  << number(s.channelSpacing) << ", " << s.channelCount << " channels, "
+                  << s.occupiedChannelCount << " occupied, deviation "
+                  << number(s.squaredDeviationSum) << '\n';
+        }
+    }
+
+    void state()
+    {
+        std::map<unsigned, RadioBurstData const*> radios;
+        for (auto const& [id, radio] : m_converter->getDataMap()) {
+            radios[id] = &radio;
+        }
+        for (auto const& [id, radio] : radios) {
+            m_out << "  radio " << id << ": " << radio->toString() << ", mean bandwidth "
+                  << number(radio->meanBandwidth()) << '\n';
+            for (std::size_t s = 0; s < radio->segmentCount(); ++s) {
+                m_out << "    segment " << radio->segmentStartTimes[s] << ".."
+                      << radio->segmentStopTimes[s] << " from burst "
+                      << radio->segmentStartIndices[s] << '\n';
+            }
+            // Generated hoppers hold thousands: their first and last stand for them.
+            std::size_t const count = radio->bursts.size();
+            for (std::size_t b = 0; b < count; b += (count <= 64 || b != 0) ? 1 : count - 1) {
+                m_out << "    " << describe(radio->bursts[b]) << '\n';
+            }
+        }
+    }
+
+    void dump(QString const& kind, QString const& file)
+    {
+        std::map<QString, bool (BurstEmissionListConverter::*)(QString const&)> const dumps{
+            {"frames", &BurstEmissionListConverter::dumpBinaryFrameData},
+            {"bursts", &BurstEmissionListConverter::dumpBinaryBurstData},
+            {"text", &BurstEmissionListConverter::dumpTextBurstData},
+            {"ftw", &BurstEmissionListConverter::dumpTextFtwSampleData},
+            {"grid", &BurstEmissionListConverter::dumpTextGridEstimation}};
+        bool const open = ((*m_converter).*dumps.at(kind))(file);
+        m_out << "  -> " << (open ? "open" : "off") << '\n';
+    }
+
+    std::size_t entries(QString const& kind, QString const& file)
+    {
+        return kind == QLatin1String("frames")
+                   ? BurstEmissionListConverter::parseBinaryFrameDataFile(file).size()
+                   : BurstEmissionListConverter::parseBinaryBurstData(file).size();
+    }
+
+    void parse(QString const& kind, QString const& file)
+    {
+        if (kind == QLatin1String("frames")) {
+            auto const frames = BurstEmissionListConverter::parseBinaryFrameDataFile(file);
+            m_out << "  -> " << frames.size()
+                  << " frames, the frames fed: " << (frames == m_fed ? "yes" : "no") << '\n';
+            return;
+        }
+        auto const entries = BurstEmissionListConverter::parseBinaryBurstData(file);
+        m_out << "  -> " << entries.size() << " entries\n";
+        for (auto const& [radio, bursts] : entries) {
+            m_out << "     radio " << radio << '\n';
+            for (BurstData const& burst : bursts) {
+                m_out << "       " << describe(burst) << '\n';
+            }
+        }
+    }
+
+    // Where the count of whole entries read grows, cutting the file byte by byte.
+    void cutParse(QString const& kind, QString const& file)
+    {
+        QByteArray const bytes = zelkotest::readFile(file);
+        m_out << "  -> " << bytes.size() << " bytes;";
+        std::size_t last = 0;
+        for (int cut = 0; cut <= bytes.size(); ++cut) {
+            write(path("cut.bin"), bytes.left(cut));
+            std::size_t const count = entries(kind, path("cut.bin"));
+            if (count != last) {
+                m_out << ' ' << count << " from byte " << cut << ';';
+                last = count;
+            }
+        }
+        m_out << '\n';
+    }
+
+    static void write(QString const& file, QByteArray const& bytes)
+    {
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        out.write(bytes);
+    }
+};
+
+QStringList scenarioNames()
 {
-    std::memcpy(bytes.data() + 4 * word, &value, 4);
+    QStringList names = QDir(QStringLiteral(ZELKO_GOLDEN_DIR "/burstemissionlist"))
+                            .entryList({QStringLiteral("*.scenario")}, QDir::Files, QDir::Name);
+    names.replaceInStrings(QStringLiteral(".scenario"), QString());
+    return names;
 }
 
 } // namespace
 
-// A frame becomes one segment sorted by frequency; the records lie where the header extension
-// ends, one stride apart (both wider than usual here).
-TEST(BurstConverter, FrameBecomesASegmentSortedByFrequency)
+using BurstScenario = testing::TestWithParam<QString>;
+
+TEST_P(BurstScenario, MatchesItsGoldenDump)
 {
-    BurstEmissionListConverter converter;
-    BurstListFrame f = frame(9, 1000, 5, {{10, 3, -5000, 1000, -50.f}, {0, 1, 2000, 3000, -60.f}});
-    f.strideWords = 11;
-    f.headerExtensionWords = 15;
-    // Bandwidth 25 gives ±ceil(12.5).
-    EXPECT_EQ(converter.processFrame(f.frameBytes()),
-              Result(true, 9u, FrequencyTimeWindow(99999987.0, 100000013.0, 1000, 6000)));
-    RadioBurstData const& radio = converter.getDataMap().at(9);
-    EXPECT_EQ(std::vector<BurstData>(radio.bursts.begin(), radio.bursts.end()),
-              (std::vector<BurstData>{BurstData(99995000.0, 1000.0, 1010, 3, -50.f),
-                                      BurstData(100002000.0, 3000.0, 1000, 1, -60.f)}));
-    EXPECT_EQ(radio.segmentStopTimes, (std::vector<unsigned long long>{6000}));
+    QString const base = QStringLiteral("burstemissionlist/") + GetParam();
+    QString const script = QString::fromUtf8(
+        zelkotest::readFile(QStringLiteral(ZELKO_GOLDEN_DIR "/") + base + ".scenario"));
+    ASSERT_FALSE(script.isEmpty());
+    ScenarioDriver driver;
+    EXPECT_EQ(zelkotest::compareWithGolden(driver.run(script).toUtf8(), base + ".dump"), QString());
 }
 
-struct BadFrame
-{
-    char const* name;
-    int word;
-    quint32 value;
-};
-
-using BurstConverterBadFrame = testing::TestWithParam<BadFrame>;
-
-TEST_P(BurstConverterBadFrame, IsIgnoredWithoutChange)
-{
-    QByteArray bytes = frame(5, 0, 1, levels(3)).frameBytes();
-    setWord(bytes, GetParam().word, GetParam().value);
-    BurstEmissionListConverter converter;
-    EXPECT_EQ(converter.processFrame(bytes), Ignored);
-    EXPECT_TRUE(converter.getDataMap().empty());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Headers, BurstConverterBadFrame,
-    testing::Values(
-        BadFrame{"wrong magic", 0, SwappedFrameMagic},
-        BadFrame{"another frame type", 3, FrameType::TransmissionSystem},
-        BadFrame{"type one past", 3, FrameType::BurstList + 1}, BadFrame{"no records", 13, 0},
-        BadFrame{"one record too many", 13, 4}, BadFrame{"record count at maximum", 13, 0xFFFFFFFF},
-        BadFrame{"stride below six words", 14, 5}, BadFrame{"stride pointing past the end", 14, 7},
-        BadFrame{"stride at maximum", 14, 0xFFFFFFFF}, BadFrame{"extension past the end", 4, 1000}),
-    zelkotest::RowName());
-
-TEST(BurstConverter, EveryCutFrameIsIgnoredAndSlackIsNot)
-{
-    QByteArray const good = frame(5, 0, 1, levels(3)).frameBytes();
-    for (int cut = 0; cut < good.size(); ++cut) {
-        BurstEmissionListConverter fresh;
-        EXPECT_EQ(fresh.processFrame(good.left(cut)), Ignored) << "cut at " << cut;
-    }
-    BurstEmissionListConverter converter;
-    EXPECT_TRUE(std::get<0>(converter.processFrame(good))) << "records ending at the frame end";
-    EXPECT_TRUE(std::get<0>(converter.processFrame(good + QByteArray(4, '\0'))))
-        << "slack after the records";
-    // The smallest frame that holds the fixed fields: no extension, one record over them.
-    BurstListFrame smallest = frame(5, 0, 1, levels(1));
-    smallest.headerExtensionWords = 0;
-    smallest.strideWords = 9;
-    ASSERT_EQ(smallest.frameBytes().size(), 60);
-    EXPECT_TRUE(std::get<0>(converter.processFrame(smallest.frameBytes())));
-}
-
-// Frame i holds 1 + i % 3 bursts, so a wrong segment dropped shows in the burst count.
-TEST(BurstConverter, OldestSegmentIsDroppedAtTheMaximum)
-{
-    for (auto const [maximum, frames, kept] :
-         {std::make_tuple(16, 20, 16), std::make_tuple(0, 3, 1)}) {
-        BurstEmissionListConverter converter;
-        converter.setMaxSegmentsPerRadioID((unsigned short)maximum);
-        std::size_t expectedBursts = 0;
-        for (int i = 0; i < frames; ++i) {
-            converter.processFrame(frame(7, quint64(i) * 1000, 1, levels(1 + i % 3)).frameBytes());
-            expectedBursts += i >= frames - kept ? std::size_t(1 + i % 3) : 0;
-        }
-        RadioBurstData const& radio = converter.getDataMap().at(7);
-        EXPECT_EQ(radio.segmentCount(), std::size_t(kept)) << "maximum " << maximum;
-        EXPECT_EQ(radio.segmentStartTimes.front(), quint64(frames - kept) * 1000);
-        EXPECT_EQ(radio.segmentStartIndices.front(), 0u);
-        EXPECT_EQ(radio.bursts.size(), expectedBursts);
-    }
-}
-
-TEST(BurstConverter, TimeRunningBackwardsForgetsEveryRadio)
-{
-    BurstEmissionListConverter converter;
-    converter.processFrame(frame(1, 10000, 5, levels(2)).frameBytes()); // stop 15000
-    converter.processFrame(frame(2, 15000, 5, levels(2)).frameBytes()); // stop 20000
-    converter.processFrame(frame(1, 20000, 0, levels(2)).frameBytes()); // stop 20000: same
-    EXPECT_EQ(converter.getDataMap().size(), 2u) << "an equal stop time is not backwards";
-    EXPECT_EQ(converter.getDataMap().at(1).segmentCount(), 2u);
-    converter.processFrame(frame(3, 0, 19, levels(2)).frameBytes()); // stop 19000 < 20000
-    ASSERT_EQ(converter.getDataMap().size(), 1u);
-    EXPECT_EQ(converter.getDataMap().count(3), 1u);
-    // An ignored frame does not move the clock.
-    QByteArray wrongType = frame(4, 0, 0, levels(1)).frameBytes();
-    setWord(wrongType, 3, FrameType::DecodedText);
-    converter.processFrame(wrongType);
-    converter.processFrame(frame(5, 18000, 1, levels(1)).frameBytes()); // stop 19000
-    EXPECT_EQ(converter.getDataMap().size(), 2u);
-}
-
-TEST(BurstConverter, QueriesOnRadios)
-{
-    BurstEmissionListConverter converter;
-    converter.processFrame(frame(1, 1000, 2, levels(3)).frameBytes()); // stop 3000
-    EXPECT_TRUE(converter.dataAvailableForTime(1, 3000));
-    EXPECT_FALSE(converter.dataAvailableForTime(1, 3001));
-    EXPECT_FALSE(converter.dataAvailableForTime(2, 0));
-    EXPECT_EQ(converter.getFrequencySetForRadioID(2), std::make_pair(HopperFrequencySet(), 0.0));
-    converter.eraseDataForRadioID(1);
-    EXPECT_FALSE(converter.dataAvailableForTime(1, 0));
-}
-
-TEST(BurstConverter, FrequencySetFollowsTheToleranceSettings)
-{
-    zelkorecording::HopperScenario hopper = scenario(25000, 20, 400, 300);
-    hopper.radios[0].radioID = 4;
-    zelkorecording::HopperGenerator generator(hopper);
-    BurstEmissionListConverter converter;
-    for (int i = 0; i < 4; ++i) {
-        converter.processFrame(generator.nextFrame().frameBytes());
-    }
-    // How close the estimate comes is the estimation-quality table's business; here the
-    // settings count.
-    auto const [set, meanBandwidth] = converter.getFrequencySetForRadioID(4);
-    EXPECT_DOUBLE_EQ(meanBandwidth, 10000.0);
-    EXPECT_EQ(set.frequencies.size(), 20u);
-    EXPECT_EQ(set.gridEstimation.segments.size(), 1u);
-
-    converter.setBinningTolerance(eAbsolute, 1.0);
-    EXPECT_GT(converter.getFrequencySetForRadioID(4).first.frequencies.size(), 200u)
-        << "1 Hz merges almost nothing";
-    converter.setBinningTolerance(eRelative, 0.3);
-    converter.setSegmentationParameters(eAbsolute, 30000.0);
-    EXPECT_EQ(converter.getFrequencySetForRadioID(4).first.gridEstimation.segments.size(), 1u)
-        << "25 kHz gaps stay below a 30 kHz threshold";
-    converter.setSegmentationParameters(eAbsolute, 20000.0);
-    EXPECT_EQ(converter.getFrequencySetForRadioID(4).first.gridEstimation.segments.size(), 20u)
-        << "every gap ends a segment";
-}
-
-TEST(BurstSampling, ManyBurstsAreTrimmedAndSampledEvenly)
-{
-    // 100 bursts: level ranks 15 .. 94 kept (m = 80), every second from a random offset, then
-    // topped up from the strongest down with the ones halfway between, to 75.
-    std::vector<std::size_t> offsetZero, offsetOne;
-    for (std::size_t k = 0; k < 80; k += 2) {
-        offsetZero.push_back(k);
-        offsetOne.push_back(k + 1);
-    }
-    for (std::size_t k = 79; k >= 11; k -= 2) {
-        offsetZero.push_back(k);
-        offsetOne.push_back(k - 1);
-    }
-    auto const sampledRanks = [](unsigned seed) {
-        BurstEmissionListConverter converter;
-        converter.seedRandomEngine(seed);
-        converter.processFrame(frame(1, 0, 1, levels(100)).frameBytes());
-        std::vector<std::size_t> ranks;
-        for (auto const& window : converter.drawRandomSampleFTWsForRadioID(1)) {
-            // Level rank r (ascending) belongs to record 99 − r at offset (99 − r) kHz.
-            auto const record = std::llround((window.startFrequency + 250.0 - 1e8) / 1000.0);
-            ranks.push_back(std::size_t(99 - record - 15));
-        }
-        return ranks;
-    };
-    std::set<std::vector<std::size_t>> seen;
-    for (unsigned seed = 0; seed < 16; ++seed) {
-        seen.insert(sampledRanks(seed));
-        EXPECT_EQ(sampledRanks(seed), sampledRanks(seed)) << "a fixed seed repeats";
-    }
-    EXPECT_EQ(seen, (std::set<std::vector<std::size_t>>{offsetZero, offsetOne}));
-}
-
-TEST(BurstSampling, OnlySegmentsWithinTheTimeSpanCountInLevelOrder)
-{
-    BurstEmissionListConverter converter;
-    converter.setSamplingParameters(5000, 75, 0.15f, 0.95f);
-    converter.processFrame(frame(1, 0, 1, levels(10, -10.f)).frameBytes());    // stop 1000
-    converter.processFrame(frame(1, 1000, 1, levels(10, -30.f)).frameBytes()); // stop 2000
-    converter.processFrame(frame(1, 5000, 2, levels(10, -50.f)).frameBytes()); // stop 7000
-    // t0 = 7000 − 5000 = 2000: the first segment whose stop is above it is the third.
-    // Fewer bursts than samples are all returned in ascending level, which falls with the
-    // record index: descending frequency.
-    auto const windows = converter.drawRandomSampleFTWsForRadioID(1);
-    ASSERT_EQ(windows.size(), 10u);
-    for (std::size_t k = 0; k < windows.size(); ++k) {
-        EXPECT_EQ(windows[k].startFrequency, 1e8 + 1000.0 * double(9 - k) - 250.0) << k;
-    }
-    converter.setSamplingParameters(5001, 75, 0.15f, 0.95f);
-    EXPECT_EQ(converter.drawRandomSampleFTWsForRadioID(1).size(), 20u);
-    converter.setSamplingParameters(100000, 0, 0.15f, 0.95f);
-    EXPECT_TRUE(converter.drawRandomSampleFTWsForRadioID(1).empty()) << "sample count 0";
-    converter.setSamplingParameters(100000, 5, 0.9f, 0.1f);
-    EXPECT_TRUE(converter.drawRandomSampleFTWsForRadioID(1).empty())
-        << "crossed quantiles leave nothing, without reading out of range";
-
-    // A damaged record's NaN level sorts first instead of breaking the level order.
-    BurstEmissionListConverter damaged;
-    std::vector<BurstRecord> records = levels(3);
-    records[2].level_dBm = std::numeric_limits<float>::quiet_NaN();
-    damaged.processFrame(frame(1, 0, 1, records).frameBytes());
-    std::vector<double> starts;
-    for (auto const& window : damaged.drawRandomSampleFTWsForRadioID(1)) {
-        starts.push_back(window.startFrequency);
-    }
-    EXPECT_EQ(starts, (std::vector<double>{1e8 + 1750.0, 1e8 + 750.0, 1e8 - 250.0}));
-}
-
-TEST(BurstDumps, FilesMirrorInputAndResults)
-{
-    QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    BurstEmissionListConverter converter;
-    converter.seedRandomEngine(1);
-    ASSERT_TRUE(converter.dumpBinaryFrameData(dir.filePath("frames.bin")));
-    ASSERT_TRUE(converter.dumpBinaryBurstData(dir.filePath("bursts.bin")));
-    ASSERT_TRUE(converter.dumpTextBurstData(dir.filePath("bursts.txt")));
-    ASSERT_TRUE(converter.dumpTextFtwSampleData(dir.filePath("ftw.txt")));
-    ASSERT_TRUE(converter.dumpTextGridEstimation(dir.filePath("grid.txt")));
-    ASSERT_TRUE(converter.dumpTextBurstData(dir.filePath("old.txt")));
-    EXPECT_FALSE(converter.dumpTextBurstData(dir.filePath("missing/bursts.txt")))
-        << "an unopenable dump stays off, and the one it replaces is closed";
-    ASSERT_TRUE(converter.dumpTextBurstData(dir.filePath("bursts.txt")));
-
-    QByteArray const first =
-        frame(9, 1000, 5, {{10, 3, -5000, 1000, -50.f}, {0, 1, 2000, 3000, -60.f}}).frameBytes();
-    QByteArray ignored = first;
-    setWord(ignored, 3, FrameType::DecodedText);
-    QByteArray const second = frame(9, 6000, 5, {{0, 7, 0, 2000, -55.f}}).frameBytes();
-    for (QByteArray const& bytes : {first, ignored, second}) {
-        converter.processFrame(bytes);
-    }
-    converter.drawRandomSampleFTWsForRadioID(9);
-    converter.drawRandomSampleFTWsForRadioID(77);
-    converter.getFrequencySetForRadioID(9);
-
-    EXPECT_EQ(BurstEmissionListConverter::parseBinaryFrameDataFile(dir.filePath("frames.bin")),
-              (std::vector<QByteArray>{first, ignored, second}))
-        << "every frame, ignored ones too";
-    auto const bursts =
-        BurstEmissionListConverter::parseBinaryBurstData(dir.filePath("bursts.bin"));
-    ASSERT_EQ(bursts.size(), 2u);
-    EXPECT_EQ(bursts[0].first, 9u);
-    EXPECT_EQ(bursts[0].second,
-              (std::vector<BurstData>{BurstData(99995000, 1000, 1010, 3, -50.f),
-                                      BurstData(100002000, 3000, 1000, 1, -60.f)}));
-    EXPECT_EQ(bursts[1].second, (std::vector<BurstData>{BurstData(1e8, 2000, 6000, 7, -55.f)}));
-
-    EXPECT_EQ(zelkotest::readFile(dir.filePath("bursts.txt")),
-              QByteArray("9;2\nBurstData[99.995M;3;1k]\nBurstData[100.002M;1;3k]\n\n\n"
-                         "9;1\nBurstData[100M;7;2k]\n\n\n"));
-    EXPECT_EQ(zelkotest::readFile(dir.filePath("ftw.txt")),
-              QByteArray("9;3\nFTW{[100M;100M], [1000, 1001]}\nFTW{[99M;100M], [6000, 6007]}\n"
-                         "FTW{[99M;99M], [1010, 1013]}\n\n\n77;0\n\n\n"))
-        << "ascending level: -60, -55, -50 dBm";
-    EXPECT_TRUE(zelkotest::readFile(dir.filePath("old.txt")).isEmpty());
-    QByteArray const grid = zelkotest::readFile(dir.filePath("grid.txt"));
-    EXPECT_TRUE(grid.startsWith("9;HopperFrequencySet[3;")) << grid.constData();
-    EXPECT_TRUE(grid.endsWith("]\n\n")) << grid.constData();
-}
-
-TEST(BurstDumps, UnreadableOrDamagedDumpFilesGiveWhatWasIntact)
-{
-    QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    EXPECT_TRUE(BurstEmissionListConverter::parseBinaryFrameDataFile(dir.filePath("none")).empty());
-    EXPECT_TRUE(BurstEmissionListConverter::parseBinaryBurstData(dir.path()).empty())
-        << "a directory";
-    {
-        BurstEmissionListConverter converter;
-        converter.dumpBinaryFrameData(dir.filePath("frames.bin"));
-        converter.dumpBinaryBurstData(dir.filePath("bursts.bin"));
-        for (int i = 0; i < 3; ++i) {
-            converter.processFrame(frame(2, quint64(i) * 1000, 1, levels(4)).frameBytes());
-        }
-    }
-    QByteArray const frames = zelkotest::readFile(dir.filePath("frames.bin"));
-    QByteArray const bursts = zelkotest::readFile(dir.filePath("bursts.bin"));
-    // Every cut keeps the whole entries before it (three of equal size).
-    auto const entriesAfterCut = [&dir](QByteArray const& bytes, auto parse) {
-        for (int cut = 0; cut <= bytes.size(); cut += 5) {
-            writeAll(dir.filePath("cut.bin"), bytes.left(cut));
-            EXPECT_EQ(parse(dir.filePath("cut.bin")).size(), std::size_t(cut / (bytes.size() / 3)))
-                << "cut at " << cut;
-        }
-    };
-    entriesAfterCut(frames, BurstEmissionListConverter::parseBinaryFrameDataFile);
-    entriesAfterCut(bursts, BurstEmissionListConverter::parseBinaryBurstData);
-    // A damaged count asks for 2^62 bursts: the reader stops at the end of the data.
-    QByteArray damaged = bursts;
-    damaged.replace(4, 8, QByteArray::fromHex("4000000000000000"));
-    writeAll(dir.filePath("damaged.bin"), damaged);
-    EXPECT_TRUE(
-        BurstEmissionListConverter::parseBinaryBurstData(dir.filePath("damaged.bin")).empty());
-}
+INSTANTIATE_TEST_SUITE_P(Scripts, BurstScenario, testing::ValuesIn(scenarioNames()),
+                         [](testing::TestParamInfo<QString> const& info) {
+                             return QString(info.param).replace('-', '_').toStdString();
+                         });
 
 TEST(BurstConverter, SteadyStateFramesDoNotAllocate)
 {
-    zelkorecording::HopperGenerator generator(scenario(25000, 200, 2048));
+    zelkorecording::HopperRadio radio;
+    radio.segments = {{30e6, 25000, 200, {}}};
+    zelkorecording::HopperScenario scenario;
+    scenario.radios = {radio};
+    scenario.burstsPerFrame = 2048;
+    zelkorecording::HopperGenerator generator(scenario);
     std::vector<QByteArray> frames;
     for (int i = 0; i < 40; ++i) {
         frames.push_back(generator.nextFrame().frameBytes());
