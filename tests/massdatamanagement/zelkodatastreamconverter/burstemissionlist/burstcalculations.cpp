@@ -77,7 +77,14 @@ FrequencyTimeWindow window(QString const& record)
                                f.at(3).toULongLong());
 }
 
-QString describe(HopperFrequencyGridSegment const& s)
+} // namespace
+
+QString burstscenario::number(double value)
+{
+    return QString::number(value, 'g', 15);
+}
+
+QString burstscenario::describe(HopperFrequencyGridSegment const& s)
 {
     return QStringLiteral("%1 + k * %2, %3 channels, %4 occupied, deviation %5 (stop %6)")
         .arg(n(s.startFrequency), n(s.channelSpacing))
@@ -85,6 +92,10 @@ QString describe(HopperFrequencyGridSegment const& s)
         .arg(s.occupiedChannelCount)
         .arg(n(s.squaredDeviationSum), n(s.getStopFrequency()));
 }
+
+namespace {
+
+using burstscenario::describe;
 
 QString describe(HopperFrequencyGridEstimation const& grid, Doubles const& probes)
 {
@@ -266,7 +277,7 @@ Doubles numbers(QString const& text)
 
 } // namespace
 
-QString calculate(QString const& line)
+QString burstscenario::calculate(QString const& line)
 {
     QStringList const parts = line.split(QLatin1Char('|'));
     Args args;

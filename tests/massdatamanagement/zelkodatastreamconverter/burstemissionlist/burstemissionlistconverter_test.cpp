@@ -8,7 +8,8 @@
 //                                               falling level, b= one record each
 //   frames n=20 step=1000 cycle=1,2,3 <frame>   frame i starts at i·step with cycle[i] records
 //   every-cut <frame>                            every cut of the frame, which ones are taken
-//   hopper radio= spacing= channels= bursts= jitter= frames=   generated frames of one radio
+//   hopper radio= spacing= channels= bursts= jitter= frames= [warm=]   generated frames of one
+//         radio; the heap allocations of the frames after the first `warm` are counted
 //   max-segments N | binning abs|rel V | segmentation abs|rel V | estimation R F
 //   sampling span count lower upper | seed N
 //   available radio= t= | erase radio= | set radio= | sample radio= | state
@@ -19,6 +20,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <cstring>
@@ -36,10 +38,8 @@ using zelkorecording::BurstRecord;
 
 namespace {
 
-QString number(double value)
-{
-    return QString::number(value, 'g', 15);
-}
+using burstscenario::number;
+using Converter = BurstEmissionListConverter;
 
 QString describe(FrequencyTimeWindow const& w)
 {
@@ -58,17 +58,69 @@ QString describe(BurstData const& b)
         .arg(number(double(b.level_dBm)));
 }
 
+// "key=value" of a script line, or the fallback.
+double real(QStringList const& args, QString const& key, double fallback = 0)
+{
+    for (QString const& arg : args) {
+        if (arg.startsWith(key + '=')) {
+            return arg.mid(key.size() + 1).toDouble();
+        }
+    }
+    return fallback;
+}
+
+QByteArray frameBytes(QStringList const& args, int levelCount)
+{
+    BurstListFrame f;
+    f.radioID = quint32(real(args, "radio"));
+    f.startTime = quint64(real(args, "start"));
+    f.duration = quint32(real(args, "dur", 1));
+    f.centreFrequency = 100000000;
+    f.bandwidth = 25;
+    f.strideWords = quint32(real(args, "stride", 6));
+    f.headerExtensionWords = quint32(real(args, "ext", 9));
+    for (int i = 0; i < levelCount; ++i) {
+        // Levels fall with the index, so level order differs from record order.
+        float const level = float(real(args, "first", -100)) - float(i);
+        f.records.push_back({quint32(i), 1, qint32(i * 1000), 500, level});
+    }
+    for (QString const& arg : args.filter(QRegularExpression("^b="))) {
+        QStringList const v = arg.mid(2).split('/');
+        f.records.push_back(
+            {v[0].toUInt(), v[1].toUInt(), v[2].toInt(), v[3].toUInt(), v[4].toFloat()});
+    }
+    QByteArray bytes = f.frameBytes();
+    for (QString const& arg : args.filter(QRegularExpression("^word="))) {
+        QStringList const v = arg.mid(5).split(':');
+        quint32 const word = v[1].toUInt(nullptr, 0);
+        std::memcpy(bytes.data() + 4 * v[0].toInt(), &word, 4);
+    }
+    bytes += QByteArray(int(real(args, "slack")), '\0');
+    return bytes.left(int(real(args, "cut", bytes.size())));
+}
+
+QByteArray frameBytes(QStringList const& args)
+{
+    return frameBytes(args, int(real(args, "levels")));
+}
+
+void write(QString const& file, QByteArray const& bytes)
+{
+    QFile out(file);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    out.write(bytes);
+}
+
 class ScenarioDriver
 {
 public:
     QString run(QString const& script)
     {
-        for (QString const& line : script.split(QLatin1Char('\n'))) {
-            if (line.trimmed().isEmpty() || line.startsWith(QLatin1Char('#'))) {
-                continue;
+        for (QString const& line : script.split('\n')) {
+            if (!line.trimmed().isEmpty() && !line.startsWith('#')) {
+                m_out << line << '\n';
+                apply(line, line.split(' ', Qt::SkipEmptyParts));
             }
-            m_out << line << '\n';
-            apply(line);
         }
         m_out << "state\n";
         state();
@@ -77,65 +129,14 @@ public:
 
 private:
     QTemporaryDir m_dir;
-    std::unique_ptr<BurstEmissionListConverter> m_converter =
-        std::make_unique<BurstEmissionListConverter>();
+    std::unique_ptr<Converter> m_converter = std::make_unique<Converter>();
     std::vector<QByteArray> m_fed;
     QString m_text;
     QTextStream m_out{&m_text};
 
-    static QString value(QStringList const& args, QString const& key, QString const& fallback = {})
-    {
-        for (QString const& arg : args) {
-            if (arg.startsWith(key + QLatin1Char('='))) {
-                return arg.mid(key.size() + 1);
-            }
-        }
-        return fallback;
-    }
-    static double real(QStringList const& args, QString const& key, double fallback = 0)
-    {
-        QString const text = value(args, key);
-        return text.isEmpty() ? fallback : text.toDouble();
-    }
     QString path(QString const& name) const { return m_dir.filePath(name); }
 
-    static QByteArray frameBytes(QStringList const& args, int levelCount = -1)
-    {
-        BurstListFrame f;
-        f.radioID = quint32(real(args, "radio"));
-        f.startTime = quint64(real(args, "start"));
-        f.duration = quint32(real(args, "dur", 1));
-        f.centreFrequency = 100000000;
-        f.bandwidth = 25;
-        f.strideWords = quint32(real(args, "stride", 6));
-        f.headerExtensionWords = quint32(real(args, "ext", 9));
-        levelCount = levelCount < 0 ? int(real(args, "levels")) : levelCount;
-        for (int i = 0; i < levelCount; ++i) {
-            // Levels fall with the index, so level order differs from record order.
-            float const level = float(real(args, "first", -100)) - float(i);
-            f.records.push_back({quint32(i), 1, qint32(i * 1000), 500, level});
-        }
-        for (QString const& arg : args) {
-            QStringList const v =
-                arg.mid(arg.indexOf(QLatin1Char('=')) + 1).split(QLatin1Char('/'));
-            if (arg.startsWith(QLatin1String("b="))) {
-                f.records.push_back(
-                    {v[0].toUInt(), v[1].toUInt(), v[2].toInt(), v[3].toUInt(), v[4].toFloat()});
-            }
-        }
-        QByteArray bytes = f.frameBytes();
-        for (QString const& arg : args) {
-            if (arg.startsWith(QLatin1String("word="))) {
-                QStringList const v = arg.mid(5).split(QLatin1Char(':'));
-                quint32 const word = v[1].toUInt(nullptr, 0);
-                std::memcpy(bytes.data() + 4 * v[0].toInt(), &word, 4);
-            }
-        }
-        bytes += QByteArray(int(real(args, "slack")), '\0');
-        return value(args, "cut").isEmpty() ? bytes : bytes.left(value(args, "cut").toInt());
-    }
-
-    void feed(QByteArray const& bytes, bool echo)
+    void feed(QByteArray const& bytes, bool echo = false)
     {
         m_fed.push_back(bytes);
         auto const [taken, radio, window] = m_converter->processFrame(bytes);
@@ -147,98 +148,106 @@ private:
         }
     }
 
-    static eThresholdMode mode(QString const& word)
+    void apply(QString const& line, QStringList const& args)
     {
-        return word == QLatin1String("abs") ? eAbsolute : eRelative;
-    }
-
-    void apply(QString const& line)
-    {
-        QStringList const args = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
         QString const op = args[0];
         unsigned const radio = unsigned(real(args, "radio"));
-        if (op == QLatin1String("frame")) {
+        auto const mode = [&args] { return args[1] == "abs" ? eAbsolute : eRelative; };
+        if (op == "frame") {
             feed(frameBytes(args), true);
-        } else if (op == QLatin1String("frames")) {
-            QStringList const cycle = value(args, "cycle", "1").split(QLatin1Char(','));
+        } else if (op == "frames") {
+            QStringList const cycle =
+                args.filter(QRegularExpression("^cycle=")).value(0).mid(6).split(',');
             for (int i = 0; i < int(real(args, "n")); ++i) {
-                QStringList shifted = args;
-                shifted << QStringLiteral("start=%1").arg(quint64(i) * quint64(real(args, "step")));
-                feed(frameBytes(shifted, cycle[i % cycle.size()].toInt()), false);
+                QString const start = QStringLiteral("start=%1").arg(i * real(args, "step"));
+                feed(frameBytes(QStringList(args) << start, cycle[i % cycle.size()].toInt()));
             }
-        } else if (op == QLatin1String("every-cut")) {
-            QByteArray const whole = frameBytes(args);
-            QStringList taken;
-            for (int cut = 0; cut < whole.size(); ++cut) {
-                BurstEmissionListConverter fresh;
-                if (std::get<0>(fresh.processFrame(whole.left(cut)))) {
-                    taken << QString::number(cut);
-                }
-            }
-            m_out << "  -> " << whole.size() << " bytes, cuts taken: "
-                  << (taken.isEmpty() ? QStringLiteral("none") : taken.join(' ')) << '\n';
-        } else if (op == QLatin1String("hopper")) {
-            zelkorecording::HopperRadio hopper;
-            hopper.radioID = radio;
-            hopper.segments = {{30e6, real(args, "spacing"), unsigned(real(args, "channels")), {}}};
-            hopper.jitterHz = real(args, "jitter");
-            hopper.bandwidthHz = 10000;
-            zelkorecording::HopperScenario scenario;
-            scenario.radios = {hopper};
-            scenario.burstsPerFrame = quint32(real(args, "bursts"));
-            zelkorecording::HopperGenerator generator(scenario);
-            for (int i = 0; i < int(real(args, "frames")); ++i) {
-                feed(generator.nextFrame().frameBytes(), false);
-            }
-        } else if (op == QLatin1String("max-segments")) {
+        } else if (op == "every-cut") {
+            everyCut(frameBytes(args));
+        } else if (op == "hopper") {
+            hopper(args);
+        } else if (op == "max-segments") {
             m_converter->setMaxSegmentsPerRadioID((unsigned short)args[1].toUInt());
-        } else if (op == QLatin1String("binning")) {
-            m_converter->setBinningTolerance(mode(args[1]), args[2].toDouble());
-        } else if (op == QLatin1String("segmentation")) {
-            m_converter->setSegmentationParameters(mode(args[1]), args[2].toDouble());
-        } else if (op == QLatin1String("estimation")) {
+        } else if (op == "binning") {
+            m_converter->setBinningTolerance(mode(), args[2].toDouble());
+        } else if (op == "segmentation") {
+            m_converter->setSegmentationParameters(mode(), args[2].toDouble());
+        } else if (op == "estimation") {
             m_converter->setEstimationParameters(args[1].toDouble(), args[2].toDouble());
-        } else if (op == QLatin1String("sampling")) {
+        } else if (op == "sampling") {
             m_converter->setSamplingParameters(args[1].toULongLong(), args[2].toUInt(),
                                                args[3].toFloat(), args[4].toFloat());
-        } else if (op == QLatin1String("seed")) {
+        } else if (op == "seed") {
             m_converter->seedRandomEngine(args[1].toUInt());
-        } else if (op == QLatin1String("available")) {
-            bool const available =
-                m_converter->dataAvailableForTime(radio, quint64(real(args, "t")));
-            m_out << "  -> " << (available ? "yes" : "no") << '\n';
-        } else if (op == QLatin1String("erase")) {
+        } else if (op == "available") {
+            bool const yes = m_converter->dataAvailableForTime(radio, quint64(real(args, "t")));
+            m_out << "  -> " << (yes ? "yes" : "no") << '\n';
+        } else if (op == "erase") {
             m_converter->eraseDataForRadioID(radio);
-        } else if (op == QLatin1String("set")) {
+        } else if (op == "set") {
             frequencySet(radio);
-        } else if (op == QLatin1String("sample")) {
+        } else if (op == "sample") {
             auto const windows = m_converter->drawRandomSampleFTWsForRadioID(radio);
             m_out << "  -> " << windows.size() << " windows\n";
             for (auto const& window : windows) {
                 m_out << "     " << describe(window) << '\n';
             }
-        } else if (op == QLatin1String("state")) {
+        } else if (op == "state") {
             state();
-        } else if (op == QLatin1String("dump")) {
+        } else if (op == "dump") {
             dump(args[1], path(args[2]));
-        } else if (op == QLatin1String("show")) {
+        } else if (op == "show") {
             m_out << zelkotest::readFile(path(args[1])) << "  -> (end of " << args[1] << ")\n";
-        } else if (op == QLatin1String("parse")) {
-            parse(args[1], path(args[2]));
-        } else if (op == QLatin1String("cut-parse")) {
+        } else if (op == "parse") {
+            parse(args[1], path(args[2]), true);
+        } else if (op == "cut-parse") {
             cutParse(args[1], path(args[2]));
-        } else if (op == QLatin1String("damage")) {
-            QByteArray bytes = zelkotest::readFile(path(args[1]));
+        } else if (op == "damage") {
             QByteArray const patch = QByteArray::fromHex(args[3].toLatin1());
-            bytes.replace(args[2].toInt(), patch.size(), patch);
-            write(path(args[1]), bytes);
-        } else if (op == QLatin1String("restart")) {
-            m_converter = std::make_unique<BurstEmissionListConverter>();
+            write(path(args[1]),
+                  zelkotest::readFile(path(args[1])).replace(args[2].toInt(), patch.size(), patch));
+        } else if (op == "restart") {
+            m_converter = std::make_unique<Converter>();
         } else {
-            QString const answer = calculate(line);
-            m_out << "  -> " << (answer.isEmpty() ? QStringLiteral("UNKNOWN OPERATION") : answer)
-                  << '\n';
+            QString const answer = burstscenario::calculate(line);
+            m_out << "  -> " << (answer.isEmpty() ? "UNKNOWN OPERATION" : answer) << '\n';
         }
+    }
+
+    void everyCut(QByteArray const& whole)
+    {
+        QStringList taken;
+        for (int cut = 0; cut < whole.size(); ++cut) {
+            if (std::get<0>(Converter().processFrame(whole.left(cut)))) {
+                taken << QString::number(cut);
+            }
+        }
+        m_out << "  -> " << whole.size() << " bytes, cuts taken: " << taken.join(' ') << '\n';
+    }
+
+    // A generated hopper's frames; those after warm=N must not allocate once the converter
+    // has its working size.
+    void hopper(QStringList const& args)
+    {
+        zelkorecording::HopperRadio hopper;
+        hopper.radioID = quint32(real(args, "radio"));
+        hopper.segments = {{30e6, real(args, "spacing"), unsigned(real(args, "channels")), {}}};
+        hopper.jitterHz = real(args, "jitter");
+        hopper.bandwidthHz = 10000;
+        zelkorecording::HopperScenario scenario;
+        scenario.radios = {hopper};
+        scenario.burstsPerFrame = quint32(real(args, "bursts"));
+        zelkorecording::HopperGenerator generator(scenario);
+        std::vector<QByteArray> frames;
+        for (int i = 0; i < int(real(args, "frames")); ++i) {
+            frames.push_back(generator.nextFrame().frameBytes());
+        }
+        int const warm = int(real(args, "warm", double(frames.size())));
+        auto const process = [this](QByteArray const& frame) { m_converter->processFrame(frame); };
+        std::for_each(frames.begin(), frames.begin() + warm, process);
+        zelkotest::AllocationScope const allocations;
+        std::for_each(frames.begin() + warm, frames.end(), process);
+        m_out << "  -> allocations after warming up: " << allocations.count() << '\n';
     }
 
     void frequencySet(unsigned radio)
@@ -252,13 +261,10 @@ private:
             }
             m_out << "\n     " << set.toString();
         }
-        m_out << '\n';
         for (auto const& s : set.gridEstimation.segments) {
-            m_out << "     grid " << number(s.startFrequency) << " + k * "
-                  << number(s.channelSpacing) << ", " << s.channelCount << " channels, "
-                  << s.occupiedChannelCount << " occupied, deviation "
-                  << number(s.squaredDeviationSum) << '\n';
+            m_out << "\n     grid " << burstscenario::describe(s);
         }
+        m_out << '\n';
     }
 
     void state()
@@ -285,39 +291,36 @@ private:
 
     void dump(QString const& kind, QString const& file)
     {
-        std::map<QString, bool (BurstEmissionListConverter::*)(QString const&)> const dumps{
-            {"frames", &BurstEmissionListConverter::dumpBinaryFrameData},
-            {"bursts", &BurstEmissionListConverter::dumpBinaryBurstData},
-            {"text", &BurstEmissionListConverter::dumpTextBurstData},
-            {"ftw", &BurstEmissionListConverter::dumpTextFtwSampleData},
-            {"grid", &BurstEmissionListConverter::dumpTextGridEstimation}};
-        bool const open = ((*m_converter).*dumps.at(kind))(file);
-        m_out << "  -> " << (open ? "open" : "off") << '\n';
+        std::map<QString, bool (Converter::*)(QString const&)> const dumps{
+            {"frames", &Converter::dumpBinaryFrameData},
+            {"bursts", &Converter::dumpBinaryBurstData},
+            {"text", &Converter::dumpTextBurstData},
+            {"ftw", &Converter::dumpTextFtwSampleData},
+            {"grid", &Converter::dumpTextGridEstimation}};
+        m_out << "  -> " << (((*m_converter).*dumps.at(kind))(file) ? "open" : "off") << '\n';
     }
 
-    std::size_t entries(QString const& kind, QString const& file)
+    std::size_t parse(QString const& kind, QString const& file, bool print = false)
     {
-        return kind == QLatin1String("frames")
-                   ? BurstEmissionListConverter::parseBinaryFrameDataFile(file).size()
-                   : BurstEmissionListConverter::parseBinaryBurstData(file).size();
-    }
-
-    void parse(QString const& kind, QString const& file)
-    {
-        if (kind == QLatin1String("frames")) {
-            auto const frames = BurstEmissionListConverter::parseBinaryFrameDataFile(file);
-            m_out << "  -> " << frames.size()
-                  << " frames, the frames fed: " << (frames == m_fed ? "yes" : "no") << '\n';
-            return;
+        if (kind == "frames") {
+            auto const frames = Converter::parseBinaryFrameDataFile(file);
+            if (print) {
+                m_out << "  -> " << frames.size()
+                      << " frames, the frames fed: " << (frames == m_fed ? "yes" : "no") << '\n';
+            }
+            return frames.size();
         }
-        auto const entries = BurstEmissionListConverter::parseBinaryBurstData(file);
-        m_out << "  -> " << entries.size() << " entries\n";
-        for (auto const& [radio, bursts] : entries) {
-            m_out << "     radio " << radio << '\n';
-            for (BurstData const& burst : bursts) {
-                m_out << "       " << describe(burst) << '\n';
+        auto const entries = Converter::parseBinaryBurstData(file);
+        if (print) {
+            m_out << "  -> " << entries.size() << " entries\n";
+            for (auto const& [radio, bursts] : entries) {
+                m_out << "     radio " << radio << '\n';
+                for (BurstData const& burst : bursts) {
+                    m_out << "       " << describe(burst) << '\n';
+                }
             }
         }
+        return entries.size();
     }
 
     // Where the count of whole entries read grows, cutting the file byte by byte.
@@ -328,7 +331,7 @@ private:
         std::size_t last = 0;
         for (int cut = 0; cut <= bytes.size(); ++cut) {
             write(path("cut.bin"), bytes.left(cut));
-            std::size_t const count = entries(kind, path("cut.bin"));
+            std::size_t const count = parse(kind, path("cut.bin"));
             if (count != last) {
                 m_out << ' ' << count << " from byte " << cut << ';';
                 last = count;
@@ -336,22 +339,7 @@ private:
         }
         m_out << '\n';
     }
-
-    static void write(QString const& file, QByteArray const& bytes)
-    {
-        QFile out(file);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        out.write(bytes);
-    }
 };
-
-QStringList scenarioNames()
-{
-    QStringList names = QDir(QStringLiteral(ZELKO_GOLDEN_DIR "/burstemissionlist"))
-                            .entryList({QStringLiteral("*.scenario")}, QDir::Files, QDir::Name);
-    names.replaceInStrings(QStringLiteral(".scenario"), QString());
-    return names;
-}
 
 } // namespace
 
@@ -359,40 +347,17 @@ using BurstScenario = testing::TestWithParam<QString>;
 
 TEST_P(BurstScenario, MatchesItsGoldenDump)
 {
-    QString const base = QStringLiteral("burstemissionlist/") + GetParam();
-    QString const script = QString::fromUtf8(
-        zelkotest::readFile(QStringLiteral(ZELKO_GOLDEN_DIR "/") + base + ".scenario"));
+    QString const base = QStringLiteral(ZELKO_GOLDEN_DIR "/burstemissionlist/") + GetParam();
+    QString const script = QString::fromUtf8(zelkotest::readFile(base + ".scenario"));
     ASSERT_FALSE(script.isEmpty());
-    ScenarioDriver driver;
-    EXPECT_EQ(zelkotest::compareWithGolden(driver.run(script).toUtf8(), base + ".dump"), QString());
+    QString const dump = "burstemissionlist/" + GetParam() + ".dump";
+    EXPECT_EQ(zelkotest::compareWithGolden(ScenarioDriver().run(script).toUtf8(), dump), QString());
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, BurstScenario, testing::ValuesIn(scenarioNames()),
+INSTANTIATE_TEST_SUITE_P(Scripts, BurstScenario,
+                         testing::ValuesIn(QDir(ZELKO_GOLDEN_DIR "/burstemissionlist")
+                                               .entryList({"*.scenario"}, QDir::Files, QDir::Name)
+                                               .replaceInStrings(".scenario", "")),
                          [](testing::TestParamInfo<QString> const& info) {
                              return QString(info.param).replace('-', '_').toStdString();
                          });
-
-TEST(BurstConverter, SteadyStateFramesDoNotAllocate)
-{
-    zelkorecording::HopperRadio radio;
-    radio.segments = {{30e6, 25000, 200, {}}};
-    zelkorecording::HopperScenario scenario;
-    scenario.radios = {radio};
-    scenario.burstsPerFrame = 2048;
-    zelkorecording::HopperGenerator generator(scenario);
-    std::vector<QByteArray> frames;
-    for (int i = 0; i < 40; ++i) {
-        frames.push_back(generator.nextFrame().frameBytes());
-    }
-    BurstEmissionListConverter converter;
-    for (int i = 0; i < 20; ++i) {
-        converter.processFrame(frames[std::size_t(i)]); // warm up: 16 segments and a spare
-    }
-    // The converter promises no heap allocation per frame once the queue has its working size.
-    zelkotest::AllocationScope const allocations;
-    for (int i = 20; i < 40; ++i) {
-        converter.processFrame(frames[std::size_t(i)]);
-    }
-    EXPECT_EQ(allocations.count(), 0);
-    EXPECT_EQ(converter.getDataMap().at(1).bursts.size(), 16u * 2048u);
-}
