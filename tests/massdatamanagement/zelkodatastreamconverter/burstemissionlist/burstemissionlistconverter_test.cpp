@@ -15,6 +15,8 @@
 //   available radio= t= | erase radio= | set radio= | sample radio= | state
 //   dump frames|bursts|text|ftw|grid FILE | show FILE | parse frames|bursts FILE
 //   cut-parse frames|bursts FILE | damage FILE offset hex | restart
+//   quality spacing= channels=a,b occupancy=a,b jitter=a,b start=a,b [gauss]   estimates of
+//         generated hoppers, jitter as a fraction of the spacing
 
 #include "burstcalculations.h"
 
@@ -27,6 +29,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/burstemissionlistconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/burstemissionlist/hopperfrequencyalgorithm.h>
 #include <recordingwriter/hoppergenerator.h>
 #include <support/allocationcounter.h>
 #include <support/golden.h>
@@ -109,6 +112,70 @@ void write(QString const& file, QByteArray const& bytes)
     QFile out(file);
     ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
     out.write(bytes);
+}
+
+// Estimation quality on a generated hopper: how far the estimated spacing and the first start
+// lie from the truth, and whether within the resolution (every segment starting on the true
+// grid too). Each list of key=a,b,... values multiplies the cases.
+QString quality(QStringList const& args)
+{
+    auto const list = [&args](QString const& key) {
+        QStringList const values = args.filter(QRegularExpression('^' + key + '='))
+                                       .value(0)
+                                       .mid(key.size() + 1)
+                                       .split(',');
+        std::vector<double> numbers;
+        std::transform(values.begin(), values.end(), std::back_inserter(numbers),
+                       [](QString const& v) { return v.toDouble(); });
+        return numbers;
+    };
+    double const spacing = real(args, "spacing");
+    double const resolution = HopperFrequencyAlgorithm::effectiveResolution(-1.0, spacing);
+    QString result;
+    for (double channels : list("channels"))
+        for (double occupancy : list("occupancy"))
+            for (double jitter : list("jitter"))
+                for (double start : list("start")) {
+                    zelkorecording::HopperRadio radio;
+                    radio.segments = {{start, spacing, unsigned(channels),
+                                       zelkorecording::HopperGenerator::randomChannelUse(
+                                           unsigned(channels), occupancy, 11)}};
+                    radio.jitterHz = jitter * spacing;
+                    radio.jitterShape = args.contains("gauss")
+                                            ? zelkorecording::JitterShape::Gaussian
+                                            : zelkorecording::JitterShape::Uniform;
+                    radio.bandwidthHz = 0.5 * spacing;
+                    zelkorecording::HopperScenario scenario;
+                    scenario.radios = {radio};
+                    scenario.seed = 11;
+                    zelkorecording::HopperGenerator generator(scenario);
+                    Converter converter;
+                    for (int i = 0; i < 16; ++i) { // its natural input: 16 segments of 2048 bursts
+                        converter.processFrame(generator.nextFrame().frameBytes());
+                    }
+                    auto const segments =
+                        converter.getFrequencySetForRadioID(1).first.gridEstimation.segments;
+                    bool within = !segments.empty();
+                    double spacingError = 0.0;
+                    for (auto const& s : segments) {
+                        spacingError = std::max(spacingError, std::abs(s.channelSpacing - spacing));
+                        double const offset = s.startFrequency - start;
+                        within = within && std::abs(offset - std::round(offset / spacing) *
+                                                                 spacing) <= resolution;
+                    }
+                    double const startError = segments.empty()
+                                                  ? 0.0
+                                                  : segments.front().startFrequency -
+                                                        radio.usedChannelFrequencies().front();
+                    within =
+                        within && spacingError <= resolution && std::abs(startError) <= resolution;
+                    result += QString::asprintf(
+                        "\n     %3.0f ch %3.0f %% jitter %2.0f permille start %.0f: %zu segments, "
+                        "spacing %+.1f, start %+.1f%s",
+                        channels, occupancy * 100, jitter * 1000, start, segments.size(),
+                        spacingError, startError, within ? "" : "  MISSED");
+                }
+    return QStringLiteral("  -> resolution %1").arg(resolution) + result;
 }
 
 class ScenarioDriver
@@ -206,6 +273,8 @@ private:
             QByteArray const patch = QByteArray::fromHex(args[3].toLatin1());
             write(path(args[1]),
                   zelkotest::readFile(path(args[1])).replace(args[2].toInt(), patch.size(), patch));
+        } else if (op == "quality") {
+            m_out << quality(args) << '\n';
         } else if (op == "restart") {
             m_converter = std::make_unique<Converter>();
         } else {
