@@ -6,17 +6,18 @@
 //   frame radio=9 start=1000 dur=5 [stride= ext= levels=N first=-100 b=t/len/offset/bw/level
 //         word=k:value cut=bytes slack=bytes]   one frame; levels=N gives N records of
 //                                               falling level, b= one record each
-//   frames n=20 step=1000 cycle=1,2,3 <frame>   frame i starts at i·step with cycle[i] records
+//   frames n=20 step=1000 cycle=1:2:3 <frame>   frame i starts at i·step with cycle[i] records
 //   every-cut <frame>                            every cut of the frame, which ones are taken
-//   hopper radio= spacing= channels= bursts= jitter= frames= [warm=]   generated frames of one
-//         radio; the heap allocations of the frames after the first `warm` are counted
+//   hopper spacing= channels= frames= [radio= start= occupancy= jitter= bw= bursts= seed= gauss
+//         warm=]  generated frames of one radio, jitter and bandwidth as fractions of the
+//         spacing; the heap allocations of the frames after the first `warm` are counted
+//   quality <hopper>                           how well 16 frames of the hopper are estimated
 //   max-segments N | binning abs|rel V | segmentation abs|rel V | estimation R F
 //   sampling span count lower upper | seed N
 //   available radio= t= | erase radio= | set radio= | sample radio= | state
 //   dump frames|bursts|text|ftw|grid FILE | show FILE | parse frames|bursts FILE
 //   cut-parse frames|bursts FILE | damage FILE offset hex | restart
-//   quality spacing= channels=a,b occupancy=a,b jitter=a,b start=a,b [gauss]   estimates of
-//         generated hoppers, jitter as a fraction of the spacing
+// A value list key=a,b,... runs its line once for each value.
 
 #include "burstcalculations.h"
 
@@ -114,68 +115,59 @@ void write(QString const& file, QByteArray const& bytes)
     out.write(bytes);
 }
 
-// Estimation quality on a generated hopper: how far the estimated spacing and the first start
-// lie from the truth, and whether within the resolution (every segment starting on the true
-// grid too). Each list of key=a,b,... values multiplies the cases.
+// One generated hopper radio on one evenly spaced segment; jitter and bandwidth are fractions
+// of the spacing.
+zelkorecording::HopperScenario hopperScenario(QStringList const& args)
+{
+    zelkorecording::HopperRadio radio;
+    radio.radioID = quint32(real(args, "radio", 1));
+    double const spacing = real(args, "spacing");
+    unsigned const channels = unsigned(real(args, "channels"));
+    auto const use = zelkorecording::HopperGenerator::randomChannelUse(
+        channels, real(args, "occupancy"), quint32(real(args, "seed", 1)));
+    radio.segments = {{real(args, "start", 30e6), spacing, channels,
+                       real(args, "occupancy") > 0 ? use : std::vector<bool>()}};
+    radio.jitterHz = real(args, "jitter") * spacing;
+    radio.jitterShape = args.contains("gauss") ? zelkorecording::JitterShape::Gaussian
+                                               : zelkorecording::JitterShape::Uniform;
+    radio.bandwidthHz = real(args, "bw", 0.5) * spacing;
+    zelkorecording::HopperScenario scenario;
+    scenario.radios = {radio};
+    scenario.burstsPerFrame = quint32(real(args, "bursts", 2048));
+    scenario.seed = quint32(real(args, "seed", 1));
+    return scenario;
+}
+
+// How far a hopper's estimated spacing and first start lie from the truth, and whether within
+// the resolution with every segment starting on the true grid.
 QString quality(QStringList const& args)
 {
-    auto const list = [&args](QString const& key) {
-        QStringList const values = args.filter(QRegularExpression('^' + key + '='))
-                                       .value(0)
-                                       .mid(key.size() + 1)
-                                       .split(',');
-        std::vector<double> numbers;
-        std::transform(values.begin(), values.end(), std::back_inserter(numbers),
-                       [](QString const& v) { return v.toDouble(); });
-        return numbers;
-    };
-    double const spacing = real(args, "spacing");
-    double const resolution = HopperFrequencyAlgorithm::effectiveResolution(-1.0, spacing);
-    QString result;
-    for (double channels : list("channels"))
-        for (double occupancy : list("occupancy"))
-            for (double jitter : list("jitter"))
-                for (double start : list("start")) {
-                    zelkorecording::HopperRadio radio;
-                    radio.segments = {{start, spacing, unsigned(channels),
-                                       zelkorecording::HopperGenerator::randomChannelUse(
-                                           unsigned(channels), occupancy, 11)}};
-                    radio.jitterHz = jitter * spacing;
-                    radio.jitterShape = args.contains("gauss")
-                                            ? zelkorecording::JitterShape::Gaussian
-                                            : zelkorecording::JitterShape::Uniform;
-                    radio.bandwidthHz = 0.5 * spacing;
-                    zelkorecording::HopperScenario scenario;
-                    scenario.radios = {radio};
-                    scenario.seed = 11;
-                    zelkorecording::HopperGenerator generator(scenario);
-                    Converter converter;
-                    for (int i = 0; i < 16; ++i) { // its natural input: 16 segments of 2048 bursts
-                        converter.processFrame(generator.nextFrame().frameBytes());
-                    }
-                    auto const segments =
-                        converter.getFrequencySetForRadioID(1).first.gridEstimation.segments;
-                    bool within = !segments.empty();
-                    double spacingError = 0.0;
-                    for (auto const& s : segments) {
-                        spacingError = std::max(spacingError, std::abs(s.channelSpacing - spacing));
-                        double const offset = s.startFrequency - start;
-                        within = within && std::abs(offset - std::round(offset / spacing) *
-                                                                 spacing) <= resolution;
-                    }
-                    double const startError = segments.empty()
-                                                  ? 0.0
-                                                  : segments.front().startFrequency -
-                                                        radio.usedChannelFrequencies().front();
-                    within =
-                        within && spacingError <= resolution && std::abs(startError) <= resolution;
-                    result += QString::asprintf(
-                        "\n     %3.0f ch %3.0f %% jitter %2.0f permille start %.0f: %zu segments, "
-                        "spacing %+.1f, start %+.1f%s",
-                        channels, occupancy * 100, jitter * 1000, start, segments.size(),
-                        spacingError, startError, within ? "" : "  MISSED");
-                }
-    return QStringLiteral("  -> resolution %1").arg(resolution) + result;
+    auto const scenario = hopperScenario(args);
+    zelkorecording::HopperGenerator generator(scenario);
+    Converter converter;
+    for (int i = 0; i < 16; ++i) { // its natural input: 16 segments of 2048 bursts
+        converter.processFrame(generator.nextFrame().frameBytes());
+    }
+    auto const grid = converter.getFrequencySetForRadioID(1).first.gridEstimation.segments;
+    auto const& truth = scenario.radios[0].segments[0];
+    double const resolution =
+        HopperFrequencyAlgorithm::effectiveResolution(-1.0, truth.channelSpacing);
+    bool within = !grid.empty();
+    double spacingError = 0.0;
+    for (auto const& s : grid) {
+        spacingError = std::max(spacingError, std::abs(s.channelSpacing - truth.channelSpacing));
+        double const channels = (s.startFrequency - truth.startFrequency) / truth.channelSpacing;
+        within = within &&
+                 std::abs(channels - std::round(channels)) * truth.channelSpacing <= resolution;
+    }
+    double const startError =
+        grid.empty()
+            ? 0.0
+            : grid.front().startFrequency - scenario.radios[0].usedChannelFrequencies().front();
+    within = within && spacingError <= resolution && std::abs(startError) <= resolution;
+    return QString::asprintf("%zu segments, spacing %+.1f, start %+.1f (resolution %g)%s",
+                             grid.size(), spacingError, startError, resolution,
+                             within ? "" : "  MISSED");
 }
 
 class ScenarioDriver
@@ -185,8 +177,7 @@ public:
     {
         for (QString const& line : script.split('\n')) {
             if (!line.trimmed().isEmpty() && !line.startsWith('#')) {
-                m_out << line << '\n';
-                apply(line, line.split(' ', Qt::SkipEmptyParts));
+                runOnce(line);
             }
         }
         m_out << "state\n";
@@ -200,6 +191,20 @@ private:
     std::vector<QByteArray> m_fed;
     QString m_text;
     QTextStream m_out{&m_text};
+
+    // A value list key=a,b,... runs the line once for each value, in order.
+    void runOnce(QString const& line)
+    {
+        auto const list = QRegularExpression("(\\w+=)([^ ]*,[^ ]*)").match(line);
+        if (!list.hasMatch()) {
+            m_out << line << '\n';
+            return apply(line, line.split(' ', Qt::SkipEmptyParts));
+        }
+        for (QString const& value : list.captured(2).split(',')) {
+            runOnce(QString(line).replace(list.capturedStart(), list.capturedLength(),
+                                          list.captured(1) + value));
+        }
+    }
 
     QString path(QString const& name) const { return m_dir.filePath(name); }
 
@@ -224,7 +229,7 @@ private:
             feed(frameBytes(args), true);
         } else if (op == "frames") {
             QStringList const cycle =
-                args.filter(QRegularExpression("^cycle=")).value(0).mid(6).split(',');
+                args.filter(QRegularExpression("^cycle=")).value(0).mid(6).split(':');
             for (int i = 0; i < int(real(args, "n")); ++i) {
                 QString const start = QStringLiteral("start=%1").arg(i * real(args, "step"));
                 feed(frameBytes(QStringList(args) << start, cycle[i % cycle.size()].toInt()));
@@ -274,7 +279,7 @@ private:
             write(path(args[1]),
                   zelkotest::readFile(path(args[1])).replace(args[2].toInt(), patch.size(), patch));
         } else if (op == "quality") {
-            m_out << quality(args) << '\n';
+            m_out << "  -> " << quality(args) << '\n';
         } else if (op == "restart") {
             m_converter = std::make_unique<Converter>();
         } else {
@@ -298,15 +303,7 @@ private:
     // has its working size.
     void hopper(QStringList const& args)
     {
-        zelkorecording::HopperRadio hopper;
-        hopper.radioID = quint32(real(args, "radio"));
-        hopper.segments = {{30e6, real(args, "spacing"), unsigned(real(args, "channels")), {}}};
-        hopper.jitterHz = real(args, "jitter");
-        hopper.bandwidthHz = 10000;
-        zelkorecording::HopperScenario scenario;
-        scenario.radios = {hopper};
-        scenario.burstsPerFrame = quint32(real(args, "bursts"));
-        zelkorecording::HopperGenerator generator(scenario);
+        zelkorecording::HopperGenerator generator(hopperScenario(args));
         std::vector<QByteArray> frames;
         for (int i = 0; i < int(real(args, "frames")); ++i) {
             frames.push_back(generator.nextFrame().frameBytes());
