@@ -9,8 +9,8 @@
 //   frames n=20 step=1000 cycle=1:2:3 <frame>   frame i starts at i·step with cycle[i] records
 //   every-cut <frame>                            every cut of the frame, which ones are taken
 //   hopper spacing= channels= frames= [radio= start= occupancy= jitter= bw= bursts= seed= gauss
-//         warm=]  generated frames of one radio, jitter and bandwidth as fractions of the
-//         spacing; the heap allocations of the frames after the first `warm` are counted
+//         back-after= warm=]  generated frames of one radio, jitter and bandwidth as fractions
+//         of the spacing; the heap allocations of the frames after the first `warm` are counted
 //   quality <hopper>                           how well 16 frames of the hopper are estimated
 //   max-segments N | binning abs|rel V | segmentation abs|rel V | estimation R F
 //   sampling span count lower upper | seed N
@@ -123,10 +123,11 @@ zelkorecording::HopperScenario hopperScenario(QStringList const& args)
     radio.radioID = quint32(real(args, "radio", 1));
     double const spacing = real(args, "spacing");
     unsigned const channels = unsigned(real(args, "channels"));
+    double const occupancy = real(args, "occupancy", -1); // none: every channel used
     auto const use = zelkorecording::HopperGenerator::randomChannelUse(
-        channels, real(args, "occupancy"), quint32(real(args, "seed", 1)));
-    radio.segments = {{real(args, "start", 30e6), spacing, channels,
-                       real(args, "occupancy") > 0 ? use : std::vector<bool>()}};
+        channels, occupancy, quint32(real(args, "seed", 1)));
+    radio.segments = {
+        {real(args, "start", 30e6), spacing, channels, occupancy >= 0 ? use : std::vector<bool>()}};
     radio.jitterHz = real(args, "jitter") * spacing;
     radio.jitterShape = args.contains("gauss") ? zelkorecording::JitterShape::Gaussian
                                                : zelkorecording::JitterShape::Uniform;
@@ -135,6 +136,7 @@ zelkorecording::HopperScenario hopperScenario(QStringList const& args)
     scenario.radios = {radio};
     scenario.burstsPerFrame = quint32(real(args, "bursts", 2048));
     scenario.seed = quint32(real(args, "seed", 1));
+    scenario.timeRunsBackwardsAfterFrame = int(real(args, "back-after", -1));
     return scenario;
 }
 
@@ -165,7 +167,9 @@ QString quality(QStringList const& args)
             ? 0.0
             : grid.front().startFrequency - scenario.radios[0].usedChannelFrequencies().front();
     within = within && spacingError <= resolution && std::abs(startError) <= resolution;
-    return QString::asprintf("%zu segments, spacing %+.1f, start %+.1f (resolution %g)%s",
+    return QString::asprintf("%zu of %u channels used; %zu segments, spacing %+.1f, start %+.1f "
+                             "(resolution %g)%s",
+                             scenario.radios[0].usedChannelFrequencies().size(), truth.channelCount,
                              grid.size(), spacingError, startError, resolution,
                              within ? "" : "  MISSED");
 }
