@@ -6,7 +6,7 @@
 //
 //   audio NAME wav|flac|aiff|au pcm16|pcm24|pcm32|u8|s8|float|double RATE CHANNELS FRAMES
 //                      an input of a ramp that every format from 8-bit PCM up keeps exactly
-//   file NAME hex=... | text=a\nb | comment=SIZE    a raw input or sidecar (a comment of SIZE)
+//   file NAME hex=... | text=a b\r\nc | comment=SIZE   a raw input or sidecar (a comment of SIZE)
 //   mkdir NAME | link-full NAME     in the output directory: a directory, a link to /dev/full
 //   library standard|failing|counter|FILE           a new converter with that library
 //   convert NAME [out=DIR]          into the output directory (or a directory DIR inside it)
@@ -59,7 +59,7 @@ public:
         for (QString const& line : script.split('\n')) {
             if (!line.trimmed().isEmpty() && !line.startsWith('#')) {
                 m_out << line << '\n';
-                apply(line.split(' ', Qt::SkipEmptyParts));
+                apply(line, line.split(' ', Qt::SkipEmptyParts));
             }
         }
         return m_text.replace(m_in.path(), "IN").replace(m_outDir.path(), "OUT");
@@ -77,18 +77,19 @@ private:
     QString out(QString const& name) const { return m_outDir.filePath(name); }
     static QString base(QString const& name) { return QFileInfo(name).completeBaseName(); }
 
-    void apply(QStringList const& args)
+    void apply(QString const& line, QStringList const& args)
     {
         QString const op = args[0];
         if (op == "audio") {
             writeAudio(args[1], formats.at(args[2]) | formats.at(args[3]), args[4].toInt(),
                        args[5].toInt(), args[6].toInt());
         } else if (op == "file") {
-            QString const how = args.value(2);
+            QString const how = line.section(' ', 2); // the rest of the line, spaces and all
             QByteArray const bytes =
-                how.startsWith("hex=")    ? QByteArray::fromHex(how.mid(4).toLatin1())
-                : how.startsWith("text=") ? how.mid(5).replace("\\n", "\n").toUtf8()
-                                          : "#" + QByteArray(how.mid(8).toInt() - 1, ' ');
+                how.startsWith("hex=") ? QByteArray::fromHex(how.mid(4).toLatin1())
+                : how.startsWith("text=")
+                    ? how.mid(5).replace("\\n", "\n").replace("\\r", "\r").toUtf8()
+                    : "#" + QByteArray(how.mid(8).toInt() - 1, ' ');
             QDir().mkpath(QFileInfo(in(args[1])).path());
             QFile file(in(args[1]));
             EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
