@@ -22,8 +22,9 @@ namespace {
 
 struct Args
 {
-    Doubles s;    // the scalars after the name
-    Doubles v, w; // the first and second "| ..." lists
+    Doubles s;                  // the scalars after the name
+    Doubles v, w;               // the first and second "| ..." lists
+    std::vector<Doubles> lists; // all of them
     Fields records;
     auto b() const { return v.begin(); }
     auto e() const { return v.end(); }
@@ -46,12 +47,44 @@ QString join(Container const& values)
 }
 
 template <typename T>
-QString text(T const& value) // its text and its big-endian stream bytes
+QString text(T const& value) // its text, its big-endian stream bytes and their round trip
 {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     stream << value;
-    return value.toString() + QStringLiteral("\n     ") + QString::fromLatin1(bytes.toHex());
+    return value.toString() + QStringLiteral("\n     ") + QString::fromLatin1(bytes.toHex()) +
+           QStringLiteral("\n     ") + burstscenario::roundTrip(value);
+}
+
+template <typename T>
+QString readFrom(QString const& hex) // a value read from damaged bytes
+{
+    QDataStream stream(QByteArray::fromHex(hex.toLatin1()));
+    T value;
+    stream >> value;
+    return QStringLiteral("%1, %2").arg(stream.status() == QDataStream::Ok ? "read" : "refused",
+                                        value == T() ? "empty" : "NOT EMPTY");
+}
+
+QString radio(A a)
+{
+    RadioBurstData radio;
+    for (std::size_t i = 0; i < a.lists.size(); ++i) {
+        std::vector<BurstData> bursts;
+        for (double f : a.lists[i]) {
+            bursts.push_back(BurstData(f, f * 10, 100 * i + 1, unsigned(i), float(-f)));
+        }
+        radio.appendBurstsOfNewSegment(100 * i, 100 * i + 100, bursts);
+    }
+    QString result;
+    for (bool more = true; more; radio.removeFirstSegment()) {
+        result += QStringLiteral("\n     %1 from bursts %2 of %3, mean bandwidth %4, sorted %5; %6")
+                      .arg(radio.toString(), join(radio.segmentStartIndices),
+                           join(radio.segmentStartTimes), n(radio.meanBandwidth()),
+                           join(radio.sortedFrequencyVector()), burstscenario::roundTrip(radio));
+        more = radio != RadioBurstData();
+    }
+    return result;
 }
 
 HopperFrequencyGridSegment segment(QString const& record)
@@ -261,6 +294,9 @@ std::map<QString, std::function<QString(A)>> const calculations{
                 text(burst(a.records[0]));
      }},
     {"window", [](A a) { return text(window(a.records[0])); }},
+    {"radio", radio},
+    {"read-radio", [](A a) { return readFrom<RadioBurstData>(a.records.value(0)); }},
+    {"read-grid", [](A a) { return readFrom<HopperFrequencyGridEstimation>(a.records.value(0)); }},
     {"equal-segment", [](A a) { return equalities(a, segment); }},
     {"equal-burst", [](A a) { return equalities(a, burst); }},
     {"equal-window", [](A a) { return equalities(a, window); }},
@@ -288,6 +324,9 @@ QString burstscenario::calculate(QString const& line)
         return QString();
     }
     args.s = numbers(args.records.join(' '));
+    for (QString const& part : parts.mid(1)) {
+        args.lists.push_back(numbers(part));
+    }
     args.v = numbers(parts.value(1));
     args.w = numbers(parts.value(2));
     QString const answer = found->second(args);

@@ -329,7 +329,7 @@ private:
             for (double frequency : set.frequencies) {
                 m_out << ' ' << number(frequency);
             }
-            m_out << "\n     " << set.toString();
+            m_out << "\n     " << set.toString() << "\n     " << burstscenario::roundTrip(set);
         }
         for (auto const& s : set.gridEstimation.segments) {
             m_out << "\n     grid " << burstscenario::describe(s);
