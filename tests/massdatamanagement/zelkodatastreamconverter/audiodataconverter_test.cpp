@@ -4,7 +4,8 @@
 // progress, traces, the files written, the WAV read back by libsndfile with its bext chunk,
 // the session file) and compares the whole with <name>.dump beside the script. Operations:
 //
-//   audio NAME wav|flac|aiff|au pcm16|pcm24|pcm32|u8|s8|float|double RATE CHANNELS FRAMES
+//   audio NAME wav|wavex|w64|rf64|flac|aiff|au pcm16|pcm24|pcm32|u8|s8|float|double RATE CHANNELS
+//   FRAMES
 //                      an input of a ramp that every format from 8-bit PCM up keeps exactly
 //   file NAME hex=... | text=a b\r\nc | comment=SIZE   a raw input or sidecar (a comment of SIZE)
 //   mkdir NAME | link-full NAME     in the output directory: a directory, a link to /dev/full
@@ -35,7 +36,8 @@ namespace {
 constexpr unsigned long long StartMicroseconds = 1500000000123456ULL;
 
 std::map<QString, int> const formats{
-    {"wav", SF_FORMAT_WAV},      {"flac", SF_FORMAT_FLAC},    {"aiff", SF_FORMAT_AIFF},
+    {"wav", SF_FORMAT_WAV},      {"wavex", SF_FORMAT_WAVEX},  {"w64", SF_FORMAT_W64},
+    {"rf64", SF_FORMAT_RF64},    {"flac", SF_FORMAT_FLAC},    {"aiff", SF_FORMAT_AIFF},
     {"au", SF_FORMAT_AU},        {"pcm16", SF_FORMAT_PCM_16}, {"pcm24", SF_FORMAT_PCM_24},
     {"pcm32", SF_FORMAT_PCM_32}, {"u8", SF_FORMAT_PCM_U8},    {"s8", SF_FORMAT_PCM_S8},
     {"float", SF_FORMAT_FLOAT},  {"double", SF_FORMAT_DOUBLE}};
