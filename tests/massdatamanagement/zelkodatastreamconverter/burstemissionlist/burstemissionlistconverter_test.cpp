@@ -1,23 +1,18 @@
-// The burst emission list converter driven by scripts: each tests/data/burstemissionlist/
-// <name>.scenario feeds frames and asks questions, one operation a line; the driver echoes each
-// line with what the converter answered, ends with everything it holds, and compares the whole
-// with <name>.dump beside the script. The operations:
-//
-//   frame radio=9 start=1000 dur=5 [stride= ext= levels=N first=-100 b=t/len/offset/bw/level
-//         word=k:value cut=bytes slack=bytes]   one frame; levels=N gives N records of
-//                                               falling level, b= one record each
-//   frames n=20 step=1000 cycle=1:2:3 <frame>   frame i starts at i·step with cycle[i] records
-//   every-cut <frame>                            every cut of the frame, which ones are taken
+// The burst emission list driven by scripts: each tests/data/burstemissionlist/<name>.scenario
+// feeds frames and asks questions, one operation a line; the driver echoes each line with the
+// answer, ends with everything the converter holds and compares the whole with <name>.dump.
+//   frame radio= start= dur= [stride= ext= levels=N first=-100 b=t/len/offset/bw/level
+//         word=k:value cut=bytes slack=bytes]   levels=N: N records of falling level
+//   frames n= step= cycle=1:2:3 <frame>      frame i starts at i·step with cycle[i] records
+//   every-cut <frame>                        which cuts of the frame are taken
 //   hopper spacing= channels= frames= [radio= start= occupancy= jitter= bw= bursts= seed= gauss
-//         back-after= warm=]  generated frames of one radio, jitter and bandwidth as fractions
-//         of the spacing; the heap allocations of the frames after the first `warm` are counted
-//   quality <hopper>                           how well 16 frames of the hopper are estimated
-//   max-segments N | binning abs|rel V | segmentation abs|rel V | estimation R F
-//   sampling span count lower upper | seed N
-//   available radio= t= | erase radio= | set radio= | sample radio= | state
-//   dump frames|bursts|text|ftw|grid FILE | show FILE | parse frames|bursts FILE
-//   cut-parse frames|bursts FILE | damage FILE offset hex | restart
-// A value list key=a,b,... runs its line once for each value.
+//         back-after= warm=]   a generated radio (jitter, bw: fractions of the spacing); the
+//         frames after the first `warm` must not allocate.  quality <hopper>: its estimate
+//   max-segments N | binning abs|rel V | segmentation abs|rel V | estimation R F | seed N
+//   sampling span count lower upper | available radio= t= | erase radio= | set radio=
+//   sample radio= | state | restart | dump frames|bursts|text|ftw|grid FILE | show FILE
+//   parse frames|bursts FILE | cut-parse frames|bursts FILE | damage FILE offset hex
+//   and the calculations below. A value list key=a,b,... runs its line once for each value.
 
 #include <QDataStream>
 #include <QDir>
@@ -40,7 +35,6 @@
 
 using namespace zelkodatastreamconverter::BurstEmissionList;
 using zelkorecording::BurstListFrame;
-using zelkorecording::BurstRecord;
 
 namespace {
 
@@ -49,35 +43,45 @@ using Alg = HopperFrequencyAlgorithm;
 using Doubles = std::vector<double>;
 using Fields = QStringList;
 
-/// Whether the value reads back equal from its stream, and how many cuts of the stream are
-/// refused, leaving an empty value rather than a half-read one.
 template <typename T>
-QString roundTrip(T const& value)
+QByteArray bytesOf(T const& value) // big-endian, as a fresh stream writes
 {
     QByteArray bytes;
     QDataStream out(&bytes, QIODevice::WriteOnly);
     out << value;
+    return bytes;
+}
+
+template <typename T>
+T readValue(QByteArray const& bytes, bool& good)
+{
+    QDataStream in(bytes);
+    T value;
+    in >> value;
+    good = in.status() == QDataStream::Ok;
+    return value;
+}
+
+// Whether the value reads back equal, and how many cuts of its bytes are refused, leaving an
+// empty value rather than a half-read one.
+template <typename T>
+QString roundTrip(T const& value)
+{
+    QByteArray const bytes = bytesOf(value);
+    bool good = false;
     int refused = 0;
     for (int cut = 0; cut < bytes.size(); ++cut) {
-        QDataStream in(bytes.left(cut));
-        T part;
-        in >> part;
-        refused += in.status() != QDataStream::Ok && part == T();
+        refused += readValue<T>(bytes.left(cut), good) == T() && !good;
     }
-    QDataStream in(bytes);
-    T back;
-    in >> back;
-    bool const equal = in.status() == QDataStream::Ok && back == value;
+    bool const equal = readValue<T>(bytes, good) == value && good;
     return QStringLiteral("%1 bytes read back %2, %3 cuts refused")
         .arg(bytes.size())
         .arg(equal ? "equal" : "DIFFERENT")
         .arg(refused);
 }
 
-// The pure calculations of the burst emission list as scenario operations: a line
-// "name scalars... [| list] [| list]" answers with the result of one calculation. Records are
-// written with their fields joined by slashes: start/spacing/count/occupied/deviation (grid
-// segments), f/bw/t/len/level (bursts), f0/f1/t0/t1 (windows).
+// Calculations: "name scalars... [| list]..." answers with one result. Records are written
+// start/spacing/count/occupied/deviation (grid segments), f/bw/t/len/level, f0/f1/t0/t1.
 
 struct Args
 {
@@ -96,6 +100,19 @@ QString n(double value)
     return QString::number(value, 'g', 15);
 }
 
+QString describe(FrequencyTimeWindow const& w)
+{
+    return n(w.startFrequency) + ".." + n(w.stopFrequency) + " Hz, " +
+           QString::number(w.startTime) + ".." + QString::number(w.stopTime);
+}
+
+QString describe(BurstData const& b)
+{
+    return n(b.frequency) + " Hz bw " + n(b.bandwidth) +
+           QStringLiteral(" t %1 len %2 ").arg(b.time).arg(b.length) + n(double(b.level_dBm)) +
+           " dBm";
+}
+
 template <typename Container>
 QString join(Container const& values)
 {
@@ -107,23 +124,17 @@ QString join(Container const& values)
 }
 
 template <typename T>
-QString text(T const& value) // its text, its big-endian stream bytes and their round trip
+QString text(T const& value) // its text, its stream bytes and their round trip
 {
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream << value;
-    return value.toString() + QStringLiteral("\n     ") + QString::fromLatin1(bytes.toHex()) +
-           QStringLiteral("\n     ") + roundTrip(value);
+    return value.toString() + "\n     " + bytesOf(value).toHex() + "\n     " + roundTrip(value);
 }
 
 template <typename T>
 QString readFrom(QString const& hex) // a value read from damaged bytes
 {
-    QDataStream stream(QByteArray::fromHex(hex.toLatin1()));
-    T value;
-    stream >> value;
-    return QStringLiteral("%1, %2").arg(stream.status() == QDataStream::Ok ? "read" : "refused",
-                                        value == T() ? "empty" : "NOT EMPTY");
+    bool good = false;
+    bool const empty = readValue<T>(QByteArray::fromHex(hex.toLatin1()), good) == T();
+    return QStringLiteral("%1, %2").arg(good ? "read" : "refused", empty ? "empty" : "NOT EMPTY");
 }
 
 QString radio(A a)
@@ -132,7 +143,7 @@ QString radio(A a)
     for (std::size_t i = 0; i < a.lists.size(); ++i) {
         std::vector<BurstData> bursts;
         for (double f : a.lists[i]) {
-            bursts.push_back(BurstData(f, f * 10, 100 * i + 1, unsigned(i), float(-f)));
+            bursts.emplace_back(f, f * 10, 100 * i + 1, unsigned(i), float(-f));
         }
         radio.appendBurstsOfNewSegment(100 * i, 100 * i + 100, bursts);
     }
@@ -203,12 +214,18 @@ QString merged(A a)
     return join(v);
 }
 
-QString mergedBins(A a)
+std::vector<FrequencyMeanAndSampleSize> bins(A a) // means | sample sizes
 {
     std::vector<FrequencyMeanAndSampleSize> bins;
     for (std::size_t i = 0; i < a.v.size(); ++i) {
         bins.push_back({a.v[i], unsigned(a.w.at(i))});
     }
+    return bins;
+}
+
+QString mergedBins(A a)
+{
+    auto bins = ::bins(a);
     Alg::calculateHopperFrequencySet(bins, a.s.at(0));
     QStringList texts;
     for (auto const& bin : bins) {
@@ -254,9 +271,7 @@ QString segmentData(A a)
     HopperRadioSegmentData data;
     std::tie(data.minimumLevel_dBm, data.meanLevel_dBm, data.medianLevel_dBm, data.maximumLevel_dBm,
              data.bandwidth) = std::tie(a.s[0], a.s[1], a.s[2], a.s[3], a.s[4]);
-    for (std::size_t i = 0; i < a.v.size(); ++i) {
-        data.frequencies.push_back({a.v[i], unsigned(a.w.at(i))});
-    }
+    data.frequencies = bins(a);
     return QStringLiteral("%1 samples %2 sorted %3")
         .arg(data.toString())
         .arg(data.sampleCount())
@@ -335,11 +350,7 @@ std::map<QString, std::function<QString(A)>> const calculations{
      }},
     {"burst",
      [](A a) {
-         FrequencyTimeWindow const w = burst(a.records[0]).toFTW();
-         return QStringLiteral("window %1..%2 Hz, %3..%4; ")
-                    .arg(n(w.startFrequency), n(w.stopFrequency))
-                    .arg(w.startTime)
-                    .arg(w.stopTime) +
+         return "window " + describe(burst(a.records[0]).toFTW()) + "; " +
                 text(burst(a.records[0]));
      }},
     {"window", [](A a) { return text(window(a.records[0])); }},
@@ -381,23 +392,6 @@ QString calculate(QString const& line)
     return answer.isEmpty() ? QStringLiteral("(none)") : answer;
 }
 
-QString describe(FrequencyTimeWindow const& w)
-{
-    return QStringLiteral("%1..%2 Hz, %3..%4")
-        .arg(n(w.startFrequency), n(w.stopFrequency))
-        .arg(w.startTime)
-        .arg(w.stopTime);
-}
-
-QString describe(BurstData const& b)
-{
-    return QStringLiteral("%1 Hz bw %2 t %3 len %4 %5 dBm")
-        .arg(n(b.frequency), n(b.bandwidth))
-        .arg(b.time)
-        .arg(b.length)
-        .arg(n(double(b.level_dBm)));
-}
-
 // "key=value" of a script line, or the fallback.
 double real(QStringList const& args, QString const& key, double fallback = 0)
 {
@@ -409,8 +403,9 @@ double real(QStringList const& args, QString const& key, double fallback = 0)
     return fallback;
 }
 
-QByteArray frameBytes(QStringList const& args, int levelCount)
+QByteArray frameBytes(QStringList const& args, int levelCount = -1)
 {
+    levelCount = levelCount < 0 ? int(real(args, "levels")) : levelCount;
     BurstListFrame f;
     f.radioID = quint32(real(args, "radio"));
     f.startTime = quint64(real(args, "start"));
@@ -437,11 +432,6 @@ QByteArray frameBytes(QStringList const& args, int levelCount)
     }
     bytes += QByteArray(int(real(args, "slack")), '\0');
     return bytes.left(int(real(args, "cut", bytes.size())));
-}
-
-QByteArray frameBytes(QStringList const& args)
-{
-    return frameBytes(args, int(real(args, "levels")));
 }
 
 void write(QString const& file, QByteArray const& bytes)
@@ -476,38 +466,25 @@ zelkorecording::HopperScenario hopperScenario(QStringList const& args)
     return scenario;
 }
 
-// How far a hopper's estimated spacing and first start lie from the truth, and whether within
-// the resolution with every segment starting on the true grid.
+// The grid estimated from 16 frames of a generated hopper (the converter's natural input:
+// 16 segments of 2048 bursts), beside the truth.
 QString quality(QStringList const& args)
 {
     auto const scenario = hopperScenario(args);
     zelkorecording::HopperGenerator generator(scenario);
     Converter converter;
-    for (int i = 0; i < 16; ++i) { // its natural input: 16 segments of 2048 bursts
+    for (int i = 0; i < 16; ++i) {
         converter.processFrame(generator.nextFrame().frameBytes());
     }
-    auto const grid = converter.getFrequencySetForRadioID(1).first.gridEstimation.segments;
-    auto const& truth = scenario.radios[0].segments[0];
-    double const resolution =
-        HopperFrequencyAlgorithm::effectiveResolution(-1.0, truth.channelSpacing);
-    bool within = !grid.empty();
-    double spacingError = 0.0;
-    for (auto const& s : grid) {
-        spacingError = std::max(spacingError, std::abs(s.channelSpacing - truth.channelSpacing));
-        double const channels = (s.startFrequency - truth.startFrequency) / truth.channelSpacing;
-        within = within &&
-                 std::abs(channels - std::round(channels)) * truth.channelSpacing <= resolution;
+    auto const used = scenario.radios[0].usedChannelFrequencies();
+    QString result = QStringLiteral("%1 of %2 channels used, the lowest at %3")
+                         .arg(used.size())
+                         .arg(scenario.radios[0].segments[0].channelCount)
+                         .arg(n(used.front()));
+    for (auto const& s : converter.getFrequencySetForRadioID(1).first.gridEstimation.segments) {
+        result += "\n     grid " + describe(s);
     }
-    double const startError =
-        grid.empty()
-            ? 0.0
-            : grid.front().startFrequency - scenario.radios[0].usedChannelFrequencies().front();
-    within = within && spacingError <= resolution && std::abs(startError) <= resolution;
-    return QString::asprintf("%zu of %u channels used; %zu segments, spacing %+.1f, start %+.1f "
-                             "(resolution %g)%s",
-                             scenario.radios[0].usedChannelFrequencies().size(), truth.channelCount,
-                             grid.size(), spacingError, startError, resolution,
-                             within ? "" : "  MISSED");
+    return result;
 }
 
 class ScenarioDriver
@@ -564,7 +541,6 @@ private:
     {
         QString const op = args[0];
         unsigned const radio = unsigned(real(args, "radio"));
-        auto const mode = [&args] { return args[1] == "abs" ? eAbsolute : eRelative; };
         if (op == "frame") {
             feed(frameBytes(args), true);
         } else if (op == "frames") {
@@ -580,10 +556,10 @@ private:
             hopper(args);
         } else if (op == "max-segments") {
             m_converter->setMaxSegmentsPerRadioID((unsigned short)args[1].toUInt());
-        } else if (op == "binning") {
-            m_converter->setBinningTolerance(mode(), args[2].toDouble());
-        } else if (op == "segmentation") {
-            m_converter->setSegmentationParameters(mode(), args[2].toDouble());
+        } else if (op == "binning" || op == "segmentation") {
+            (m_converter.get()->*(op == "binning" ? &Converter::setBinningTolerance
+                                                  : &Converter::setSegmentationParameters))(
+                args[1] == "abs" ? eAbsolute : eRelative, args[2].toDouble());
         } else if (op == "estimation") {
             m_converter->setEstimationParameters(args[1].toDouble(), args[2].toDouble());
         } else if (op == "sampling") {
