@@ -3,7 +3,6 @@
 // answer, ends with everything the converter holds and compares the whole with <name>.dump.
 //   frame radio= start= dur= [stride= ext= levels=N first=-100 b=t/len/offset/bw/level
 //         word=k:value cut=bytes slack=bytes]   levels=N: N records of falling level
-//   frames n= step= cycle=1:2:3 <frame>      frame i starts at i·step with cycle[i] records
 //   every-cut <frame>                        which cuts of the frame are taken
 //   hopper spacing= channels= frames= [radio= start= occupancy= jitter= bw= bursts= seed= gauss
 //         back-after= warm=]   a generated radio (jitter, bw: fractions of the spacing); the
@@ -403,9 +402,9 @@ double real(QStringList const& args, QString const& key, double fallback = 0)
     return fallback;
 }
 
-QByteArray frameBytes(QStringList const& args, int levelCount = -1)
+QByteArray frameBytes(QStringList const& args)
 {
-    levelCount = levelCount < 0 ? int(real(args, "levels")) : levelCount;
+    int const levelCount = int(real(args, "levels"));
     BurstListFrame f;
     f.radioID = quint32(real(args, "radio"));
     f.startTime = quint64(real(args, "start"));
@@ -543,13 +542,6 @@ private:
         unsigned const radio = unsigned(real(args, "radio"));
         if (op == "frame") {
             feed(frameBytes(args), true);
-        } else if (op == "frames") {
-            QStringList const cycle =
-                args.filter(QRegularExpression("^cycle=")).value(0).mid(6).split(':');
-            for (int i = 0; i < int(real(args, "n")); ++i) {
-                QString const start = QStringLiteral("start=%1").arg(i * real(args, "step"));
-                feed(frameBytes(QStringList(args) << start, cycle[i % cycle.size()].toInt()));
-            }
         } else if (op == "every-cut") {
             everyCut(frameBytes(args));
         } else if (op == "hopper") {
