@@ -135,24 +135,25 @@ private:
         sf_close(file);
     }
 
+    // The converter before lives on until the new one has loaded: each has its own object.
     void load(QString const& library)
     {
-        m_converter.reset();
         int const liveBefore = CfgCenter::LiveInstanceCount();
         zelkotest::TraceCapture trace(0x20);
         testing::internal::CaptureStdout();
-        m_converter = std::make_unique<AudioDataConverter>(
+        auto next = std::make_unique<AudioDataConverter>(
             library == "standard"  ? QStringLiteral("AudioFileExport.DLL")
             : library == "failing" ? QStringLiteral(ZELKO_FAILING_AUDIO_PLUGIN)
             : library == "counter" ? QStringLiteral(ZELKO_COUNTER_PLUGIN)
                                    : library);
         QString const printed = QString::fromStdString(testing::internal::GetCapturedStdout());
-        m_out << "  -> loaded " << (m_converter->isLoaded() ? "yes" : "no")
-              << ", library instances " << CfgCenter::LiveInstanceCount() - liveBefore
-              << " more than before, stdout: \"" << printed.trimmed() << "\"\n";
+        m_out << "  -> loaded " << (next->isLoaded() ? "yes" : "no") << ", library instances "
+              << CfgCenter::LiveInstanceCount() - liveBefore << " more than before, stdout: \""
+              << printed.trimmed() << "\"\n";
         for (auto const& line : trace.lines()) {
             m_out << "     trace " << line.sourceFile << ": " << line.message << '\n';
         }
+        m_converter = std::move(next);
     }
 
     void convert(QString const& input, QString const& outputDirectory)
