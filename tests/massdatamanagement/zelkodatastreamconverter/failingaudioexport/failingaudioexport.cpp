@@ -18,7 +18,8 @@ public:
             m_progress(0, 0);
             m_progress(1, 1);
         }
-        return !inputPath.contains(QLatin1String("fail-convert")) && touch(wavPath);
+        return !inputPath.contains(QLatin1String("fail-convert")) &&
+               QFile(wavPath).open(QIODevice::WriteOnly);
     }
     bool WriteSession(QStringList const& wavPaths, QString& sessionPath) override
     {
@@ -26,18 +27,12 @@ public:
             return false;
         }
         sessionPath = wavPaths.first() + QStringLiteral(".session");
-        return touch(sessionPath);
+        return QFile(sessionPath).open(QIODevice::WriteOnly);
     }
     void SetProgress(Progress progress) override { m_progress = std::move(progress); }
 
 private:
     Progress m_progress;
-
-    static bool touch(QString const& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::WriteOnly);
-    }
 };
 
 } // namespace
