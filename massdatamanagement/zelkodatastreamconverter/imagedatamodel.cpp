@@ -1,6 +1,7 @@
 #include "imagedatamodel.h"
 
 #include "frameformat.h"
+#include "framevalues.h"
 #include "hellschreiberreader.h"
 #include "imageframe.h"
 #include "moduletrace.h"
@@ -20,26 +21,15 @@ ModuleTrace const& trace()
     return instance;
 }
 
+template <typename T>
+T lineValue(QByteArray const& frame, int word)
+{
+    return readAt<T>(frame, FrameHeaderSize + 4 * word);
+}
+
 quint32 wordAt(QByteArray const& frame, int word)
 {
-    quint32 value = 0;
-    std::memcpy(&value, frame.constData() + FrameHeaderSize + 4 * word, 4);
-    return value;
-}
-
-quint32 bitsPerPixel(quint32 format)
-{
-    return format & 0xFFu;
-}
-
-bool isColour(quint32 format)
-{
-    return (format & ImageColourFlag) != 0;
-}
-
-quint32 kindOf(quint32 format)
-{
-    return (format >> 16) & 0xFFu;
+    return lineValue<quint32>(frame, word);
 }
 
 QString kindName(quint32 kind)
@@ -139,10 +129,8 @@ void ImageDataModel::setOutput(QString const& directory, FileInfoCallback* callb
 
 bool ImageDataModel::processData(QByteArray const& frame)
 {
-    quint32 type = 0;
-    if (frame.size() >= FrameHeaderSize) {
-        std::memcpy(&type, frame.constData() + FrameTypeOffset, 4);
-    }
+    quint32 const type =
+        frame.size() >= FrameHeaderSize ? readAt<quint32>(frame, FrameTypeOffset) : 0u;
     if (type != FrameType::Image) {
         return false;
     }
@@ -204,11 +192,9 @@ bool ImageDataModel::readLine(QByteArray const& frame, Line& line, QString& reas
                      .arg(payload - ImageLineHeaderBytes);
         return false;
     }
-    quint64 const micros =
-        quint64(wordAt(frame, W::TimeLow)) | (quint64(wordAt(frame, W::TimeHigh)) << 32);
-    line.time = QDateTime::fromMSecsSinceEpoch(qint64(micros / 1000), Qt::UTC);
-    line.frequency = double(quint64(wordAt(frame, W::FrequencyLow)) |
-                            (quint64(wordAt(frame, W::FrequencyHigh)) << 32));
+    // 64-bit values stand as two words, low word first, as in the other frames.
+    line.time = timeFromMicroseconds(lineValue<quint64>(frame, W::TimeLow));
+    line.frequency = double(lineValue<quint64>(frame, W::FrequencyLow));
     line.imageId = wordAt(frame, W::ImageId);
     line.index = wordAt(frame, W::LineIndex);
     line.pixels = frame.mid(FrameHeaderSize + ImageLineHeaderBytes, int(needed));

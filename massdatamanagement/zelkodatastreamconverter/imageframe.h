@@ -70,6 +70,22 @@ constexpr quint32 imageFormatWord(quint32 bitsPerPixel, bool colour, quint32 kin
     return (bitsPerPixel & 0xFFu) | (colour ? ImageColourFlag : 0u) | ((kind & 0xFFu) << 16);
 }
 
+/// The parts of a format word.
+constexpr quint32 bitsPerPixel(quint32 format)
+{
+    return format & 0xFFu;
+}
+
+constexpr bool isColour(quint32 format)
+{
+    return (format & ImageColourFlag) != 0;
+}
+
+constexpr quint32 kindOf(quint32 format)
+{
+    return (format >> 16) & 0xFFu;
+}
+
 /// Bytes of a line of `width` pixels at `bitsPerPixel`; 0 for an unknown depth.
 constexpr quint32 imageLineBytes(quint32 width, quint32 bitsPerPixel)
 {
