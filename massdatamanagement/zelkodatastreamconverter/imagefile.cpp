@@ -29,22 +29,11 @@ bool ImageFile::writeImage(QImage const& image, QDateTime const& start, QDateTim
     m_pictureStart = start;
     m_pictureStop = stop;
     QString const stagedPath = stagedFilePath(getDirectory());
-    bool written = false;
-    {
-        QFile staged(stagedPath);
-        if (staged.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-            QImageWriter writer(&staged, "png");
-            written = writer.write(image) && flushToDisk(staged);
-            if (!written) {
-                trace().warning(QStringLiteral("writeImage: cannot write %1: %2")
-                                    .arg(stagedPath, writer.errorString()),
-                                __LINE__);
-            }
-        } else {
-            trace().warning(QStringLiteral("writeImage: cannot write %1: %2")
-                                .arg(stagedPath, staged.errorString()),
-                            __LINE__);
-        }
+    QString failure;
+    bool const written = writePng(stagedPath, image, failure);
+    if (!written) {
+        trace().warning(QStringLiteral("writeImage: cannot write %1: %2").arg(stagedPath, failure),
+                        __LINE__);
     }
     bool const placed = written && createFileFrom(stagedPath);
     QFile::remove(stagedPath);
@@ -53,6 +42,21 @@ bool ImageFile::writeImage(QImage const& image, QDateTime const& start, QDateTim
         closeFile(false);
     }
     return placed;
+}
+
+bool ImageFile::writePng(QString const& path, QImage const& image, QString& failure)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        failure = file.errorString();
+        return false;
+    }
+    QImageWriter writer(&file, "png");
+    if (writer.write(image) && flushToDisk(file)) {
+        return true;
+    }
+    failure = writer.errorString();
+    return false;
 }
 
 void ImageFile::sendFileInfo(bool complete)

@@ -33,6 +33,9 @@ protected:
     void fillRecord(REPORTKIT::FileRecord& record, bool complete) const override;
 
 private:
+    /// The PNG into a new file at path; false with the reason when it could not be written.
+    static bool writePng(QString const& path, QImage const& image, QString& failure);
+
     QDateTime m_pictureStart;
     QDateTime m_pictureStop;
     QString m_lastPath;
