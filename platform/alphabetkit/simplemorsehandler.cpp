@@ -181,3 +181,14 @@ QString SimpleMorseHandler::Backtranslate(QString const& text)
     }
     return out;
 }
+
+// Element timing is being built; until then a stream completes no characters.
+QVector<MorseCharacter> SimpleMorseHandler::AddElements(QVector<MorseElement> const&)
+{
+    return {};
+}
+
+QVector<MorseCharacter> SimpleMorseHandler::FlushElements()
+{
+    return {};
+}

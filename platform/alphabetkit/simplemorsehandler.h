@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QHash>
+#include <QVector>
 #include <alphabetkit/ialphabethandler.h>
+#include <alphabetkit/morsecharacter.h>
 
 /// An alphabet handler for Morse element streams: "." is a dot, "-" a dash, a blank ends a
 /// character and "/" ends a word (printed as one blank); any other code unit ends the
@@ -31,6 +33,16 @@ public:
     QString Backtranslate(QString const& text) override;
 
     QStringList LoadErrors() const { return m_errors; }
+
+    /// Element timing: reads key-down and key-up durations of one stream (one handler per
+    /// stream) with an adaptive speed estimate (5 to 60 words per minute, Farnsworth spacing,
+    /// speed changes within a message) and returns the characters that these elements
+    /// complete, with a word gap as a " " character. Consecutive elements of the same state
+    /// add up. The characters are printed through the current alphabet ("Morse"; with "None"
+    /// the dots and dashes themselves).
+    QVector<MorseCharacter> AddElements(QVector<MorseElement> const& elements);
+    /// Ends the stream: returns the character still pending, if any, and resets the timing.
+    QVector<MorseCharacter> FlushElements();
 
 private:
     void flush(QString& out);
