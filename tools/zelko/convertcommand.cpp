@@ -38,7 +38,7 @@ bool buildSettings(QCommandLineParser const& parser, JobSpec::Settings& settings
         bool ok = false;
         double const hertz = parser.value(QStringLiteral("frequency")).toDouble(&ok);
         if (!ok || hertz < 0) {
-            error = QStringLiteral("--frequency needs hertz, not '%1'")
+            error = QStringLiteral("--frequency needs hertz, not '%1' (see --help)")
                         .arg(parser.value(QStringLiteral("frequency")));
             return false;
         }
@@ -50,7 +50,7 @@ bool buildSettings(QCommandLineParser const& parser, JobSpec::Settings& settings
         auto const mode =
             JobSpec::Demodulator_Settings::NameToMode(parser.value(QStringLiteral("mode")), &ok);
         if (!ok) {
-            error = QStringLiteral("unknown demodulation mode '%1'")
+            error = QStringLiteral("unknown demodulation mode '%1' (see --help)")
                         .arg(parser.value(QStringLiteral("mode")));
             return false;
         }
