@@ -1,0 +1,246 @@
+#include "cwkeyingdetector.h"
+
+#include <QtMath>
+#include <algorithm>
+
+namespace zelkorecording {
+
+namespace {
+
+using Complex = std::complex<double>;
+
+constexpr double lowestTone = 100;
+constexpr double highestTone = 4000;
+constexpr int blockSteps = 5000; // 5 s of milliseconds
+constexpr double keyDownFraction = 0.55;
+constexpr double keyUpFraction = 0.40;
+constexpr double presentRatio = 1.5; // 3.5 dB
+
+void fft(QVector<Complex>& a)
+{
+    int const n = a.size();
+    for (int i = 1, j = 0; i < n; ++i) {
+        int bit = n >> 1;
+        for (; j & bit; bit >>= 1) {
+            j ^= bit;
+        }
+        j ^= bit;
+        if (i < j) {
+            std::swap(a[i], a[j]);
+        }
+    }
+    for (int length = 2; length <= n; length <<= 1) {
+        Complex const root = std::polar(1.0, -2 * M_PI / length);
+        for (int i = 0; i < n; i += length) {
+            Complex w(1);
+            for (int k = 0; k < length / 2; ++k) {
+                Complex const u = a[i + k];
+                Complex const v = a[i + k + length / 2] * w;
+                a[i + k] = u + v;
+                a[i + k + length / 2] = u - v;
+                w *= root;
+            }
+        }
+    }
+}
+
+float percentile(QVector<float> values, double fraction)
+{
+    if (values.isEmpty()) {
+        return 0;
+    }
+    auto const at = values.begin() + int(fraction * (values.size() - 1));
+    std::nth_element(values.begin(), at, values.end());
+    return *at;
+}
+
+/// Magnitudes of the I/Q steps summed over `width` steps centred on each.
+QVector<float> envelope(QVector<std::complex<float>> const& steps, int width)
+{
+    int const n = steps.size();
+    QVector<std::complex<double>> prefix(n + 1);
+    for (int i = 0; i < n; ++i) {
+        prefix[i + 1] = prefix[i] + std::complex<double>(steps[i]);
+    }
+    QVector<float> out(n);
+    for (int i = 0; i < n; ++i) {
+        int const from = qMax(0, i - width / 2);
+        int const to = qMin(n, i - width / 2 + width);
+        out[i] = float(std::abs(prefix[to] - prefix[from]) / width);
+    }
+    return out;
+}
+
+struct Levels
+{
+    float floor = 0;
+    float keyed = 0;
+};
+
+/// Floor and keyed level per 5 s block, from the 15 s around it.
+QVector<Levels> blockLevels(QVector<float> const& envelope)
+{
+    int const blocks = (envelope.size() + blockSteps - 1) / blockSteps;
+    QVector<Levels> out(blocks);
+    for (int b = 0; b < blocks; ++b) {
+        int const from = qMax(0, (b - 1) * blockSteps);
+        int const to = qMin(envelope.size(), (b + 2) * blockSteps);
+        QVector<float> const window = envelope.mid(from, to - from);
+        out[b] = {percentile(window, 0.2), percentile(window, 0.95)};
+    }
+    return out;
+}
+
+/// Key-down/key-up runs of the envelope, each crossing placed between milliseconds by
+/// linear interpolation.
+QVector<KeyElement> key(QVector<float> const& envelope)
+{
+    QVector<Levels> const levels = blockLevels(envelope);
+    QVector<KeyElement> out;
+    bool down = false;
+    double runStart = 0;
+    for (int i = 0; i < envelope.size(); ++i) {
+        Levels const& level = levels[i / blockSteps];
+        bool const present = level.keyed > presentRatio * level.floor && level.keyed > 0;
+        float const span = level.keyed - level.floor;
+        float const threshold = level.floor + span * (down ? keyUpFraction : keyDownFraction);
+        bool const next = present && (down ? envelope[i] >= threshold : envelope[i] > threshold);
+        if (next == down) {
+            continue;
+        }
+        double at = i;
+        if (i > 0 && envelope[i] != envelope[i - 1]) {
+            at =
+                i - 1 + double(threshold - envelope[i - 1]) / double(envelope[i] - envelope[i - 1]);
+            at = qBound(double(i - 1), at, double(i));
+        }
+        double const microseconds = (at - runStart) * CwKeyingDetector::stepMicroseconds;
+        if (microseconds >= 1) {
+            out.append({down, quint32(qRound(microseconds))});
+        }
+        runStart = at;
+        down = next;
+    }
+    double const rest = (envelope.size() - runStart) * CwKeyingDetector::stepMicroseconds;
+    if (rest >= 1) {
+        out.append({down, quint32(qRound(rest))});
+    }
+    return out;
+}
+
+/// A dot's length from the marks: their 30th percentile (dots are about as common as
+/// dashes), 0 without marks.
+double dotFromMarks(QVector<KeyElement> const& elements)
+{
+    QVector<float> marks;
+    for (KeyElement const& element : elements) {
+        if (element.keyDown) {
+            marks.append(float(element.microseconds));
+        }
+    }
+    return percentile(marks, 0.3);
+}
+
+} // namespace
+
+CwKeyingDetector::CwKeyingDetector(int sampleRate) : m_sampleRate(qMax(1, sampleRate))
+{
+    m_fftSize = 256;
+    while (m_fftSize < m_sampleRate / 4) {
+        m_fftSize *= 2;
+    }
+    m_power.fill(0, m_fftSize / 2);
+}
+
+void CwKeyingDetector::addToneSearch(float const* samples, qint64 count)
+{
+    for (qint64 i = 0; i < count; ++i) {
+        m_block.append(samples[i]);
+        if (m_block.size() == m_fftSize) {
+            transformBlock();
+        }
+    }
+}
+
+void CwKeyingDetector::transformBlock()
+{
+    QVector<Complex> spectrum(m_fftSize);
+    for (int i = 0; i < m_fftSize; ++i) {
+        double const hann = 0.5 - 0.5 * qCos(2 * M_PI * i / m_fftSize);
+        spectrum[i] = m_block[i] * hann;
+    }
+    fft(spectrum);
+    for (int k = 0; k < m_fftSize / 2; ++k) {
+        m_power[k] += std::norm(spectrum[k]);
+    }
+    m_block.clear();
+}
+
+double CwKeyingDetector::searchedTone() const
+{
+    double const binHz = double(m_sampleRate) / m_fftSize;
+    int const first = qMax(1, int(lowestTone / binHz));
+    int const last = qMin(m_fftSize / 2 - 2, int(highestTone / binHz));
+    int best = -1;
+    for (int k = first; k <= last; ++k) {
+        if (m_power[k] > 0 && (best < 0 || m_power[k] > m_power[best])) {
+            best = k;
+        }
+    }
+    if (best < 0) {
+        return 0;
+    }
+    // A parabola through the peak and its neighbours (in dB) places the tone between bins.
+    double const a = qLn(m_power[best - 1] + 1e-30);
+    double const b = qLn(m_power[best] + 1e-30);
+    double const c = qLn(m_power[best + 1] + 1e-30);
+    double const denominator = a - 2 * b + c;
+    double const offset = denominator < 0 ? 0.5 * (a - c) / denominator : 0;
+    return (best + qBound(-0.5, offset, 0.5)) * binHz;
+}
+
+void CwKeyingDetector::setTone(double hz)
+{
+    m_tone = hz;
+}
+
+void CwKeyingDetector::addSignal(float const* samples, qint64 count)
+{
+    double const increment = 2 * M_PI * m_tone / m_sampleRate;
+    for (qint64 i = 0; i < count; ++i) {
+        m_sum += double(samples[i]) * Complex(qCos(m_phase), -qSin(m_phase));
+        m_phase += increment;
+        if (m_phase > 2 * M_PI) {
+            m_phase -= 2 * M_PI;
+        }
+        ++m_sampleIndex;
+        // Steps end where a whole millisecond of samples has gone by, also at rates such as
+        // 22050 Hz that do not divide into milliseconds.
+        qint64 const stepsDone = m_sampleIndex * 1000000 / stepMicroseconds / m_sampleRate;
+        if (stepsDone > m_steps.size()) {
+            qint64 const samplesInStep = m_sampleIndex - m_stepEnd;
+            m_steps.append(std::complex<float>(m_sum * (2.0 / samplesInStep)));
+            m_stepEnd = m_sampleIndex;
+            m_sum = 0;
+        }
+    }
+}
+
+CwKeying CwKeyingDetector::finish() const
+{
+    CwKeying out;
+    out.toneHz = m_tone;
+    QVector<float> first = envelope(m_steps, 10);
+    double const roughDot = dotFromMarks(key(first));
+    int const width = qBound(3, int(roughDot / stepMicroseconds / 3), 40);
+    QVector<float> const smooth = roughDot > 0 ? envelope(m_steps, width) : first;
+    out.elements = key(smooth);
+    out.dotMicroseconds = dotFromMarks(out.elements);
+    float const keyed = percentile(smooth, 0.95);
+    if (keyed > 0) {
+        out.levelDbfs = 20 * std::log10(double(keyed));
+    }
+    return out;
+}
+
+} // namespace zelkorecording
