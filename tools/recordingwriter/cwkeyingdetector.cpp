@@ -232,7 +232,7 @@ CwKeying CwKeyingDetector::finish() const
     out.toneHz = m_tone;
     QVector<float> first = envelope(m_steps, 10);
     double const roughDot = dotFromMarks(key(first));
-    int const width = qBound(3, int(roughDot / stepMicroseconds / 3), 40);
+    int const width = qBound(3, int(roughDot * 2 / 3 / stepMicroseconds), 80);
     QVector<float> const smooth = roughDot > 0 ? envelope(m_steps, width) : first;
     out.elements = key(smooth);
     out.dotMicroseconds = dotFromMarks(out.elements);

@@ -24,7 +24,7 @@ struct CwKeying
 ///    refined between FFT bins. setTone() skips this pass.
 /// 2. addSignal(): the audio mixed down at the tone and summed per millisecond (I/Q).
 ///
-/// finish() smooths the I/Q coherently over a third of a dot (first guessed with 10 ms, then
+/// finish() smooths the I/Q coherently over two thirds of a dot (first guessed with 10 ms, then
 /// from the marks this finds), takes the magnitude as the envelope, estimates the noise floor
 /// (20th percentile) and the keyed level (95th percentile) over 15 s around each 5 s block,
 /// and keys with hysteresis at 55 % (down) and 40 % (up) between them, the crossings
