@@ -12,8 +12,8 @@ using Complex = std::complex<double>;
 constexpr double lowestTone = 100;
 constexpr double highestTone = 4000;
 constexpr int blockSteps = 5000; // 5 s of milliseconds
-constexpr double keyDownFraction = 0.55;
-constexpr double keyUpFraction = 0.40;
+constexpr double keyDownFraction = 0.50;
+constexpr double keyUpFraction = 0.35;
 constexpr double presentRatio = 1.5; // 3.5 dB
 
 void fft(QVector<Complex>& a)
@@ -235,7 +235,10 @@ CwKeying CwKeyingDetector::finish() const
     int const width = qBound(3, int(roughDot * 2 / 3 / stepMicroseconds), 80);
     QVector<float> const smooth = roughDot > 0 ? envelope(m_steps, width) : first;
     out.elements = key(smooth);
-    out.dotMicroseconds = dotFromMarks(out.elements);
+    // Marks ramp up and down over the smoothing width; the thresholds' offsets from the middle
+    // lengthen them by a known part of it.
+    double const lengthening = (1 - keyDownFraction - keyUpFraction) * (roughDot > 0 ? width : 10);
+    out.dotMicroseconds = qMax(0.0, dotFromMarks(out.elements) - lengthening * stepMicroseconds);
     float const keyed = percentile(smooth, 0.95);
     if (keyed > 0) {
         out.levelDbfs = 20 * std::log10(double(keyed));

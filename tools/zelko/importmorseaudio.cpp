@@ -139,7 +139,8 @@ int importMorseAudio(MorseAudioOptions const& options)
         tone = detector.searchedTone();
     }
     if (tone <= 0) {
-        return failure(QStringLiteral("%1: no audio to search for a tone").arg(options.audio));
+        return failure(
+            QStringLiteral("%1: no tone found between 100 and 4000 Hz").arg(options.audio));
     }
     detector.setTone(tone);
     if (!readAudio(file.get(), info, options, "keying",

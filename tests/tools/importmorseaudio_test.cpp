@@ -1,0 +1,203 @@
+// CW audio into Morse elements: keying synthesised at known timing, heard by CwKeyingDetector
+// and read back as text; "zelko import morse-audio" run as a user would.
+
+#include <QTemporaryDir>
+#include <QtMath>
+#include <alphabetkit/simplemorsehandler.h>
+#include <gtest/gtest.h>
+#include <random>
+#include <recordingwriter/cwkeyingdetector.h>
+#include <sndfile.h>
+#include <support/qstringprinter.h>
+#include <support/transcript.h>
+
+using namespace zelkorecording;
+
+namespace {
+
+struct Audio
+{
+    QVector<float> samples;
+    QVector<KeyElement> keying;
+};
+
+/// `text` keyed at `wpm` as a tone of amplitude 0.5 with 4 ms raised-cosine edges (centred on
+/// the keying instants), between 200 ms of silence before and 300 ms after, plus uniform noise.
+Audio synthesise(QString const& text, double wpm, double toneHz, int rate, double noise)
+{
+    SimpleMorseHandler handler;
+    handler.SetAlphabetsDir(QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets"));
+    handler.SetAlphabet(QStringLiteral("Morse"));
+    quint32 const dot = quint32(1.2e6 / wpm);
+    Audio audio;
+    audio.keying.append({false, 200000});
+    for (QString const& code :
+         handler.Backtranslate(text).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        if (code == QLatin1String("/")) {
+            audio.keying.last().microseconds += 4 * dot;
+            continue;
+        }
+        for (QChar const element : code) {
+            audio.keying.append({true, element == QLatin1Char('-') ? 3 * dot : dot});
+            audio.keying.append({false, dot});
+        }
+        audio.keying.last().microseconds = 3 * dot;
+    }
+    audio.keying.last().microseconds = 300000;
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> spread(-noise, noise);
+    double time = 0;
+    QVector<double> edges; // keying instants in seconds
+    for (KeyElement const& element : qAsConst(audio.keying)) {
+        time += element.microseconds / 1e6;
+        edges.append(time);
+    }
+    // A raised-cosine step from 0 (2 ms before a keying instant) to 1 (2 ms after it).
+    auto step = [](double sinceEdge) {
+        return 0.5 - 0.5 * qCos(M_PI * qBound(0.0, sinceEdge + 0.002, 0.004) / 0.004);
+    };
+    int const count = int(time * rate);
+    audio.samples.resize(count);
+    int k = 0; // the element sounding
+    for (int i = 0; i < count; ++i) {
+        double const t = double(i) / rate;
+        while (k + 1 < edges.size() && t >= edges[k]) {
+            ++k;
+        }
+        double const sinceStart = k > 0 ? t - edges[k - 1] : 1;
+        double const untilEnd = edges[k] - t;
+        double const up = sinceStart < untilEnd ? step(sinceStart) : 1 - step(-untilEnd);
+        double const gain = audio.keying[k].keyDown ? up : 1 - up;
+        audio.samples[i] = float(0.5 * gain * qSin(2 * M_PI * toneHz * t) + spread(random));
+    }
+    return audio;
+}
+
+bool writeWav(QString const& path, QVector<float> const& samples, int rate)
+{
+    SF_INFO info{};
+    info.samplerate = rate;
+    info.channels = 1;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE* file = sf_open(QFile::encodeName(path).constData(), SFM_WRITE, &info);
+    if (file == nullptr) {
+        return false;
+    }
+    bool const written =
+        sf_writef_float(file, samples.constData(), samples.size()) == samples.size();
+    return sf_close(file) == 0 && written;
+}
+
+struct DetectorRow
+{
+    char const* name;
+    double wpm;
+    double toneHz;
+    int rate;
+    double noise;
+};
+
+void PrintTo(DetectorRow const& row, std::ostream* os)
+{
+    *os << row.name;
+}
+
+class CwDetector : public testing::TestWithParam<DetectorRow>
+{
+};
+
+TEST_P(CwDetector, HearsTheKeyingAndItsText)
+{
+    DetectorRow const& row = GetParam();
+    QString const text = QStringLiteral("PARIS CQ 73");
+    Audio const audio = synthesise(text, row.wpm, row.toneHz, row.rate, row.noise);
+    CwKeyingDetector detector(row.rate);
+    detector.addToneSearch(audio.samples.constData(), audio.samples.size());
+    EXPECT_NEAR(detector.searchedTone(), row.toneHz, 2);
+    detector.setTone(detector.searchedTone());
+    // In two pieces: the mixer keeps its phase and its millisecond steps across calls.
+    int const half = audio.samples.size() / 2 + 17;
+    detector.addSignal(audio.samples.constData(), half);
+    detector.addSignal(audio.samples.constData() + half, audio.samples.size() - half);
+    CwKeying const heard = detector.finish();
+    ASSERT_EQ(heard.elements.size(), audio.keying.size());
+    double const dot = 1.2e6 / row.wpm;
+    for (int i = 1; i + 1 < heard.elements.size(); ++i) {
+        EXPECT_EQ(heard.elements[i].keyDown, audio.keying[i].keyDown) << i;
+        // Marks come out about a tenth of a dot long, gaps as much short (see the header).
+        EXPECT_NEAR(heard.elements[i].microseconds, audio.keying[i].microseconds,
+                    qMax(2000.0, (row.noise > 0 ? 0.2 : 0.13) * dot))
+            << i;
+    }
+    EXPECT_NEAR(heard.dotMicroseconds, dot, 0.08 * dot);
+    EXPECT_NEAR(heard.levelDbfs, -6.0, 1.0); // amplitude 0.5
+    SimpleMorseHandler handler;
+    handler.SetAlphabetsDir(QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets"));
+    handler.SetAlphabet(QStringLiteral("Morse"));
+    QVector<MorseElement> elements;
+    for (KeyElement const& e : heard.elements) {
+        elements.append({e.keyDown, e.microseconds});
+    }
+    QVector<MorseCharacter> characters = handler.AddElements(elements);
+    characters += handler.FlushElements();
+    QString decoded;
+    for (MorseCharacter const& c : qAsConst(characters)) {
+        decoded += c.text;
+    }
+    EXPECT_EQ(decoded, text);
+}
+
+DetectorRow const detectorRows[] = {
+    {"clean_20wpm_700Hz_8kHz", 20, 700, 8000, 0},
+    {"clean_60wpm_1200Hz_44k1Hz", 60, 1200, 44100, 0},
+    {"clean_5wpm_500Hz_22k05Hz", 5, 500, 22050, 0},
+    {"noisy_25wpm_850Hz_11k025Hz", 25, 850, 11025, 0.4},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, CwDetector, testing::ValuesIn(detectorRows),
+                         [](auto const& info) { return std::string(info.param.name); });
+
+TEST(CwDetectorSilence, FindsNoToneAndNoMarks)
+{
+    QVector<float> const silence(8000, 0.0f);
+    CwKeyingDetector detector(8000);
+    detector.addToneSearch(silence.constData(), silence.size());
+    EXPECT_EQ(detector.searchedTone(), 0);
+    detector.setTone(700);
+    detector.addSignal(silence.constData(), silence.size());
+    CwKeying const heard = detector.finish();
+    ASSERT_EQ(heard.elements.size(), 1);
+    EXPECT_FALSE(heard.elements[0].keyDown);
+    EXPECT_EQ(heard.elements[0].microseconds, 1000000u);
+}
+
+class ImportMorseAudioCalls : public testing::TestWithParam<zelkotest::ToolCall>
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        m_audio = m_dir.filePath(QStringLiteral("cq.wav"));
+        m_silence = m_dir.filePath(QStringLiteral("silence.wav"));
+        ASSERT_TRUE(writeWav(
+            m_audio, synthesise(QStringLiteral("CQ DE ZELKO"), 20, 700, 8000, 0).samples, 8000));
+        ASSERT_TRUE(writeWav(m_silence, QVector<float>(4000, 0.0f), 8000));
+    }
+    QTemporaryDir m_dir;
+    QString m_audio;
+    QString m_silence;
+};
+
+TEST_P(ImportMorseAudioCalls, MatchTheirTranscripts)
+{
+    EXPECT_EQ(zelkotest::transcriptDifference(
+                  ZELKO_TOOL, GetParam(), "tools/import", {},
+                  {{m_audio, QStringLiteral("CWAUDIO")}, {m_silence, QStringLiteral("SILENCE")}}),
+              QString());
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, ImportMorseAudioCalls,
+                         testing::ValuesIn(zelkotest::readToolCalls("tools/import.calls")),
+                         zelkotest::ToolCallName());
+
+} // namespace
