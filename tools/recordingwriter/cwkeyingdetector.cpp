@@ -15,6 +15,7 @@ constexpr int blockSteps = 5000; // 5 s of milliseconds
 constexpr double keyDownFraction = 0.50;
 constexpr double keyUpFraction = 0.35;
 constexpr double presentRatio = 1.5; // 3.5 dB
+constexpr int firstWidth = 20;       // milliseconds
 
 void fft(QVector<Complex>& a)
 {
@@ -128,13 +129,13 @@ QVector<KeyElement> key(QVector<float> const& envelope)
     return out;
 }
 
-/// A dot's length from the marks: their 30th percentile (dots are about as common as
-/// dashes), 0 without marks.
-double dotFromMarks(QVector<KeyElement> const& elements)
+/// A dot's length from the marks not shorter than `shortest`: their 30th percentile (dots are
+/// about as common as dashes), 0 without marks.
+double dotFromMarks(QVector<KeyElement> const& elements, double shortest = 0)
 {
     QVector<float> marks;
     for (KeyElement const& element : elements) {
-        if (element.keyDown) {
+        if (element.keyDown && element.microseconds >= shortest) {
             marks.append(float(element.microseconds));
         }
     }
@@ -230,14 +231,17 @@ CwKeying CwKeyingDetector::finish() const
 {
     CwKeying out;
     out.toneHz = m_tone;
-    QVector<float> first = envelope(m_steps, 10);
-    double const roughDot = dotFromMarks(key(first));
-    int const width = qBound(3, int(roughDot * 2 / 3 / stepMicroseconds), 80);
-    QVector<float> const smooth = roughDot > 0 ? envelope(m_steps, width) : first;
+    // A first look, smoothed enough to keep noise from keying but not so much that 60 wpm
+    // dots vanish; marks shorter than a third of it are noise that got through.
+    QVector<float> const first = envelope(m_steps, firstWidth);
+    double const roughDot = dotFromMarks(key(first), firstWidth * stepMicroseconds / 3);
+    int const width =
+        roughDot > 0 ? qBound(3, int(roughDot * 0.9 / stepMicroseconds), 120) : firstWidth;
+    QVector<float> const smooth = envelope(m_steps, width);
     out.elements = key(smooth);
     // Marks ramp up and down over the smoothing width; the thresholds' offsets from the middle
     // lengthen them by a known part of it.
-    double const lengthening = (1 - keyDownFraction - keyUpFraction) * (roughDot > 0 ? width : 10);
+    double const lengthening = (1 - keyDownFraction - keyUpFraction) * width;
     out.dotMicroseconds = qMax(0.0, dotFromMarks(out.elements) - lengthening * stepMicroseconds);
     float const keyed = percentile(smooth, 0.95);
     if (keyed > 0) {

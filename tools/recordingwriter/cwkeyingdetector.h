@@ -24,13 +24,13 @@ struct CwKeying
 ///    refined between FFT bins. setTone() skips this pass.
 /// 2. addSignal(): the audio mixed down at the tone and summed per millisecond (I/Q).
 ///
-/// finish() smooths the I/Q coherently over two thirds of a dot (first guessed with 10 ms, then
+/// finish() smooths the I/Q coherently over nine tenths of a dot (first guessed with 20 ms, then
 /// from the marks this finds), takes the magnitude as the envelope, estimates the noise floor
 /// (20th percentile) and the keyed level (95th percentile) over 15 s around each 5 s block,
 /// and keys with hysteresis at 50 % (down) and 35 % (up) between them, the crossings
 /// interpolated between milliseconds. Thresholds below the middle read noisy audio best (noise
 /// lifts the keyed level's estimate, and fades within a mark are bridged); the price is marks
-/// about a tenth of a dot longer than keyed and gaps as much shorter, which the element timing
+/// about a seventh of a dot longer than keyed and gaps as much shorter, which the element timing
 /// absorbs. Blocks whose keyed level is not 3.5 dB above the floor stay key up. Short glitches are
 /// left for the element timing to absorb.
 class CwKeyingDetector
