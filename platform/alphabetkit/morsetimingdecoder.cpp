@@ -40,9 +40,6 @@ double atLeast(double value, double ideal, double threshold)
 /// the values do not fall into two clusters `separation` apart.
 double twoClusterThreshold(QVector<double> values, double separation)
 {
-    if (values.size() < 2) {
-        return 0;
-    }
     for (double& value : values) {
         value = qLn(value);
     }

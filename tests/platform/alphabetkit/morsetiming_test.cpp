@@ -23,6 +23,8 @@ struct Keying
     quint32 spikeMicros = 0; ///< a crackle of this length in every word gap; 0: none
     bool splitElements = false;
     quint32 pauseMicros = 0; ///< key-up between words instead of the word gap; 0: normal
+    double fadeDots = 0;     ///< from the middle of the text on, a key-up this long (in dots) in
+                             ///< the middle of every dash
 };
 
 /// The elements of `text` keyed as `keying` says, starting with 50 ms of silence.
@@ -59,7 +61,13 @@ QVector<MorseElement> key(SimpleMorseHandler& handler, QString const& text, Keyi
             continue;
         }
         for (int e = 0; e < code.size(); ++e) {
-            emit(true, code[e] == QLatin1Char('-') ? 3 * dot : dot);
+            if (code[e] == QLatin1Char('-') && k.fadeDots > 0 && i >= codes.size() / 2) {
+                emit(true, (3 - k.fadeDots) / 2 * dot);
+                emit(false, k.fadeDots * dot);
+                emit(true, (3 - k.fadeDots) / 2 * dot);
+            } else {
+                emit(true, code[e] == QLatin1Char('-') ? 3 * dot : dot);
+            }
             emit(false, e + 1 < code.size() ? dot : 3 * extra);
         }
     }
@@ -158,6 +166,8 @@ TimingRow const timingRows[] = {
     {"speed_change_30_to_20", pangram, with(at(30), &Keying::laterWpm, 20)},
     {"elements_split_in_two", message, splitUp()},
     {"crackle_in_word_gaps", message, spiked(4000, 0)},
+    // Up to a third of a dot, a fade inside a dash is noise; beyond, the dash is two dots.
+    {"fade_in_dashes_0_3_dot", message, with(at(20), &Keying::fadeDots, 0.3)},
     {"long_silence_ends_word", "QRT SK", spiked(0, 30000000)},
 };
 
@@ -181,6 +191,19 @@ TEST_F(MorseTiming, TimesAndSpeedOfEachCharacter)
         EXPECT_NEAR(c.wordsPerMinute, 20, 0.1) << c.text.toStdString();
         EXPECT_EQ(c.confidence, 100) << c.text.toStdString();
     }
+    // Without a gap after it, the last character still has its speed.
+    QVector<MorseElement> unended = key(m_handler, QStringLiteral("PARIS PARIS"), at(20));
+    unended.removeLast();
+    QVector<MorseCharacter> const cut = read(unended);
+    ASSERT_EQ(text(cut), QStringLiteral("PARIS PARIS"));
+    EXPECT_NEAR(cut.last().wordsPerMinute, 20, 0.1);
+}
+
+TEST_F(MorseTiming, AFadeOfHalfADotSplitsADash)
+{
+    EXPECT_EQ(text(read(key(m_handler, QStringLiteral("PARIS TT"),
+                            with(at(20), &Keying::fadeDots, 0.5)))),
+              QStringLiteral("PARIS II"));
 }
 
 TEST_F(MorseTiming, PrintsElementsUnderTheNoneAlphabetAndUnknownGroups)
