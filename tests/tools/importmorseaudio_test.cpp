@@ -2,11 +2,11 @@
 // and read back as text; "zelko import morse-audio" run as a user would.
 
 #include <QTemporaryDir>
-#include <QtMath>
 #include <alphabetkit/simplemorsehandler.h>
 #include <gtest/gtest.h>
 #include <random>
 #include <recordingwriter/cwkeyingdetector.h>
+#include <recordingwriter/morsekeyer.h>
 #include <sndfile.h>
 #include <support/qstringprinter.h>
 #include <support/transcript.h>
@@ -21,54 +21,22 @@ struct Audio
     QVector<KeyElement> keying;
 };
 
-/// `text` keyed at `wpm` as a tone of amplitude 0.5 with 4 ms raised-cosine edges (centred on
-/// the keying instants), between 200 ms of silence before and 300 ms after, plus uniform noise.
+/// `text` keyed at `wpm` as a tone of amplitude 0.5, between 200 ms of silence before and
+/// 300 ms after, plus uniform noise.
 Audio synthesise(QString const& text, double wpm, double toneHz, int rate, double noise)
 {
     SimpleMorseHandler handler;
     handler.SetAlphabetsDir(QStringLiteral(ZELKO_SOURCE_DIR "/data/alphabets"));
     handler.SetAlphabet(QStringLiteral("Morse"));
-    quint32 const dot = quint32(1.2e6 / wpm);
     Audio audio;
-    audio.keying.append({false, 200000});
-    for (QString const& code :
-         handler.Backtranslate(text).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        if (code == QLatin1String("/")) {
-            audio.keying.last().microseconds += 4 * dot;
-            continue;
-        }
-        for (QChar const element : code) {
-            audio.keying.append({true, element == QLatin1Char('-') ? 3 * dot : dot});
-            audio.keying.append({false, dot});
-        }
-        audio.keying.last().microseconds = 3 * dot;
-    }
+    audio.keying =
+        QVector<KeyElement>{{false, 200000}} + keyMorse(handler.Backtranslate(text), {wpm});
     audio.keying.last().microseconds = 300000;
+    audio.samples = cwAudio(audio.keying, toneHz, rate);
     std::mt19937 random(3);
-    std::uniform_real_distribution<double> spread(-noise, noise);
-    double time = 0;
-    QVector<double> edges; // keying instants in seconds
-    for (KeyElement const& element : qAsConst(audio.keying)) {
-        time += element.microseconds / 1e6;
-        edges.append(time);
-    }
-    // A raised-cosine step from 0 (2 ms before a keying instant) to 1 (2 ms after it).
-    auto step = [](double sinceEdge) {
-        return 0.5 - 0.5 * qCos(M_PI * qBound(0.0, sinceEdge + 0.002, 0.004) / 0.004);
-    };
-    int const count = int(time * rate);
-    audio.samples.resize(count);
-    int k = 0; // the element sounding
-    for (int i = 0; i < count; ++i) {
-        double const t = double(i) / rate;
-        while (k + 1 < edges.size() && t >= edges[k]) {
-            ++k;
-        }
-        double const sinceStart = k > 0 ? t - edges[k - 1] : 1;
-        double const untilEnd = edges[k] - t;
-        double const up = sinceStart < untilEnd ? step(sinceStart) : 1 - step(-untilEnd);
-        double const gain = audio.keying[k].keyDown ? up : 1 - up;
-        audio.samples[i] = float(0.5 * gain * qSin(2 * M_PI * toneHz * t) + spread(random));
+    std::uniform_real_distribution<float> spread(-noise, noise);
+    for (float& sample : audio.samples) {
+        sample += spread(random);
     }
     return audio;
 }
