@@ -17,7 +17,10 @@ constexpr double keyUpFraction = 0.35;
 constexpr double presentRatio = 1.5; // 3.5 dB
 constexpr int firstWidth = 20;       // milliseconds
 
-void fft(QVector<Complex>& a)
+/// In-place radix-2 FFT with precomputed twiddles (exp(-2 pi i k / n), k < n / 2); the
+/// products are written out in real arithmetic, which the compiler keeps inline (std::complex
+/// multiplication goes through a library call that checks for infinities).
+void fft(QVector<Complex>& a, QVector<Complex> const& twiddles)
 {
     int const n = a.size();
     for (int i = 1, j = 0; i < n; ++i) {
@@ -30,16 +33,19 @@ void fft(QVector<Complex>& a)
             std::swap(a[i], a[j]);
         }
     }
+    Complex* const data = a.data();
     for (int length = 2; length <= n; length <<= 1) {
-        Complex const root = std::polar(1.0, -2 * M_PI / length);
+        int const half = length / 2;
+        int const stride = n / length;
         for (int i = 0; i < n; i += length) {
-            Complex w(1);
-            for (int k = 0; k < length / 2; ++k) {
-                Complex const u = a[i + k];
-                Complex const v = a[i + k + length / 2] * w;
-                a[i + k] = u + v;
-                a[i + k + length / 2] = u - v;
-                w *= root;
+            for (int k = 0; k < half; ++k) {
+                Complex const w = twiddles[k * stride];
+                Complex const x = data[i + k + half];
+                Complex const v(x.real() * w.real() - x.imag() * w.imag(),
+                                x.real() * w.imag() + x.imag() * w.real());
+                Complex const u = data[i + k];
+                data[i + k] = Complex(u.real() + v.real(), u.imag() + v.imag());
+                data[i + k + half] = Complex(u.real() - v.real(), u.imag() - v.imag());
             }
         }
     }
@@ -55,19 +61,25 @@ float percentile(QVector<float> values, double fraction)
     return *at;
 }
 
-/// Magnitudes of the I/Q steps summed over `width` steps centred on each.
+/// Magnitudes of the I/Q steps summed over `width` steps centred on each (a running sum: the
+/// window gains at most one step and loses at most one per step).
 QVector<float> envelope(QVector<std::complex<float>> const& steps, int width)
 {
     int const n = steps.size();
-    QVector<std::complex<double>> prefix(n + 1);
-    for (int i = 0; i < n; ++i) {
-        prefix[i + 1] = prefix[i] + std::complex<double>(steps[i]);
-    }
     QVector<float> out(n);
+    std::complex<double> sum;
+    int from = 0;
+    int to = 0;
     for (int i = 0; i < n; ++i) {
-        int const from = qMax(0, i - width / 2);
-        int const to = qMin(n, i - width / 2 + width);
-        out[i] = float(std::abs(prefix[to] - prefix[from]) / width);
+        int const wantedFrom = qMax(0, i - width / 2);
+        int const wantedTo = qMin(n, i - width / 2 + width);
+        for (; to < wantedTo; ++to) {
+            sum += std::complex<double>(steps[to]);
+        }
+        for (; from < wantedFrom; ++from) {
+            sum -= std::complex<double>(steps[from]);
+        }
+        out[i] = float(std::abs(sum) / width);
     }
     return out;
 }
@@ -144,13 +156,23 @@ double dotFromMarks(QVector<KeyElement> const& elements, double shortest = 0)
 
 } // namespace
 
-CwKeyingDetector::CwKeyingDetector(int sampleRate) : m_sampleRate(qMax(1, sampleRate))
+CwKeyingDetector::CwKeyingDetector(int sampleRate, qint64 expectedSamples)
+    : m_sampleRate(qMax(1, sampleRate))
 {
     m_fftSize = 256;
     while (m_fftSize < m_sampleRate / 4) {
         m_fftSize *= 2;
     }
+    constexpr qint64 searchedBlocks = 480;
+    m_searchStride = qMax<qint64>(1, expectedSamples / m_fftSize / searchedBlocks);
     m_power.fill(0, m_fftSize / 2);
+    for (int i = 0; i < m_fftSize; ++i) {
+        m_window.append(0.5 - 0.5 * qCos(2 * M_PI * i / m_fftSize));
+    }
+    for (int k = 0; k < m_fftSize / 2; ++k) {
+        m_twiddles.append(std::polar(1.0, -2 * M_PI * k / m_fftSize));
+    }
+    m_block.reserve(m_fftSize);
 }
 
 void CwKeyingDetector::addToneSearch(float const* samples, qint64 count)
@@ -158,7 +180,10 @@ void CwKeyingDetector::addToneSearch(float const* samples, qint64 count)
     for (qint64 i = 0; i < count; ++i) {
         m_block.append(samples[i]);
         if (m_block.size() == m_fftSize) {
-            transformBlock();
+            if (m_blocks++ % m_searchStride == 0) {
+                transformBlock();
+            }
+            m_block.clear();
         }
     }
 }
@@ -167,14 +192,12 @@ void CwKeyingDetector::transformBlock()
 {
     QVector<Complex> spectrum(m_fftSize);
     for (int i = 0; i < m_fftSize; ++i) {
-        double const hann = 0.5 - 0.5 * qCos(2 * M_PI * i / m_fftSize);
-        spectrum[i] = m_block[i] * hann;
+        spectrum[i] = m_block[i] * m_window[i];
     }
-    fft(spectrum);
+    fft(spectrum, m_twiddles);
     for (int k = 0; k < m_fftSize / 2; ++k) {
         m_power[k] += std::norm(spectrum[k]);
     }
-    m_block.clear();
 }
 
 double CwKeyingDetector::searchedTone() const
@@ -207,22 +230,25 @@ void CwKeyingDetector::setTone(double hz)
 
 void CwKeyingDetector::addSignal(float const* samples, qint64 count)
 {
-    double const increment = 2 * M_PI * m_tone / m_sampleRate;
+    // A local oscillator turning by one phasor product a sample, held to unit length once a
+    // step, instead of a sine and a cosine a sample.
+    Complex const turn = std::polar(1.0, -2 * M_PI * m_tone / m_sampleRate);
     for (qint64 i = 0; i < count; ++i) {
-        m_sum += double(samples[i]) * Complex(qCos(m_phase), -qSin(m_phase));
-        m_phase += increment;
-        if (m_phase > 2 * M_PI) {
-            m_phase -= 2 * M_PI;
-        }
+        double const x = samples[i];
+        m_sum += Complex(x * m_oscillator.real(), x * m_oscillator.imag());
+        m_oscillator =
+            Complex(m_oscillator.real() * turn.real() - m_oscillator.imag() * turn.imag(),
+                    m_oscillator.real() * turn.imag() + m_oscillator.imag() * turn.real());
         ++m_sampleIndex;
         // Steps end where a whole millisecond of samples has gone by, also at rates such as
         // 22050 Hz that do not divide into milliseconds.
-        qint64 const stepsDone = m_sampleIndex * 1000000 / stepMicroseconds / m_sampleRate;
-        if (stepsDone > m_steps.size()) {
+        if (m_sampleIndex * 1000000 >=
+            (m_steps.size() + 1) * qint64(stepMicroseconds) * m_sampleRate) {
             qint64 const samplesInStep = m_sampleIndex - m_stepEnd;
             m_steps.append(std::complex<float>(m_sum * (2.0 / samplesInStep)));
             m_stepEnd = m_sampleIndex;
             m_sum = 0;
+            m_oscillator /= std::abs(m_oscillator);
         }
     }
 }

@@ -36,7 +36,9 @@ struct CwKeying
 class CwKeyingDetector
 {
 public:
-    explicit CwKeyingDetector(int sampleRate);
+    /// `expectedSamples`, when known, spreads the tone search over at most 480 blocks (two
+    /// minutes) evenly across the audio instead of transforming every block.
+    explicit CwKeyingDetector(int sampleRate, qint64 expectedSamples = 0);
 
     void addToneSearch(float const* samples, qint64 count);
     /// The tone found by the search; 0 before any audio.
@@ -53,11 +55,15 @@ private:
 
     int m_sampleRate;
     int m_fftSize;
+    qint64 m_searchStride = 1; ///< every how many blocks one is transformed
+    qint64 m_blocks = 0;
     QVector<double> m_block;
     QVector<double> m_power;
+    QVector<double> m_window; ///< Hann
+    QVector<std::complex<double>> m_twiddles;
     double m_tone = 0;
     // mixing
-    double m_phase = 0;
+    std::complex<double> m_oscillator{1, 0};
     std::complex<double> m_sum;
     qint64 m_sampleIndex = 0;
     qint64 m_stepEnd = 0;

@@ -127,7 +127,7 @@ int importMorseAudio(MorseAudioOptions const& options)
         return failure(QStringLiteral("%1: cannot read audio: %2")
                            .arg(options.audio, QString::fromLocal8Bit(sf_strerror(nullptr))));
     }
-    CwKeyingDetector detector(info.samplerate);
+    CwKeyingDetector detector(info.samplerate, info.frames);
     double tone = options.toneHz;
     if (tone == 0) {
         if (!readAudio(file.get(), info, options, "tone search",
