@@ -3,6 +3,7 @@
 
 #include <alphabetkit/simplemorsehandler.h>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 #include <recordingwriter/cwkeyingdetector.h>
 #include <recordingwriter/morsekeyer.h>
@@ -108,9 +109,12 @@ DetectorRow const detectorRows[] = {
 INSTANTIATE_TEST_SUITE_P(Rows, CwDetector, testing::ValuesIn(detectorRows),
                          [](auto const& info) { return std::string(info.param.name); });
 
+// Zeros, and what a damaged float file may hold instead: nothing is heard either way.
 TEST(CwDetectorSilence, FindsNoToneAndNoMarks)
 {
-    QVector<float> const silence(8000, 0.0f);
+    QVector<float> silence(8000, 0.0f);
+    silence[100] = std::numeric_limits<float>::quiet_NaN();
+    silence[200] = std::numeric_limits<float>::infinity();
     CwKeyingDetector detector(8000);
     detector.addToneSearch(silence.constData(), silence.size());
     EXPECT_EQ(detector.searchedTone(), 0);

@@ -2,6 +2,7 @@
 
 #include <QtMath>
 #include <algorithm>
+#include <cmath>
 
 namespace zelkorecording {
 
@@ -49,6 +50,13 @@ void fft(QVector<Complex>& a, QVector<Complex> const& twiddles)
             }
         }
     }
+}
+
+/// A damaged float file may hold NaN or infinities; one such sample would poison every sum
+/// and sort after it.
+float finiteOrSilent(float sample)
+{
+    return std::isfinite(sample) ? sample : 0.0f;
 }
 
 float percentile(QVector<float> values, double fraction)
@@ -178,7 +186,7 @@ CwKeyingDetector::CwKeyingDetector(int sampleRate, qint64 expectedSamples)
 void CwKeyingDetector::addToneSearch(float const* samples, qint64 count)
 {
     for (qint64 i = 0; i < count; ++i) {
-        m_block.append(samples[i]);
+        m_block.append(finiteOrSilent(samples[i]));
         if (m_block.size() == m_fftSize) {
             if (m_blocks++ % m_searchStride == 0) {
                 transformBlock();
@@ -234,7 +242,7 @@ void CwKeyingDetector::addSignal(float const* samples, qint64 count)
     // step, instead of a sine and a cosine a sample.
     Complex const turn = std::polar(1.0, -2 * M_PI * m_tone / m_sampleRate);
     for (qint64 i = 0; i < count; ++i) {
-        double const x = samples[i];
+        double const x = finiteOrSilent(samples[i]);
         m_sum += Complex(x * m_oscillator.real(), x * m_oscillator.imag());
         m_oscillator =
             Complex(m_oscillator.real() * turn.real() - m_oscillator.imag() * turn.imag(),
