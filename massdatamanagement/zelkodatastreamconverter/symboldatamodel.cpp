@@ -114,6 +114,7 @@ bool SymbolDataModel::processData(QByteArray const& frame)
     block->BeginFrame();
     if (stream.symbolFile) {
         stream.symbolFile->setFrequency(double(record.frequencyHz));
+        stream.textFile->setFrequency(double(record.frequencyHz));
         stream.symbolFile->writeRecord(record);
     }
     if (started) {
