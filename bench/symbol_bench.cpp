@@ -1,0 +1,157 @@
+// Morse elements through SymbolDataConverter (element timing, result document, symbol and
+// text files) beside reading the same recording frame by frame with FileReader, in the same
+// run: four channels of CW at 18 to 30 words a minute with jittered timing, 64 elements a
+// frame, default 32 MiB of recording. Each side runs twice, alternately, the better run
+// counts; the recording is read once first so that it comes from the page cache.
+//
+//   build/bin/symbol_bench                    (32 MiB in $TMPDIR)
+//   ZELKO_BENCH_MB=8 build/bin/symbol_bench   (a quicker look)
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cstdio>
+#include <jobspec/settings.h>
+#include <massdatamanagement/zelkodatastreamconverter/filereader.h>
+#include <massdatamanagement/zelkodatastreamconverter/symboldataconverter.h>
+#include <random>
+#include <recordingwriter/recordingwriter.h>
+#include <recordingwriter/symbolpayload.h>
+
+namespace {
+
+using zelkorecording::KeyElement;
+
+constexpr int Channels = 4;
+constexpr int PerFrame = 64;
+
+// Random letters keyed at the channel's speed, each duration off by up to a tenth.
+class Keyer
+{
+public:
+    explicit Keyer(int channel)
+        : m_random(quint32(channel) * 7919u), m_unit(1200000.0 / (18 + 4 * channel))
+    {
+    }
+
+    QVector<KeyElement> next(int count)
+    {
+        static char const* const letters[] = {".-",   "-...", "-.-.", "-..", ".",    "..-.", "--.",
+                                              "....", "..",   ".---", "-.-", ".-..", "--",   "-."};
+        while (m_pending.size() < count) {
+            char const* code = letters[m_random() % 14];
+            for (char const* e = code; *e != 0; ++e) {
+                m_pending.append({true, duration(*e == '-' ? 3 : 1)});
+                m_pending.append({false, duration(e[1] != 0 ? 1 : (m_random() % 5 == 0 ? 7 : 3))});
+            }
+        }
+        QVector<KeyElement> out = m_pending.mid(0, count);
+        m_pending.remove(0, count);
+        return out;
+    }
+
+private:
+    quint32 duration(int units)
+    {
+        double const jitter = 1.0 + (double(m_random() % 2001) - 1000.0) / 10000.0;
+        return quint32(units * m_unit * jitter);
+    }
+
+    std::mt19937 m_random;
+    double m_unit;
+    QVector<KeyElement> m_pending;
+};
+
+double seconds(QElapsedTimer const& timer)
+{
+    return double(timer.nsecsElapsed()) / 1e9;
+}
+
+} // namespace
+
+int main()
+{
+    int const megabytes = std::max(1, qEnvironmentVariableIntValue("ZELKO_BENCH_MB") > 0
+                                          ? qEnvironmentVariableIntValue("ZELKO_BENCH_MB")
+                                          : 32);
+    QTemporaryDir dir;
+    QString const recording = dir.filePath(QStringLiteral("morse.zdr"));
+    qint64 elements = 0;
+    qint64 bytes = 0;
+    {
+        QFile file(recording);
+        if (!file.open(QIODevice::WriteOnly)) {
+            std::fprintf(stderr, "cannot write %s\n", qPrintable(recording));
+            return 1;
+        }
+        zelkorecording::RecordingWriter writer(&file);
+        std::vector<Keyer> keyers;
+        std::vector<quint64> times(Channels, 1700000000000000ull);
+        for (int channel = 0; channel < Channels; ++channel) {
+            keyers.emplace_back(channel);
+        }
+        for (int frame = 0; bytes < qint64(megabytes) << 20; ++frame) {
+            int const channel = frame % Channels;
+            QVector<KeyElement> const run = keyers[std::size_t(channel)].next(PerFrame);
+            zelkorecording::SymbolRun header{times[std::size_t(channel)], 7025000,
+                                             quint32(channel)};
+            writer.writeFrame(zelkodatastreamconverter::FrameType::Symbols,
+                              zelkorecording::morseElementPayload(header, 700, -200, run));
+            for (KeyElement const& element : run) {
+                times[std::size_t(channel)] += element.microseconds;
+            }
+            elements += run.size();
+            bytes = writer.bytesWritten();
+        }
+    }
+    {
+        QFile warm(recording);
+        warm.open(QIODevice::ReadOnly);
+        while (!warm.read(1 << 20).isEmpty()) {
+        }
+    }
+
+    double best[2] = {1e30, 1e30};
+    for (int round = 0; round < 2; ++round) {
+        QTemporaryDir out;
+        QElapsedTimer timer;
+        timer.start();
+        JobSpec::Settings settings;
+        settings.SetValidate(false);
+        REPORTKIT::Results const results =
+            zelkodatastreamconverter::SymbolDataConverter().convertFile(recording, out.path(),
+                                                                        settings, 0);
+        best[0] = std::min(best[0], seconds(timer));
+        if (results.GetBinary().empty()) {
+            std::fprintf(stderr, "no symbol file written\n");
+            return 1;
+        }
+
+        timer.restart();
+        zelkodatastreamconverter::FileReader reader(recording);
+        QByteArray type;
+        QByteArray frame;
+        qint64 frames = 0;
+        while (reader.isWorking()) {
+            if (reader.readFrame()) {
+                reader.takeFrameData(type, frame);
+                ++frames;
+            }
+        }
+        best[1] = std::min(best[1], seconds(timer));
+        if (frames == 0) {
+            std::fprintf(stderr, "no frame read\n");
+            return 1;
+        }
+    }
+    double const mb = double(bytes) / 1e6;
+    std::printf("Morse elements: %lld elements on %d channels, %.0f MB of recording\n",
+                static_cast<long long>(elements), Channels, mb);
+    std::printf("  SymbolDataConverter  %11.0f elements/s %7.1f MB/s\n", elements / best[0],
+                mb / best[0]);
+    std::printf("  FileReader alone     %11.0f elements/s %7.1f MB/s\n", elements / best[1],
+                mb / best[1]);
+    std::printf("  ratio (converter time / reading time): %.1f\n", best[0] / best[1]);
+    return 0;
+}
