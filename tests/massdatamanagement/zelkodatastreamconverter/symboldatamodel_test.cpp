@@ -278,7 +278,7 @@ TEST(SymbolFile, RefusesWhatIsNoSymbolFile)
 {
     QVector<SymbolRecord> records;
     QString reason;
-    EXPECT_FALSE(SymbolFile::read("ZSYMBOLX", records, reason));
+    EXPECT_FALSE(SymbolFile::read(QByteArray("ZSYMBOLX\x01\0\0\0\0\0\0\0", 16), records, reason));
     EXPECT_EQ(reason, "not a symbol file");
     QByteArray file("ZSYMBOLS\x02\0\0\0\0\0\0\0", 16);
     EXPECT_FALSE(SymbolFile::read(file, records, reason));
@@ -286,6 +286,20 @@ TEST(SymbolFile, RefusesWhatIsNoSymbolFile)
     file[8] = 1;
     EXPECT_FALSE(SymbolFile::read(file + QByteArray(8, 0), records, reason));
     EXPECT_EQ(reason, "record at byte 16: 8 bytes, a symbol header has 36");
+}
+
+TEST(SymbolFile, WordsAreLittleEndian)
+{
+    QTemporaryDir dir;
+    FileInfoList files;
+    SymbolDataModel model;
+    model.setOutput(dir.path(), &files);
+    model.processData(zelkorecording::RecordingWriter::frameBytes(
+        FrameType::Symbols, zelkorecording::rawSymbolPayload(SymbolRun{0x1020304u, 0, 0xA0B0C0D}, 8,
+                                                             50000, {0x41, 0x42})));
+    model.finish();
+    EXPECT_EQ(zelkotest::readFile(files.getResults().GetBinary().front().GetURL()).left(24),
+              QByteArray("ZSYMBOLS\x01\0\0\0\x0D\x0C\x0B\x0A\x04\x03\x02\x01\0\0\0\0", 24));
 }
 
 // A break between frames is silence: keyed "E E" at 20 words a minute, the second word a
