@@ -256,6 +256,7 @@ void SymbolDataModel::addMorseElements(Stream& stream, DataBlock& block, SymbolR
     QVector<MorseElement> elements;
     elements.reserve(record.values.size() + 1);
     if (record.microseconds > stream.end + FrameGapMicroseconds) {
+        ++m_counts.breaks;
         elements.append({false, quint32(std::min<quint64>(record.microseconds - stream.end,
                                                           MorseDurationMask))});
     }

@@ -70,6 +70,7 @@ public:
         qint64 elements = 0;
         qint64 characters = 0;
         int damagedFrames = 0;
+        int breaks = 0; ///< Morse frames that began after a break, taken as silence
     };
 
     SymbolDataModel();

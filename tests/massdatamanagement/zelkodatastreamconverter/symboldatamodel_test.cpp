@@ -153,6 +153,62 @@ INSTANTIATE_TEST_SUITE_P(
                     DamageRow{"unknown_kind", withKind(3), "kind 3"}),
     zelkotest::RowName());
 
+// When a channel's frames begin a new stream (a block of its own) and when a Morse frame
+// comes after a break.
+struct StreamRow
+{
+    char const* name;
+    std::vector<QByteArray> frames;
+    char const* blocks; // raw content types of the blocks, in order
+    int breaks;
+};
+
+using Streams = testing::TestWithParam<StreamRow>;
+
+TEST_P(Streams, StartAtChangesAndBreaksAreSilence)
+{
+    SymbolDataModel model;
+    for (QByteArray const& frame : GetParam().frames) {
+        ASSERT_TRUE(model.processData(frame));
+    }
+    model.finish();
+    QStringList blocks;
+    for (auto const* block : model.getCurrentTransmission()->GetDataBlock()) {
+        blocks << block->GetRawContentType();
+    }
+    EXPECT_EQ(blocks.join(' '), QString::fromLatin1(GetParam().blocks));
+    EXPECT_EQ(model.counts().breaks, GetParam().breaks);
+}
+
+KeyElement const dot{true, 60000};
+
+INSTANTIATE_TEST_SUITE_P(
+    Frames, Streams,
+    testing::Values(
+        StreamRow{"same_width_continues", {rawFrame(5, {1}), rawFrame(5, {2})}, "Symbols/5", 0},
+        StreamRow{"new_width", {rawFrame(5, {1}), rawFrame(7, {2})}, "Symbols/5 Symbols/7", 0},
+        StreamRow{
+            "raw_then_morse", {rawFrame(5, {1}), morseFrame({dot})}, "Symbols/5 MorseElements", 0},
+        StreamRow{
+            "morse_then_raw", {morseFrame({dot}), rawFrame(5, {1})}, "MorseElements Symbols/5", 0},
+        StreamRow{"morse_continues_at_its_end",
+                  {morseFrame({dot}), morseFrame({dot}, Start + 60000)},
+                  "MorseElements",
+                  0},
+        StreamRow{"a_millisecond_late_is_no_break",
+                  {morseFrame({dot}), morseFrame({dot}, Start + 61000)},
+                  "MorseElements",
+                  0},
+        StreamRow{"later_is_a_break",
+                  {morseFrame({dot}), morseFrame({dot}, Start + 61001)},
+                  "MorseElements",
+                  1},
+        StreamRow{"earlier_continues_at_the_end",
+                  {morseFrame({dot}), morseFrame({dot}, Start), morseFrame({dot}, Start + 121000)},
+                  "MorseElements",
+                  0}),
+    zelkotest::RowName());
+
 TEST(SymbolDataModel, OtherFrameTypesAreRefused)
 {
     SymbolDataModel model;
