@@ -223,7 +223,7 @@ void SymbolDataModel::endStream(Stream& stream)
     if (DataBlock* const block = blockOf(stream)) {
         addCharacters(stream, *block, stream.morse->FlushElements());
     }
-    if (stream.layout.lastEnd >= 0) {
+    if (stream.layout.written) {
         writeText(stream, QStringLiteral("\n"));
     }
     stream.layout = TextLayout{m_threshold, m_marker};
@@ -316,10 +316,10 @@ QString SymbolDataModel::textFileForm(QVector<MorseCharacter> const& characters,
     for (MorseCharacter const& character : characters) {
         if (character.elements.isEmpty()) {
             // A word gap is written only once the next word shows it is not the line's end.
-            layout.pendingSpace = layout.lastEnd >= 0;
+            layout.pendingSpace = layout.written;
             continue;
         }
-        if (layout.lastEnd >= 0 &&
+        if (layout.written &&
             character.startMicroseconds - layout.lastEnd > qint64(MessagePauseSeconds) * 1000000) {
             out += QLatin1Char('\n');
         } else if (layout.pendingSpace) {
@@ -330,6 +330,7 @@ QString SymbolDataModel::textFileForm(QVector<MorseCharacter> const& characters,
             out += layout.marker;
         }
         out += character.text;
+        layout.written = true;
         layout.lastEnd = character.endMicroseconds;
     }
     return out;

@@ -92,13 +92,15 @@ public:
 
     Counts const& counts() const { return m_counts; }
 
-    /// How a Morse channel's text file goes on: the marking, the end of the last character
-    /// written (stream microseconds, -1 before the first) and a word gap not yet written.
+    /// How a Morse channel's text file goes on: the marking, whether a character has been
+    /// written and where the last one ended (stream microseconds), and a word gap not yet
+    /// written.
     struct TextLayout
     {
         int threshold = DefaultConfidenceThreshold;
         QChar marker = DefaultLowConfidenceMarker;
-        qint64 lastEnd = -1;
+        bool written = false;
+        qint64 lastEnd = 0;
         bool pendingSpace = false;
     };
     /// The text-file form of characters that continue `layout`: the marker before each
