@@ -108,7 +108,7 @@ void writeMorse(RecordingWriter& out, QString const& alphabets)
         return;
     }
     QVector<KeyElement> elements =
-        keyed(morse, QStringLiteral("CQ CQ CQ DE DL0ZEL DL0ZEL PSE K"), 20, 3);
+        keyed(morse, QStringLiteral("CQ CQ CQ DE DL0ZEL DL0ZEL PSE K"), 20, 6);
     elements += keyed(morse, QStringLiteral("DL0ZEL DE PA3XYZ GM UR RST 599 = TNX <SK>"), 30, 2);
     SymbolRun run{SymbolStart, 7025000, 0};
     constexpr int perFrame = 20;
