@@ -73,6 +73,29 @@ SymbolDataModel::SymbolDataModel() : m_codec(std::make_shared<CodecHandler>())
 
 SymbolDataModel::~SymbolDataModel() = default;
 
+void SymbolDataModel::clear()
+{
+    finish();
+    m_streams.clear();
+    DecodedTextModel::clear();
+}
+
+bool SymbolDataModel::setAlphabetsDirectory(QString const& directory)
+{
+    m_morseTemplate.reset();
+    return DecodedTextModel::setAlphabetsDirectory(directory);
+}
+
+SimpleMorseHandler const& SymbolDataModel::morseTemplate()
+{
+    if (!m_morseTemplate) {
+        m_morseTemplate = std::make_unique<SimpleMorseHandler>();
+        m_morseTemplate->SetAlphabetsDir(getAlphabetsDirectory());
+        m_morseTemplate->SetAlphabet(SimpleMorseHandler::morseName());
+    }
+    return *m_morseTemplate;
+}
+
 void SymbolDataModel::setOutput(QString const& directory, FileInfoCallback* callback)
 {
     m_directory = directory;
@@ -176,9 +199,7 @@ void SymbolDataModel::startStream(Stream& stream, SymbolRecord const& record, QD
     if (record.isMorse()) {
         code = MorseKind;
         rawType = MorseElementsType;
-        stream.morse = std::make_unique<SimpleMorseHandler>();
-        stream.morse->SetAlphabetsDir(getAlphabetsDirectory());
-        stream.morse->SetAlphabet(SimpleMorseHandler::morseName());
+        stream.morse = std::make_unique<SimpleMorseHandler>(morseTemplate());
         contentCode = stream.morse->Alphabet();
         stream.translates = true;
     } else {

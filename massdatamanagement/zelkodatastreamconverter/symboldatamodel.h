@@ -8,6 +8,7 @@
 #include <memory>
 
 class CodecHandler;
+class SimpleMorseHandler;
 
 namespace zelkodatastreamconverter {
 
@@ -76,6 +77,10 @@ public:
     SymbolDataModel();
     ~SymbolDataModel() override;
 
+    /// Ends every stream (finish()), forgets the channels, then clears the document.
+    void clear() override;
+    bool setAlphabetsDirectory(QString const& directory) override;
+
     /// The directory of the symbol and text files and the callback that hears of them.
     /// Without it only the result document is filled.
     void setOutput(QString const& directory, FileInfoCallback* callback);
@@ -120,8 +125,12 @@ private:
     void writeText(Stream& stream, QString const& text);
     void noteStream(Stream const& stream, SymbolRecord const& record, QDateTime const& time);
     DataBlock* blockOf(Stream const& stream) const;
+    /// A handler with the Morse alphabet read, copied for each stream so that the alphabets
+    /// directory is read once, not once a channel.
+    SimpleMorseHandler const& morseTemplate();
 
     std::shared_ptr<CodecHandler> m_codec;
+    std::unique_ptr<SimpleMorseHandler> m_morseTemplate;
     std::map<int, std::unique_ptr<Stream>> m_streams;
     QString m_directory;
     FileInfoCallback* m_callback = nullptr;
