@@ -1,7 +1,5 @@
-// Arbitrary bytes as a symbol recording: raw symbols unpacked at any width and count, Morse
-// elements of any duration through the element timing, streams started and ended by changes
-// of kind and width, and the result document rendered. The symbol files' reader takes the
-// same bytes as a symbol file.
+// Arbitrary bytes as a symbol recording through the symbol model (raw symbols of any width,
+// Morse elements of any duration, stream changes), the document rendered; then as a symbol file.
 #include <massdatamanagement/zelkodatastreamconverter/symboldatamodel.h>
 #include <massdatamanagement/zelkodatastreamconverter/symbolfile.h>
 #include <support/memoryframereader.h>
