@@ -40,9 +40,6 @@ double atLeast(double value, double ideal, double threshold)
 /// the values do not fall into two clusters `separation` apart.
 double twoClusterThreshold(QVector<double> values, double separation)
 {
-    if (values.size() < 2) {
-        return 0;
-    }
     for (double& value : values) {
         value = qLn(value);
     }
@@ -190,7 +187,10 @@ void MorseTimingDecoder::initialise()
 double MorseTimingDecoder::dotDashThreshold() const
 {
     double const split = twoClusterThreshold(m_recentMarks, dotDashSeparation);
-    return split > 0 ? split : 2 * m_dot;
+    double const marks = split > 0 ? split : 2 * m_dot;
+    // Inside a character the gap just keyed is a dot at the present speed: after a change of
+    // speed it knows the new dot before the marks do.
+    return m_gapInCharacter > 0 ? qSqrt(marks * 2 * m_gapInCharacter) : marks;
 }
 
 void MorseTimingDecoder::processMark(Run const& mark)
@@ -220,6 +220,7 @@ void MorseTimingDecoder::processGap(Run const& gap)
     }
     double const length = double(gap.microseconds);
     if (length < 2 * m_elementGap) {
+        m_gapInCharacter = length;
         m_current.scores.append(closeness(length, m_elementGap, 2 * m_elementGap));
         m_elementGap =
             qBound(m_dot / 2, (1 - adaptation) * m_elementGap + adaptation * length, m_dot * 1.5);
@@ -231,6 +232,7 @@ void MorseTimingDecoder::processGap(Run const& gap)
 
 void MorseTimingDecoder::closeCharacter(Run const& gap)
 {
+    m_gapInCharacter = 0;
     m_current.gapStart = gap.start;
     m_current.gap = gap.microseconds;
     m_current.character.wordsPerMinute = microsecondsPerWpmDot / m_dot;

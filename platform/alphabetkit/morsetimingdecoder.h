@@ -68,8 +68,9 @@ private:
     Run m_run;             ///< the run being summed up
     QVector<Run> m_warmUp; ///< runs read before the speed is known
     bool m_ready = false;
-    double m_dot = 0;        ///< estimated dot length (marks), microseconds
-    double m_elementGap = 0; ///< estimated gap inside a character
+    double m_dot = 0;            ///< estimated dot length (marks), microseconds
+    double m_elementGap = 0;     ///< estimated gap inside a character
+    double m_gapInCharacter = 0; ///< the last gap inside the current character; 0: none yet
     QVector<double> m_recentMarks;
     QVector<qint64> m_recentLongGaps;
     PendingCharacter m_current; ///< the character being keyed

@@ -2,7 +2,7 @@
 
 #include <alphabetkit/simplemorsehandler.h>
 #include <gtest/gtest.h>
-#include <random>
+#include <recordingwriter/morsekeyer.h>
 #include <support/qstringprinter.h>
 
 namespace {
@@ -14,56 +14,66 @@ double dotMicroseconds(double wpm)
     return 1.2e6 / wpm;
 }
 
+enum class Distortion
+{
+    None,
+    SplitElements,     ///< every element as two of the same state
+    CrackleInWordGaps, ///< a mark of `amount` microseconds in the middle of every word gap
+    LongWordGaps,      ///< word gaps of `amount` microseconds
+    FadeInLaterDashes, ///< a key-up of `amount` dots in the middle of the later half's dashes
+};
+
 struct Keying
 {
     double wpm = 20;
     double effectiveWpm = 0; ///< Farnsworth: overall speed with longer gaps; 0: none
-    double laterWpm = 0;     ///< speed from the middle of the text on; 0: no change
+    double laterWpm = 0;     ///< speed from the middle word on; 0: no change
     double jitter = 0;       ///< each duration times 1 +- up to this
-    quint32 spikeMicros = 0; ///< a crackle of this length in every word gap; 0: none
-    bool splitElements = false;
-    quint32 pauseMicros = 0; ///< key-up between words instead of the word gap; 0: normal
+    Distortion distortion = Distortion::None;
+    double amount = 0;
 };
 
-/// The elements of `text` keyed as `keying` says, starting with 50 ms of silence.
-QVector<MorseElement> key(SimpleMorseHandler& handler, QString const& text, Keying const& k)
+QVector<MorseElement> distorted(QVector<zelkorecording::KeyElement> const& elements,
+                                Keying const& k)
 {
-    QStringList const codes =
-        handler.Backtranslate(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    std::mt19937 random(7);
-    std::uniform_real_distribution<double> spread(-k.jitter, k.jitter);
-    QVector<MorseElement> out{{false, 50000}};
-    auto emit = [&](bool down, double micros) {
-        quint32 const length = quint32(micros * (1 + spread(random)));
-        if (k.splitElements) {
-            out.append({down, length / 2});
-            out.append({down, length - length / 2});
+    double const dot = dotMicroseconds(k.wpm);
+    auto const amount = quint32(k.amount);
+    QVector<MorseElement> out{{false, 50000}}; // 50 ms of silence first
+    for (int i = 0; i < elements.size(); ++i) {
+        quint32 const length = elements[i].microseconds;
+        bool const down = elements[i].keyDown;
+        bool const wordGap = !down && length > 5 * dot;
+        if (k.distortion == Distortion::SplitElements) {
+            out += {{down, length / 2}, {down, length - length / 2}};
+        } else if (k.distortion == Distortion::CrackleInWordGaps && wordGap) {
+            out += {{false, length / 2}, {true, amount}, {false, length - length / 2}};
+        } else if (k.distortion == Distortion::LongWordGaps && wordGap) {
+            out += {false, amount};
+        } else if (k.distortion == Distortion::FadeInLaterDashes && down && length > 2 * dot &&
+                   i >= elements.size() / 2) {
+            quint32 const fade = quint32(k.amount * dot);
+            out += {{true, (length - fade) / 2}, {false, fade}, {true, (length - fade) / 2}};
         } else {
-            out.append({down, length});
-        }
-    };
-    for (int i = 0; i < codes.size(); ++i) {
-        double const wpm = k.laterWpm > 0 && i >= codes.size() / 2 ? k.laterWpm : k.wpm;
-        double const dot = dotMicroseconds(wpm);
-        // Farnsworth: the extra time spread over character and word gaps 3:7.
-        double const extra = k.effectiveWpm > 0 ? (60 * wpm - 37.2 * k.effectiveWpm) /
-                                                      (wpm * k.effectiveWpm) * 1e6 / 19
-                                                : dot;
-        QString const& code = codes[i];
-        if (code == QLatin1String("/")) {
-            if (k.spikeMicros > 0) {
-                emit(false, 3 * extra);
-                out.append({true, k.spikeMicros});
-            }
-            emit(false, k.pauseMicros > 0 ? k.pauseMicros : (k.spikeMicros > 0 ? 1 : 4) * extra);
-            continue;
-        }
-        for (int e = 0; e < code.size(); ++e) {
-            emit(true, code[e] == QLatin1Char('-') ? 3 * dot : dot);
-            emit(false, e + 1 < code.size() ? dot : 3 * extra);
+            out += {down, length};
         }
     }
     return out;
+}
+
+/// The elements of `text` keyed as `keying` says.
+QVector<MorseElement> key(SimpleMorseHandler& handler, QString const& text, Keying const& k)
+{
+    QStringList const words = text.split(QLatin1Char(' '));
+    int const half = k.laterWpm > 0 ? words.size() / 2 : words.size();
+    auto keyed = [&](QStringList const& part, double wpm) {
+        QString const code = handler.Backtranslate(part.join(QLatin1Char(' ')) + QLatin1Char(' '));
+        return zelkorecording::keyMorse(code, {wpm, k.effectiveWpm, k.jitter, 7});
+    };
+    QVector<zelkorecording::KeyElement> elements = keyed(words.mid(0, half), k.wpm);
+    if (half < words.size()) {
+        elements += keyed(words.mid(half), k.laterWpm);
+    }
+    return distorted(elements, k);
 }
 
 struct TimingRow
@@ -114,51 +124,25 @@ TEST_P(MorseTiming, ReadsTheKeyedText)
     EXPECT_EQ(text(read(key(m_handler, sent, GetParam().keying))), sent);
 }
 
-Keying at(double wpm)
-{
-    Keying k;
-    k.wpm = wpm;
-    return k;
-}
-
-Keying with(Keying k, double Keying::*field, double value)
-{
-    k.*field = value;
-    return k;
-}
-
-Keying splitUp()
-{
-    Keying k;
-    k.splitElements = true;
-    return k;
-}
-
-Keying spiked(quint32 spike, quint32 pause)
-{
-    Keying k = at(25);
-    k.spikeMicros = spike;
-    k.pauseMicros = pause;
-    return k;
-}
-
 char const* const message = "CQ CQ DE DL1ABC/P 599 TU <SK>";
 char const* const pangram = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 0123456789";
 
 TimingRow const timingRows[] = {
-    {"ideal_20wpm", message, at(20)},
-    {"boundary_5wpm", message, at(5)},
-    {"boundary_60wpm", message, at(60)},
-    {"dashes_first", "TMO 0 MOT", at(18)},
-    {"jitter_15pct_25wpm", pangram, with(at(25), &Keying::jitter, 0.15)},
-    {"jitter_25pct_12wpm", message, with(at(12), &Keying::jitter, 0.25)},
-    {"farnsworth_18_at_8", pangram, with(at(18), &Keying::effectiveWpm, 8)},
-    {"farnsworth_30_at_5", message, with(at(30), &Keying::effectiveWpm, 5)},
-    {"speed_change_15_to_30", pangram, with(at(15), &Keying::laterWpm, 30)},
-    {"speed_change_30_to_20", pangram, with(at(30), &Keying::laterWpm, 20)},
-    {"elements_split_in_two", message, splitUp()},
-    {"crackle_in_word_gaps", message, spiked(4000, 0)},
-    {"long_silence_ends_word", "QRT SK", spiked(0, 30000000)},
+    {"ideal_20wpm", message, {20}},
+    {"boundary_5wpm", message, {5}},
+    {"boundary_60wpm", message, {60}},
+    {"dashes_first", "TMO 0 MOT", {18}},
+    {"jitter_15pct_25wpm", pangram, {25, 0, 0, 0.15}},
+    {"jitter_25pct_12wpm", message, {12, 0, 0, 0.25}},
+    {"farnsworth_18_at_8", pangram, {18, 8}},
+    {"farnsworth_30_at_5", message, {30, 5}},
+    {"speed_change_15_to_25", pangram, {15, 0, 25}},
+    {"speed_change_30_to_20", pangram, {30, 0, 20}},
+    {"elements_split_in_two", message, {20, 0, 0, 0, Distortion::SplitElements}},
+    {"crackle_in_word_gaps", message, {25, 0, 0, 0, Distortion::CrackleInWordGaps, 4000}},
+    // Up to a third of a dot, a fade inside a dash is noise; beyond, the dash is two dots.
+    {"fade_in_dashes_0_3_dot", message, {20, 0, 0, 0, Distortion::FadeInLaterDashes, 0.3}},
+    {"long_silence_ends_word", "QRT SK", {25, 0, 0, 0, Distortion::LongWordGaps, 30e6}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, MorseTiming, testing::ValuesIn(timingRows),
@@ -166,7 +150,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, MorseTiming, testing::ValuesIn(timingRows),
 
 TEST_F(MorseTiming, TimesAndSpeedOfEachCharacter)
 {
-    QVector<MorseCharacter> const out = read(key(m_handler, QStringLiteral("PARIS PARIS"), at(20)));
+    QVector<MorseCharacter> const out =
+        read(key(m_handler, QStringLiteral("PARIS PARIS"), Keying{20}));
     ASSERT_EQ(out.size(), 11);
     double const dot = dotMicroseconds(20);
     EXPECT_EQ(out[0].elements, QStringLiteral(".--."));
@@ -181,15 +166,28 @@ TEST_F(MorseTiming, TimesAndSpeedOfEachCharacter)
         EXPECT_NEAR(c.wordsPerMinute, 20, 0.1) << c.text.toStdString();
         EXPECT_EQ(c.confidence, 100) << c.text.toStdString();
     }
+    // Without a gap after it, the last character still has its speed.
+    QVector<MorseElement> unended = key(m_handler, QStringLiteral("PARIS PARIS"), Keying{20});
+    unended.removeLast();
+    QVector<MorseCharacter> const cut = read(unended);
+    ASSERT_EQ(text(cut), QStringLiteral("PARIS PARIS"));
+    EXPECT_NEAR(cut.last().wordsPerMinute, 20, 0.1);
+}
+
+TEST_F(MorseTiming, AFadeOfHalfADotSplitsADash)
+{
+    EXPECT_EQ(text(read(key(m_handler, QStringLiteral("PARIS TT"),
+                            Keying{20, 0, 0, 0, Distortion::FadeInLaterDashes, 0.5}))),
+              QStringLiteral("PARIS II"));
 }
 
 TEST_F(MorseTiming, PrintsElementsUnderTheNoneAlphabetAndUnknownGroups)
 {
-    QVector<MorseElement> const elements = key(m_handler, QStringLiteral("HI"), at(20));
+    QVector<MorseElement> const elements = key(m_handler, QStringLiteral("HI"), Keying{20});
     ASSERT_TRUE(m_handler.SetAlphabet(QStringLiteral("None")));
     EXPECT_EQ(text(read(elements)), QStringLiteral("......"));
     ASSERT_TRUE(m_handler.SetAlphabet(QStringLiteral("Morse")));
-    QVector<MorseElement> unknown = key(m_handler, QStringLiteral("H5"), at(20));
+    QVector<MorseElement> unknown = key(m_handler, QStringLiteral("H5"), Keying{20});
     unknown[8].microseconds = 60000; // nine dots once the character gap is an element gap
     EXPECT_EQ(text(read(unknown)), QStringLiteral("\uFFFD"));
     EXPECT_EQ(text(read({{false, 1000000}})), QString());
@@ -199,8 +197,8 @@ TEST_F(MorseTiming, PrintsElementsUnderTheNoneAlphabetAndUnknownGroups)
 // character's score, whichever element and whichever direction.
 TEST_F(MorseTiming, CleanerCharactersNeverScoreLower)
 {
-    QVector<MorseElement> const context = key(m_handler, QStringLiteral("PARIS "), at(20));
-    QVector<MorseElement> const k = key(m_handler, QStringLiteral("K PARIS"), at(20)).mid(1);
+    QVector<MorseElement> const context = key(m_handler, QStringLiteral("PARIS "), Keying{20});
+    QVector<MorseElement> const k = key(m_handler, QStringLiteral("K PARIS"), Keying{20}).mid(1);
     for (int element : {0, 1, 2, 3, 4, 5}) { // the marks and gaps of "-.-", the gap after it
         for (double direction : {-1.0, 1.0}) {
             if (element == 5 && direction > 0) {
@@ -212,16 +210,15 @@ TEST_F(MorseTiming, CleanerCharactersNeverScoreLower)
                 MorseElement& changed = elements[context.size() + element];
                 changed.microseconds = quint32(changed.microseconds * (1 + direction * distortion));
                 QVector<MorseCharacter> const out = read(elements);
-                ASSERT_GE(out.size(), 7);
-                if (out[6].text != QLatin1String("K")) {
-                    break; // misread: no longer the same kind of character
+                if (text(out) != QLatin1String("PARIS K PARIS")) {
+                    break; // read otherwise: no longer the same kind of character
                 }
                 SCOPED_TRACE(testing::Message() << element << " " << direction * distortion);
                 EXPECT_LE(out[6].confidence, previous);
                 EXPECT_EQ(out[6].confidence == 100, distortion == 0);
                 previous = out[6].confidence;
             }
-            EXPECT_LE(previous, 70) << element << " " << direction;
+            EXPECT_LE(previous, 75) << element << " " << direction;
         }
     }
 }
