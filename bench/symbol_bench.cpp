@@ -18,6 +18,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <massdatamanagement/zelkodatastreamconverter/symboldataconverter.h>
 #include <random>
+#include <recordingwriter/morsekeyer.h>
 #include <recordingwriter/recordingwriter.h>
 #include <recordingwriter/symbolpayload.h>
 
@@ -28,13 +29,15 @@ using zelkorecording::KeyElement;
 constexpr int Channels = 4;
 constexpr int PerFrame = 64;
 
-// Random letters keyed at the channel's speed, each duration off by up to a tenth.
+// Random letters, a word of five now and then, keyed at the channel's speed with every
+// duration off by up to a tenth.
 class Keyer
 {
 public:
-    explicit Keyer(int channel)
-        : m_random(quint32(channel) * 7919u), m_unit(1200000.0 / (18 + 4 * channel))
+    explicit Keyer(int channel) : m_random(quint32(channel) * 7919u)
     {
+        m_keying.wpm = 18 + 4 * channel;
+        m_keying.jitter = 0.1;
     }
 
     QVector<KeyElement> next(int count)
@@ -42,11 +45,13 @@ public:
         static char const* const letters[] = {".-",   "-...", "-.-.", "-..", ".",    "..-.", "--.",
                                               "....", "..",   ".---", "-.-", ".-..", "--",   "-."};
         while (m_pending.size() < count) {
-            char const* code = letters[m_random() % 14];
-            for (char const* e = code; *e != 0; ++e) {
-                m_pending.append({true, duration(*e == '-' ? 3 : 1)});
-                m_pending.append({false, duration(e[1] != 0 ? 1 : (m_random() % 5 == 0 ? 7 : 3))});
+            QString code;
+            for (int i = 0; i < 50; ++i) {
+                code += QLatin1String(letters[m_random() % 14]) +
+                        QLatin1String(i % 5 == 4 ? " / " : " ");
             }
+            m_keying.seed = m_random();
+            m_pending += zelkorecording::keyMorse(code, m_keying);
         }
         QVector<KeyElement> out = m_pending.mid(0, count);
         m_pending.remove(0, count);
@@ -54,14 +59,8 @@ public:
     }
 
 private:
-    quint32 duration(int units)
-    {
-        double const jitter = 1.0 + (double(m_random() % 2001) - 1000.0) / 10000.0;
-        return quint32(units * m_unit * jitter);
-    }
-
     std::mt19937 m_random;
-    double m_unit;
+    zelkorecording::MorseKeying m_keying;
     QVector<KeyElement> m_pending;
 };
 
