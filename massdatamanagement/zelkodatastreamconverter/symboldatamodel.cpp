@@ -73,6 +73,29 @@ SymbolDataModel::SymbolDataModel() : m_codec(std::make_shared<CodecHandler>())
 
 SymbolDataModel::~SymbolDataModel() = default;
 
+void SymbolDataModel::clear()
+{
+    finish();
+    m_streams.clear();
+    DecodedTextModel::clear();
+}
+
+bool SymbolDataModel::setAlphabetsDirectory(QString const& directory)
+{
+    m_morseTemplate.reset();
+    return DecodedTextModel::setAlphabetsDirectory(directory);
+}
+
+SimpleMorseHandler const& SymbolDataModel::morseTemplate()
+{
+    if (!m_morseTemplate) {
+        m_morseTemplate = std::make_unique<SimpleMorseHandler>();
+        m_morseTemplate->SetAlphabetsDir(getAlphabetsDirectory());
+        m_morseTemplate->SetAlphabet(SimpleMorseHandler::morseName());
+    }
+    return *m_morseTemplate;
+}
+
 void SymbolDataModel::setOutput(QString const& directory, FileInfoCallback* callback)
 {
     m_directory = directory;
@@ -114,6 +137,7 @@ bool SymbolDataModel::processData(QByteArray const& frame)
     block->BeginFrame();
     if (stream.symbolFile) {
         stream.symbolFile->setFrequency(double(record.frequencyHz));
+        stream.textFile->setFrequency(double(record.frequencyHz));
         stream.symbolFile->writeRecord(record);
     }
     if (started) {
@@ -175,9 +199,7 @@ void SymbolDataModel::startStream(Stream& stream, SymbolRecord const& record, QD
     if (record.isMorse()) {
         code = MorseKind;
         rawType = MorseElementsType;
-        stream.morse = std::make_unique<SimpleMorseHandler>();
-        stream.morse->SetAlphabetsDir(getAlphabetsDirectory());
-        stream.morse->SetAlphabet(SimpleMorseHandler::morseName());
+        stream.morse = std::make_unique<SimpleMorseHandler>(morseTemplate());
         contentCode = stream.morse->Alphabet();
         stream.translates = true;
     } else {
@@ -222,7 +244,7 @@ void SymbolDataModel::endStream(Stream& stream)
     if (DataBlock* const block = blockOf(stream)) {
         addCharacters(stream, *block, stream.morse->FlushElements());
     }
-    if (stream.layout.lastEnd >= 0) {
+    if (stream.layout.written) {
         writeText(stream, QStringLiteral("\n"));
     }
     stream.layout = TextLayout{m_threshold, m_marker};
@@ -255,6 +277,7 @@ void SymbolDataModel::addMorseElements(Stream& stream, DataBlock& block, SymbolR
     QVector<MorseElement> elements;
     elements.reserve(record.values.size() + 1);
     if (record.microseconds > stream.end + FrameGapMicroseconds) {
+        ++m_counts.breaks;
         elements.append({false, quint32(std::min<quint64>(record.microseconds - stream.end,
                                                           MorseDurationMask))});
     }
@@ -314,10 +337,10 @@ QString SymbolDataModel::textFileForm(QVector<MorseCharacter> const& characters,
     for (MorseCharacter const& character : characters) {
         if (character.elements.isEmpty()) {
             // A word gap is written only once the next word shows it is not the line's end.
-            layout.pendingSpace = layout.lastEnd >= 0;
+            layout.pendingSpace = layout.written;
             continue;
         }
-        if (layout.lastEnd >= 0 &&
+        if (layout.written &&
             character.startMicroseconds - layout.lastEnd > qint64(MessagePauseSeconds) * 1000000) {
             out += QLatin1Char('\n');
         } else if (layout.pendingSpace) {
@@ -328,6 +351,7 @@ QString SymbolDataModel::textFileForm(QVector<MorseCharacter> const& characters,
             out += layout.marker;
         }
         out += character.text;
+        layout.written = true;
         layout.lastEnd = character.endMicroseconds;
     }
     return out;

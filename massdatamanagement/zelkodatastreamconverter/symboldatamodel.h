@@ -8,6 +8,7 @@
 #include <memory>
 
 class CodecHandler;
+class SimpleMorseHandler;
 
 namespace zelkodatastreamconverter {
 
@@ -70,10 +71,15 @@ public:
         qint64 elements = 0;
         qint64 characters = 0;
         int damagedFrames = 0;
+        int breaks = 0; ///< Morse frames that began after a break, taken as silence
     };
 
     SymbolDataModel();
     ~SymbolDataModel() override;
+
+    /// Ends every stream (finish()), forgets the channels, then clears the document.
+    void clear() override;
+    bool setAlphabetsDirectory(QString const& directory) override;
 
     /// The directory of the symbol and text files and the callback that hears of them.
     /// Without it only the result document is filled.
@@ -91,13 +97,15 @@ public:
 
     Counts const& counts() const { return m_counts; }
 
-    /// How a Morse channel's text file goes on: the marking, the end of the last character
-    /// written (stream microseconds, -1 before the first) and a word gap not yet written.
+    /// How a Morse channel's text file goes on: the marking, whether a character has been
+    /// written and where the last one ended (stream microseconds), and a word gap not yet
+    /// written.
     struct TextLayout
     {
         int threshold = DefaultConfidenceThreshold;
         QChar marker = DefaultLowConfidenceMarker;
-        qint64 lastEnd = -1;
+        bool written = false;
+        qint64 lastEnd = 0;
         bool pendingSpace = false;
     };
     /// The text-file form of characters that continue `layout`: the marker before each
@@ -117,8 +125,12 @@ private:
     void writeText(Stream& stream, QString const& text);
     void noteStream(Stream const& stream, SymbolRecord const& record, QDateTime const& time);
     DataBlock* blockOf(Stream const& stream) const;
+    /// A handler with the Morse alphabet read, copied for each stream so that the alphabets
+    /// directory is read once, not once a channel.
+    SimpleMorseHandler const& morseTemplate();
 
     std::shared_ptr<CodecHandler> m_codec;
+    std::unique_ptr<SimpleMorseHandler> m_morseTemplate;
     std::map<int, std::unique_ptr<Stream>> m_streams;
     QString m_directory;
     FileInfoCallback* m_callback = nullptr;

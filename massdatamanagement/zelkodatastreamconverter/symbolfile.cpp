@@ -8,10 +8,11 @@ namespace {
 
 QByteArray const Magic = QByteArrayLiteral("ZSYMBOLS");
 
-// The file's words are little-endian, the record reader takes host order.
-QByteArray wordsSwappedTo(QByteArray words, bool littleEndian)
+// The file's words are little-endian, the record reader takes host order: the same swap
+// either way, and none on a little-endian machine.
+QByteArray littleEndianWords(QByteArray words)
 {
-    if (littleEndian == (Q_BYTE_ORDER == Q_LITTLE_ENDIAN)) {
+    if (Q_BYTE_ORDER == Q_LITTLE_ENDIAN) {
         return words;
     }
     auto* word = reinterpret_cast<quint32*>(words.data());
@@ -41,7 +42,7 @@ QByteArray SymbolFile::header() const
 void SymbolFile::writeRecord(SymbolRecord const& record)
 {
     // A split leaves no file behind; the record that follows opens the next one.
-    QByteArray const words = wordsSwappedTo(record.words, true);
+    QByteArray const words = littleEndianWords(record.words);
     saveToFile(isOpen() ? words : header() + words);
 }
 
@@ -56,7 +57,7 @@ bool SymbolFile::read(QByteArray const& file, QVector<SymbolRecord>& records, QS
         reason = QStringLiteral("version %1").arg(version);
         return false;
     }
-    QByteArray const body = wordsSwappedTo(file.mid(HeaderBytes), false);
+    QByteArray const body = littleEndianWords(file.mid(HeaderBytes));
     int offset = 0;
     while (offset < body.size()) {
         SymbolRecord record;

@@ -3,6 +3,7 @@
 #include <QTextStream>
 #include <alphabetkit/codechandler.h>
 #include <alphabetkit/simplemorsehandler.h>
+#include <recordingwriter/morsekeyer.h>
 #include <recordingwriter/recordingwriter.h>
 #include <recordingwriter/symbolpayload.h>
 
@@ -66,33 +67,14 @@ void writeRawSymbols(RecordingWriter& out, QString const& alphabets)
     writeBits(out);
 }
 
-// Text keyed with ideal timing at `wpm` words a minute (PARIS: a dot lasts 1.2 s / wpm): a
-// dot one unit, a dash three, one unit between elements, three between characters, seven
-// between words; the message ends with `pauseSeconds` of silence.
+// Text keyed with ideal timing at `wpm` words a minute (PARIS), then `pauseSeconds` of
+// silence after the last character's gap.
 QVector<KeyElement> keyed(SimpleMorseHandler& morse, QString const& text, double wpm,
                           double pauseSeconds)
 {
-    quint32 const unit = quint32(1200000.0 / wpm);
-    QVector<KeyElement> elements;
-    bool wordGap = false;
-    // Backtranslate gives the characters' elements separated by blanks, "/" between words.
-    for (QString const& token :
-         morse.Backtranslate(text).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        if (token == QLatin1String("/")) {
-            wordGap = true;
-            continue;
-        }
-        if (!elements.isEmpty()) {
-            elements.append({false, (wordGap ? 7 : 3) * unit});
-        }
-        wordGap = false;
-        for (int i = 0; i < token.size(); ++i) {
-            if (i > 0) {
-                elements.append({false, unit});
-            }
-            elements.append({true, (token[i] == QLatin1Char('-') ? 3 : 1) * unit});
-        }
-    }
+    zelkorecording::MorseKeying keying;
+    keying.wpm = wpm;
+    QVector<KeyElement> elements = zelkorecording::keyMorse(morse.Backtranslate(text), keying);
     elements.append({false, quint32(pauseSeconds * 1e6)});
     return elements;
 }
@@ -108,7 +90,7 @@ void writeMorse(RecordingWriter& out, QString const& alphabets)
         return;
     }
     QVector<KeyElement> elements =
-        keyed(morse, QStringLiteral("CQ CQ CQ DE DL0ZEL DL0ZEL PSE K"), 20, 3);
+        keyed(morse, QStringLiteral("CQ CQ CQ DE DL0ZEL DL0ZEL PSE K"), 20, 6);
     elements += keyed(morse, QStringLiteral("DL0ZEL DE PA3XYZ GM UR RST 599 = TNX <SK>"), 30, 2);
     SymbolRun run{SymbolStart, 7025000, 0};
     constexpr int perFrame = 20;
