@@ -74,3 +74,14 @@ grep -h -e '<Item name="\(Kind\|Width\|Height\|MissingLines\|RepeatedLines\|Text
     "$out"/images/*.xml | sed -e 's/^ *//'
 echo "-- the Hellschreiber text"
 cat "$out"/images/Hellschreiber_*.txt
+echo
+echo "== Symbols: 5-bit teleprinter symbols read through ITA2 beside a channel of bare bits, and a"
+echo "   Morse exchange keyed at 20 and 30 words a minute ('~' marks a character read unsurely)"
+"$zelko" convert --trace 0 --quiet --alphabets data/alphabets --alphabet International \
+    -o "$out/symbols" data/samples/symbols-teleprinter.zdr | awk '{print $1, $2, $3, $NF}'
+cat "$out"/symbols/Symbols_1_*.txt
+"$zelko" convert --trace 0 --quiet --alphabets data/alphabets -o "$out/morse" \
+    data/samples/morse-exchange.zdr | awk '{print $1, $2, $3, $NF}'
+cat "$out"/morse/Morse_0_*.txt
+echo "-- the confidence of the first characters"
+grep -m 2 -A 3 '<UserData' "$out"/morse/NerikResultData_*.xml | sed -e 's/^ *//'

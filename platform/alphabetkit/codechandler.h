@@ -37,6 +37,8 @@ public:
 
     QString AlphabetsDir() const { return m_catalog.directory(); }
     QString Decoder() const { return m_decoder; }
+    /// Bits of a code of the current alphabet (16 for "None").
+    int AlphabetWidth() const { return m_translator.alphabet()->width(); }
     /// The problems of the last SetAlphabetsDir, one message per skipped file.
     QStringList LoadErrors() const { return m_catalog.errors(); }
 

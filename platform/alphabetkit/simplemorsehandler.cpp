@@ -119,6 +119,7 @@ bool SimpleMorseHandler::TextDirectionRTL() const
 void SimpleMorseHandler::ResetInternalState()
 {
     m_pending.clear();
+    m_timing.reset();
 }
 
 void SimpleMorseHandler::flush(QString& out)
@@ -182,13 +183,24 @@ QString SimpleMorseHandler::Backtranslate(QString const& text)
     return out;
 }
 
-// Element timing is being built; until then a stream completes no characters.
-QVector<MorseCharacter> SimpleMorseHandler::AddElements(QVector<MorseElement> const&)
+QVector<MorseCharacter> SimpleMorseHandler::printed(QVector<MorseCharacter> characters) const
 {
-    return {};
+    bool const morse = m_alphabet == morseName();
+    for (MorseCharacter& character : characters) {
+        if (character.text.isEmpty()) {
+            character.text = morse ? m_toText.value(character.elements, QString(QChar(0xFFFD)))
+                                   : character.elements;
+        }
+    }
+    return characters;
+}
+
+QVector<MorseCharacter> SimpleMorseHandler::AddElements(QVector<MorseElement> const& elements)
+{
+    return printed(m_timing.add(elements));
 }
 
 QVector<MorseCharacter> SimpleMorseHandler::FlushElements()
 {
-    return {};
+    return printed(m_timing.finish());
 }

@@ -4,6 +4,7 @@
 #include <QVector>
 #include <alphabetkit/ialphabethandler.h>
 #include <alphabetkit/morsecharacter.h>
+#include <alphabetkit/morsetimingdecoder.h>
 
 /// An alphabet handler for Morse element streams: "." is a dot, "-" a dash, a blank ends a
 /// character and "/" ends a word (printed as one blank); any other code unit ends the
@@ -46,6 +47,7 @@ public:
 
 private:
     void flush(QString& out);
+    QVector<MorseCharacter> printed(QVector<MorseCharacter> characters) const;
 
     QString m_decoder;
     QString m_alphabet;
@@ -54,4 +56,5 @@ private:
     int m_longestText = 0;
     QString m_pending;
     QStringList m_errors;
+    MorseTimingDecoder m_timing;
 };

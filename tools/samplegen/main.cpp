@@ -3,6 +3,7 @@
 
 #include "aissamples.h"
 #include "imagesamples.h"
+#include "symbolsamples.h"
 #include "transmissionsystemsamples.h"
 
 #include <QCoreApplication>
@@ -295,6 +296,10 @@ int main(int argc, char* argv[])
     }
     ok = zelkosamples::writeAisSamples(directory) && ok;
     for (zelkosamples::TransmissionSystemSample const& sample : zelkosamples::imageSamples()) {
+        ok = writeSample(directory, sample.fileName, sample.write) && ok;
+    }
+    for (zelkosamples::TransmissionSystemSample const& sample :
+         zelkosamples::symbolSamples(alphabets)) {
         ok = writeSample(directory, sample.fileName, sample.write) && ok;
     }
     return ok ? 0 : 1;

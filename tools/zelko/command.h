@@ -33,5 +33,6 @@ int runInspect(QStringList const& arguments);
 int runConvert(QStringList const& arguments);
 int runBursts(QStringList const& arguments);
 int runImport(QStringList const& arguments);
+int runImportMorseAudio(QStringList const& arguments); ///< importmorseaudio.cpp, from runImport
 
 } // namespace zelkotool

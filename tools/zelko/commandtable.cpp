@@ -14,6 +14,8 @@ std::vector<Command> const& commands()
          &runBursts},
         {QStringLiteral("import"), QStringLiteral("import aivdm LOG... -o RECORDING"),
          QStringLiteral("turn NMEA AIS logs into a recording of PDU frames"), &runImport},
+        {QStringLiteral("import"), QStringLiteral("import morse-audio AUDIO -o RECORDING"),
+         QStringLiteral("turn CW audio into a recording of Morse symbol frames"), &runImport},
     };
     return table;
 }

@@ -24,6 +24,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/decodedtextconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/filereader.h>
 #include <massdatamanagement/zelkodatastreamconverter/imagedataconverter.h>
+#include <massdatamanagement/zelkodatastreamconverter/symboldataconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemconverter.h>
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <memory>
@@ -68,6 +69,7 @@ std::map<QString, ConverterFactory> const& converterFactories()
         {QStringLiteral("ais"), factory<AISStationConverter>()},
         {QStringLiteral("audio"), factory<AudioDataConverter>()},
         {QStringLiteral("image"), factory<ImageDataConverter>()},
+        {QStringLiteral("symbol"), factory<SymbolDataConverter>()},
     };
     return factories;
 }
@@ -311,8 +313,10 @@ int runConversionJob(ConversionJob const& job)
     }
 
     JobSpec::Settings settings = job.settings;
+    // Raw symbols are translated through the job's alphabet as decoded text is.
     bool const convertsText = std::any_of(outcomes.begin(), outcomes.end(), [](auto const& o) {
-        return o.error.isEmpty() && o.kind == QLatin1String("text");
+        return o.error.isEmpty() &&
+               (o.kind == QLatin1String("text") || o.kind == QLatin1String("symbol"));
     });
     if (convertsText) {
         QString const note = chooseDecoderForAlphabet(settings, configuredAlphabets());

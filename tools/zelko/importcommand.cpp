@@ -34,7 +34,7 @@ QString plural(qint64 count, char const* one, char const* many)
 
 struct ImportOptions
 {
-    QDateTime start;         ///< for messages without a tag-block time; null: the log's date
+    QDateTime start; ///< for messages without a tag-block time; null: the log's date
     zelkorecording::ByteOrder order = zelkorecording::ByteOrder::Host;
     bool progress = false;
 };
@@ -59,8 +59,8 @@ bool importLog(QString const& path, zelkorecording::RecordingWriter& writer,
             QByteArray const payload = zelkorecording::AisEncoder::framePayload(
                 message->time.value_or(fallbackTime), message->bits, message->bitCount,
                 message->channel);
-            if (!writer.writeFrame(zelkodatastreamconverter::FrameType::TransmissionSystem,
-                                   payload, options.order)) {
+            if (!writer.writeFrame(zelkodatastreamconverter::FrameType::TransmissionSystem, payload,
+                                   options.order)) {
                 QTextStream(stderr) << "zelko import: cannot write the recording\n";
                 return false;
             }
@@ -81,9 +81,11 @@ bool importLog(QString const& path, zelkorecording::RecordingWriter& writer,
     QTextStream(stdout) << path << ": " << plural(counts.lines, "line", "lines") << ", "
                         << plural(counts.sentences, "AIS sentence", "AIS sentences") << ", "
                         << plural(counts.messages, "message", "messages") << " written\n"
-                        << "  skipped: " << plural(counts.checksumErrors, "checksum error", "checksum errors")
+                        << "  skipped: "
+                        << plural(counts.checksumErrors, "checksum error", "checksum errors")
                         << ", " << plural(counts.broken, "broken sentence", "broken sentences")
-                        << ", " << plural(counts.incomplete, "incomplete message", "incomplete messages")
+                        << ", "
+                        << plural(counts.incomplete, "incomplete message", "incomplete messages")
                         << ", " << plural(counts.otherLines, "other line", "other lines") << '\n';
     return true;
 }
@@ -92,6 +94,9 @@ bool importLog(QString const& path, zelkorecording::RecordingWriter& writer,
 
 int runImport(QStringList const& arguments)
 {
+    if (arguments.value(0) == QLatin1String("morse-audio")) {
+        return runImportMorseAudio(arguments.mid(1));
+    }
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Import logs of another format into a recording.\n\n"
@@ -100,14 +105,16 @@ int runImport(QStringList const& arguments)
         "several sentences are assembled by sequence ID and channel. Each message becomes one\n"
         "PDU frame (code 16, AIS record) stamped with its tag-block time, else with --start,\n"
         "else with the log's modification time. Sentences with a wrong checksum, broken fields\n"
-        "or missing parts are skipped and counted."));
+        "or missing parts are skipped and counted.\n\n"
+        "morse-audio: CW audio, see 'zelko import morse-audio --help'."));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("FORMAT"), QStringLiteral("aivdm"));
+    parser.addPositionalArgument(QStringLiteral("FORMAT"), QStringLiteral("aivdm or morse-audio"));
     parser.addPositionalArgument(QStringLiteral("LOG"), QStringLiteral("logs to import, in order"),
                                  QStringLiteral("LOG..."));
     parser.addOptions({
         {{QStringLiteral("o"), QStringLiteral("output")},
-         QStringLiteral("the recording to write (replaced)"), QStringLiteral("RECORDING")},
+         QStringLiteral("the recording to write (replaced)"),
+         QStringLiteral("RECORDING")},
         {QStringLiteral("start"),
          QStringLiteral("time of messages without a tag-block time, e.g. 2024-05-17T08:30:00Z"),
          QStringLiteral("TIME")},
@@ -120,7 +127,7 @@ int runImport(QStringList const& arguments)
     }
     QStringList logs = parser.positionalArguments();
     if (logs.isEmpty() || logs.takeFirst() != QLatin1String("aivdm")) {
-        return usageError(QStringLiteral("the only format is 'aivdm'"));
+        return usageError(QStringLiteral("the formats are 'aivdm' and 'morse-audio'"));
     }
     if (logs.isEmpty()) {
         return usageError(QStringLiteral("no log given"));
@@ -130,7 +137,8 @@ int runImport(QStringList const& arguments)
     }
     ImportOptions options;
     if (parser.isSet(QStringLiteral("start"))) {
-        options.start = QDateTime::fromString(parser.value(QStringLiteral("start")), Qt::ISODateWithMs);
+        options.start =
+            QDateTime::fromString(parser.value(QStringLiteral("start")), Qt::ISODateWithMs);
         if (!options.start.isValid()) {
             return usageError(QStringLiteral("--start needs a time such as 2024-05-17T08:30:00Z"));
         }

@@ -23,7 +23,7 @@ void printOverview(QTextStream& out)
         << "Converts and examines recordings of the monitoring receiver.\n\n"
         << "Commands:\n";
     for (zelkotool::Command const& command : zelkotool::commands()) {
-        out << "  " << command.synopsis.leftJustified(34) << ' ' << command.summary << '\n';
+        out << "  " << command.synopsis.leftJustified(37) << ' ' << command.summary << '\n';
     }
     out << "\nRun 'zelko COMMAND --help' for the options of a command.\n"
         << "Environment: ZELKO_TRACE_MASK sets which traces are shown (0x20 warnings,\n"

@@ -1,0 +1,42 @@
+#pragma once
+
+// What the benchmarks that time a converter on a recording beside a baseline do alike: the
+// recording read once into the page cache, and one timed conversion into a fresh directory.
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <jobspec/settings.h>
+#include <reportkit/results.h>
+
+namespace zelkobench {
+
+inline double seconds(QElapsedTimer const& timer)
+{
+    return double(timer.nsecsElapsed()) / 1e9;
+}
+
+/// Reads the file once, so that the timed runs do not measure the disk.
+inline void warmPageCache(QString const& path)
+{
+    QFile warm(path);
+    warm.open(QIODevice::ReadOnly);
+    while (!warm.read(1 << 20).isEmpty()) {
+    }
+}
+
+/// Wall seconds of converting the recording with default settings; results gets what the
+/// converter listed. The directory is gone afterwards.
+template <typename Converter>
+double timedConversion(QString const& recording, REPORTKIT::Results& results)
+{
+    QTemporaryDir out;
+    JobSpec::Settings settings;
+    settings.SetValidate(false);
+    QElapsedTimer timer;
+    timer.start();
+    results = Converter().convertFile(recording, out.path(), settings, 0);
+    return seconds(timer);
+}
+
+} // namespace zelkobench
