@@ -9,9 +9,10 @@
 #include <QVector>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// The text received on one channel of a transmission: the raw content (the code units the
 /// receiver delivered, kept exactly), the readable content translated from it, the time
@@ -99,7 +100,7 @@ public:
     /// Deletes every user data item.
     void DeleteUserData();
 
-    void WriteXml(QXmlStreamWriter& writer) const;
+    void WriteXml(Utf8XmlWriter& writer) const;
     bool ReadXml(QXmlStreamReader& reader, QString& error);
 
     /// Equal content, positions, time stamps and user data (compared by value). The pending
