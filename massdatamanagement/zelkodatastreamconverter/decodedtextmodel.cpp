@@ -150,31 +150,28 @@ bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transm
     int const fitting = (frame.size() - FirstEntryOffset) / EntrySize;
     int const entries = qBound(0, claimed, fitting);
     // Each entry goes to its channel's block; the codes are gathered per block and appended
-    // once per frame, which keeps the per-character work to a copy.
+    // once per frame, which keeps the per-character work to a copy. Interleaved channels
+    // take turns at nearly every entry, so the last two channels are kept at hand.
+    char const* entry = frame.constData() + FirstEntryOffset;
+    char const* const end = entry + EntrySize * entries;
     size_t used = 0;
     FrameCodes* current = nullptr;
-    for (int k = 0; k < entries; ++k) {
-        int const offset = FirstEntryOffset + EntrySize * k;
-        qint32 const channel = readAt<qint32>(frame, offset);
+    FrameCodes* other = nullptr;
+    for (; entry != end; entry += EntrySize) {
+        qint32 channel;
+        std::memcpy(&channel, entry, sizeof channel);
         if (!current || current->channel != channel) {
-            // Interleaved channels switch at nearly every entry: the usual few are found here.
-            current = nullptr;
-            for (size_t i = 0; i < used && i < 4; ++i) {
-                if (m_frameCodes[i].channel == channel) {
-                    current = &m_frameCodes[i];
-                    break;
-                }
-            }
-            if (!current) {
+            std::swap(current, other);
+            if (!current || current->channel != channel) {
                 current = &frameCodesFor(transmission, channel, time, used);
             }
         }
-        current->codes.push_back(readAt<quint16>(frame, offset + 4));
+        current->add(entry + 4);
     }
     for (size_t i = 0; i < used; ++i) {
-        std::vector<ushort> const& codes = m_frameCodes[i].codes;
-        m_frameCodes[i].block->AppendRawData(
-            QString(reinterpret_cast<QChar const*>(codes.data()), int(codes.size())));
+        FrameCodes const& codes = m_frameCodes[i];
+        codes.block->AppendRawData(reinterpret_cast<QChar const*>(codes.codes.data()),
+                                   codes.count());
     }
 
     for (int i = blocks.size() - 1; i >= 0; --i) {
@@ -224,12 +221,12 @@ DecodedTextModel::FrameCodes& DecodedTextModel::frameCodesFor(Transmission* tran
     }
     DataBlock* const block = blockForChannel(transmission, channel, time, nullptr);
     if (used == m_frameCodes.size()) {
-        m_frameCodes.push_back({channel, block, {}});
+        m_frameCodes.push_back({channel, block, {}, nullptr});
     } else {
         m_frameCodes[used].channel = channel;
         m_frameCodes[used].block = block;
-        m_frameCodes[used].codes.clear();
     }
+    m_frameCodes[used].restart();
     if (used == searchedInPlace) {
         for (size_t i = 0; i < used; ++i) {
             m_frameCodesIndex.insert(m_frameCodes[i].channel, i);
@@ -313,9 +310,15 @@ void DecodedTextModel::translateContent(DataBlock* block)
 
 void DecodedTextModel::translateContent(DataBlock* block, int rawFrom)
 {
-    if (block && m_handler && !block->GetRawContent().isEmpty()) {
-        block->AppendData(m_handler->Translate(block->GetRawContent().mid(rawFrom)));
+    if (!block || !m_handler || block->GetRawContent().isEmpty()) {
+        return;
     }
+    // Through one buffer that keeps its room from frame to frame.
+    QString const& raw = block->GetRawContent();
+    rawFrom = qBound(0, rawFrom, raw.size());
+    m_translated.truncate(0);
+    m_handler->Translate(raw.constData() + rawFrom, raw.size() - rawFrom, m_translated);
+    block->AppendData(m_translated);
 }
 
 void DecodedTextModel::translateCurrentTransmission()

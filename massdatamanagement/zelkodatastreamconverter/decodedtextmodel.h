@@ -3,6 +3,9 @@
 #include <QByteArray>
 #include <QHash>
 #include <QStringList>
+#include <algorithm>
+#include <cstring>
+#include <deque>
 #include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
 #include <memory>
 #include <vector>
@@ -81,16 +84,32 @@ private:
     QHash<int, QByteArray> m_channelStates;
 
     // The codes of one frame, gathered per block before they are appended in one piece.
-    // Kept between frames so that their buffers are reused.
+    // Kept between frames so that their buffers are reused; a deque, so that a slot stays
+    // where it is while others are added.
     struct FrameCodes
     {
         int channel;
         DataBlock* block;
         std::vector<ushort> codes;
+        ushort* next; // where the frame's next code of the channel goes
+
+        void restart() { next = codes.data(); }
+        int count() const { return int(next - codes.data()); }
+        void add(char const* code)
+        {
+            if (next == codes.data() + codes.size()) {
+                size_t const used = codes.size();
+                codes.resize(std::max<size_t>(256, 2 * used));
+                next = codes.data() + used;
+            }
+            std::memcpy(next++, code, sizeof(ushort));
+        }
     };
-    std::vector<FrameCodes> m_frameCodes;
+    std::deque<FrameCodes> m_frameCodes;
     // Where a channel's codes are in m_frameCodes, once a frame holds many channels.
     QHash<int, size_t> m_frameCodesIndex;
+    // The translation of one block's frame, before it is appended to the block's content.
+    QString m_translated;
     FrameCodes& frameCodesFor(Transmission* transmission, int channel, QDateTime const& time,
                               size_t& used);
 };

@@ -81,6 +81,7 @@ public:
     void SetRawContent(QString const& raw) { m_rawContent = raw; }
     void AppendRawData(QString const& raw) { m_rawContent.append(raw); }
     void AppendRawData(QChar code) { m_rawContent.append(code); }
+    void AppendRawData(QChar const* codes, int size) { m_rawContent.append(codes, size); }
 
     /// The alphabet settings the content was translated with.
     QString const& GetContentCode() const { return m_contentCode; }
