@@ -4,7 +4,6 @@
 #include <QHash>
 #include <QStringList>
 #include <algorithm>
-#include <cstring>
 #include <deque>
 #include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
 #include <memory>
@@ -95,14 +94,15 @@ private:
 
         void restart() { next = codes.data(); }
         int count() const { return int(next - codes.data()); }
-        void add(char const* code)
+        /// Where the next codes go, with room for `more` of them.
+        ushort* room(int more)
         {
-            if (next == codes.data() + codes.size()) {
-                size_t const used = codes.size();
-                codes.resize(std::max<size_t>(256, 2 * used));
+            size_t const used = size_t(count());
+            if (used + size_t(more) > codes.size()) {
+                codes.resize(std::max({size_t(256), used + size_t(more), 2 * codes.size()}));
                 next = codes.data() + used;
             }
-            std::memcpy(next++, code, sizeof(ushort));
+            return next;
         }
     };
     std::deque<FrameCodes> m_frameCodes;
@@ -110,6 +110,10 @@ private:
     QHash<int, size_t> m_frameCodesIndex;
     // The translation of one block's frame, before it is appended to the block's content.
     QString m_translated;
+    size_t gatherCycle(char const* data, int entries, int cycle, Transmission* transmission,
+                       QDateTime const& time);
+    size_t gatherEach(char const* data, int entries, Transmission* transmission,
+                      QDateTime const& time);
     FrameCodes& frameCodesFor(Transmission* transmission, int channel, QDateTime const& time,
                               size_t& used);
 };
