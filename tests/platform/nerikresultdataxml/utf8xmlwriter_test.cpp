@@ -180,6 +180,32 @@ TEST(Utf8XmlWriter, LongAwkwardTextReadsBackUnchanged)
     EXPECT_TRUE(read == text);
 }
 
+// A device that refuses its first write and takes every later one.
+class FailingOnce : public QIODevice
+{
+public:
+    FailingOnce() { open(QIODevice::WriteOnly); }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(char const*, qint64 size) override { return m_refused++ ? size : -1; }
+
+private:
+    int m_refused = 0;
+};
+
+// Once a write has failed, later output is dropped rather than written after a gap.
+TEST(Utf8XmlWriter, AFailedWriteStaysAnError)
+{
+    FailingOnce device;
+    Utf8XmlWriter writer(device);
+    writer.writeStartElement(QLatin1String("t"));
+    writer.writeText(QString(3 << 20, QLatin1Char('a')));
+    writer.writeEndElement();
+    EXPECT_FALSE(writer.flush());
+    EXPECT_TRUE(writer.hasError());
+}
+
 // Slices of base64 end on whole byte triples: only the very end is padded.
 TEST(Utf8XmlWriter, Base64AsQByteArrayWritesIt)
 {
