@@ -21,6 +21,7 @@
 #include <recordingwriter/decodedtextpayload.h>
 #include <recordingwriter/recordingwriter.h>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 using zelkorecording::RecordingWriter;
@@ -81,10 +82,21 @@ double secondsToRead(QString const& path)
     return double(timer.nsecsElapsed()) / 1e9;
 }
 
+// CPU seconds (user and system) of this process, or of its finished children.
+double cpuSeconds(int who)
+{
+    rusage usage{};
+    getrusage(who, &usage);
+    auto const seconds = [](timeval const& t) { return double(t.tv_sec) + t.tv_usec / 1e6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
 // `zelko inspect` over the recording, its listing thrown away; -1 when the tool is missing.
-double secondsToInspect(QString const& path)
+// cpu receives the CPU seconds the tool used.
+double secondsToInspect(QString const& path, double& cpu)
 {
 #ifdef ZELKO_TOOL
+    double const childrenBefore = cpuSeconds(RUSAGE_CHILDREN);
     QElapsedTimer timer;
     timer.start();
     QProcess inspect;
@@ -95,9 +107,12 @@ double secondsToInspect(QString const& path)
     if (!inspect.waitForFinished(-1) || inspect.exitCode() != 0) {
         return -1;
     }
-    return double(timer.nsecsElapsed()) / 1e9;
+    double const seconds = double(timer.nsecsElapsed()) / 1e9;
+    cpu = cpuSeconds(RUSAGE_CHILDREN) - childrenBefore;
+    return seconds;
 #else
     Q_UNUSED(path);
+    Q_UNUSED(cpu);
     return -1;
 #endif
 }
@@ -162,16 +177,35 @@ int main()
     double const readSeconds = secondsToRead(recording); // also warms the page cache
     double const readAgain = secondsToRead(recording);
     double const bestRead = std::min(readSeconds, readAgain);
-    double const inspectSeconds = secondsToInspect(recording);
+    // The better of two runs each: other work on the machine only ever slows a run down.
+    double inspectCpu = 0;
+    double inspectSeconds = secondsToInspect(recording, inspectCpu);
+    double inspectCpuAgain = 0;
+    double const inspectAgain = secondsToInspect(recording, inspectCpuAgain);
+    if (inspectAgain > 0 && inspectAgain < inspectSeconds) {
+        inspectSeconds = inspectAgain;
+    }
+    inspectCpu = std::min(inspectCpu, inspectCpuAgain);
 
+    // Two conversions, the better one counts; the peak memory is the first one's.
     long const residentBefore = peakResidentKilobytes();
     resetPeakResident();
-    QElapsedTimer timer;
-    timer.start();
-    zelkodatastreamconverter::DecodedTextConverter converter;
-    REPORTKIT::Results const results = converter.convertFile(recording, work.path(), settings, 0);
-    double const convertSeconds = double(timer.nsecsElapsed()) / 1e9;
-    long const peak = peakResidentKilobytes();
+    REPORTKIT::Results results;
+    long peak = 0;
+    double convertSeconds = 1e9;
+    double convertCpu = 1e9;
+    for (int run = 0; run < 2; ++run) {
+        double const cpuBefore = cpuSeconds(RUSAGE_SELF);
+        QElapsedTimer timer;
+        timer.start();
+        zelkodatastreamconverter::DecodedTextConverter converter;
+        results = converter.convertFile(recording, work.path(), settings, 0);
+        convertSeconds = std::min(convertSeconds, double(timer.nsecsElapsed()) / 1e9);
+        convertCpu = std::min(convertCpu, cpuSeconds(RUSAGE_SELF) - cpuBefore);
+        if (run == 0) {
+            peak = peakResidentKilobytes();
+        }
+    }
 
     qint64 documentBytes = 0;
     for (auto const& text : results.GetText()) {
@@ -179,13 +213,15 @@ int main()
     }
     double const megabytes = double(bytes) / 1e6;
     std::printf("recording              %10.1f MB, %lld characters\n", megabytes, characters);
-    std::printf("zelko inspect          %10.1f MB/s (the tool, listing every frame)\n",
-                inspectSeconds > 0 ? megabytes / inspectSeconds : 0.0);
+    std::printf("zelko inspect          %10.1f MB/s (the tool, listing every frame), "
+                "%.2f s CPU\n",
+                inspectSeconds > 0 ? megabytes / inspectSeconds : 0.0, inspectCpu);
     std::printf("FileReader loop        %10.1f MB/s (reading alone)\n", megabytes / bestRead);
-    std::printf("convert                %10.1f MB/s, %.2f M characters/s\n",
-                megabytes / convertSeconds, double(characters) / convertSeconds / 1e6);
-    std::printf("ratio convert/inspect  %10.3f   (target 0.25)\n",
-                inspectSeconds > 0 ? inspectSeconds / convertSeconds : 0.0);
+    std::printf("convert                %10.1f MB/s, %.2f M characters/s, %.2f s CPU\n",
+                megabytes / convertSeconds, double(characters) / convertSeconds / 1e6, convertCpu);
+    std::printf("ratio convert/inspect  %10.3f   (target 0.35; of CPU time %.3f)\n",
+                inspectSeconds > 0 ? inspectSeconds / convertSeconds : 0.0,
+                inspectCpu > 0 ? inspectCpu / convertCpu : 0.0);
     std::printf("ratio convert/reading  %10.3f\n", bestRead / convertSeconds);
     std::printf("result document        %10.1f MB\n", double(documentBytes) / 1e6);
     std::printf("peak resident          %10.1f MB during the conversion (%.1f MB before), "

@@ -17,6 +17,38 @@ namespace {
 
 constexpr int FirstEntryOffset = 40;
 constexpr int EntrySize = 8;
+constexpr int ChannelSize = 4;
+// The longest cycle of channels that gatherCycle() takes.
+constexpr int LongestCycle = 8;
+
+qint32 channelAt(char const* data, int entry)
+{
+    qint32 channel;
+    std::memcpy(&channel, data + EntrySize * entry, sizeof channel);
+    return channel;
+}
+
+// The length of the cycle in which the channels of the entries repeat, when the cycle names
+// each channel once and is at most LongestCycle entries long; 0 otherwise.
+int channelCycle(char const* data, int entries)
+{
+    for (int cycle = 1; cycle <= std::min(LongestCycle, entries); ++cycle) {
+        qint32 const newest = channelAt(data, cycle - 1);
+        for (int earlier = 0; earlier < cycle - 1; ++earlier) {
+            if (channelAt(data, earlier) == newest) {
+                return 0; // every longer cycle would name it twice as well
+            }
+        }
+        int entry = cycle;
+        while (entry < entries && channelAt(data, entry) == channelAt(data, entry - cycle)) {
+            ++entry;
+        }
+        if (entry == entries) {
+            return cycle;
+        }
+    }
+    return 0;
+}
 
 } // namespace
 
@@ -151,30 +183,14 @@ bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transm
     int const entries = qBound(0, claimed, fitting);
     // Each entry goes to its channel's block; the codes are gathered per block and appended
     // once per frame, which keeps the per-character work to a copy.
-    size_t used = 0;
-    FrameCodes* current = nullptr;
-    for (int k = 0; k < entries; ++k) {
-        int const offset = FirstEntryOffset + EntrySize * k;
-        qint32 const channel = readAt<qint32>(frame, offset);
-        if (!current || current->channel != channel) {
-            // Interleaved channels switch at nearly every entry: the usual few are found here.
-            current = nullptr;
-            for (size_t i = 0; i < used && i < 4; ++i) {
-                if (m_frameCodes[i].channel == channel) {
-                    current = &m_frameCodes[i];
-                    break;
-                }
-            }
-            if (!current) {
-                current = &frameCodesFor(transmission, channel, time, used);
-            }
-        }
-        current->codes.push_back(readAt<quint16>(frame, offset + 4));
-    }
+    char const* const data = frame.constData() + FirstEntryOffset;
+    int const cycle = channelCycle(data, entries);
+    size_t const used = cycle > 0 ? gatherCycle(data, entries, cycle, transmission, time)
+                                  : gatherEach(data, entries, transmission, time);
     for (size_t i = 0; i < used; ++i) {
-        std::vector<ushort> const& codes = m_frameCodes[i].codes;
-        m_frameCodes[i].block->AppendRawData(
-            QString(reinterpret_cast<QChar const*>(codes.data()), int(codes.size())));
+        FrameCodes const& codes = m_frameCodes[i];
+        codes.block->AppendRawData(reinterpret_cast<QChar const*>(codes.codes.data()),
+                                   codes.count());
     }
 
     for (int i = blocks.size() - 1; i >= 0; --i) {
@@ -185,6 +201,49 @@ bool DecodedTextModel::processData(QByteArray const& frame, Transmission* transm
         each->EndFrame();
     }
     return true;
+}
+
+// Receivers interleave their channels in a fixed order, so that a frame's channels mostly
+// repeat in a short cycle: then each channel's codes lie a cycle apart and are copied without
+// a look at every entry's channel. The codes go to the blocks in the order in which the
+// entries name them, as gatherEach() does.
+size_t DecodedTextModel::gatherCycle(char const* data, int entries, int cycle,
+                                     Transmission* transmission, QDateTime const& time)
+{
+    size_t used = 0;
+    for (int first = 0; first < cycle; ++first) {
+        FrameCodes& codes = frameCodesFor(transmission, channelAt(data, first), time, used);
+        ushort* out = codes.room((entries - first + cycle - 1) / cycle);
+        for (char const* entry = data + EntrySize * first; entry < data + EntrySize * entries;
+             entry += EntrySize * cycle) {
+            std::memcpy(out++, entry + ChannelSize, sizeof(ushort));
+        }
+        codes.next = out;
+    }
+    return used;
+}
+
+// Any order of channels: each entry is looked at, with the last two channels at hand for
+// channels that take turns.
+size_t DecodedTextModel::gatherEach(char const* data, int entries, Transmission* transmission,
+                                    QDateTime const& time)
+{
+    size_t used = 0;
+    FrameCodes* current = nullptr;
+    FrameCodes* other = nullptr;
+    for (char const* entry = data; entry != data + EntrySize * entries; entry += EntrySize) {
+        qint32 channel;
+        std::memcpy(&channel, entry, sizeof channel);
+        if (!current || current->channel != channel) {
+            std::swap(current, other);
+            if (!current || current->channel != channel) {
+                current = &frameCodesFor(transmission, channel, time, used);
+            }
+        }
+        std::memcpy(current->room(1), entry + ChannelSize, sizeof(ushort));
+        ++current->next;
+    }
+    return used;
 }
 
 // The block's raw content from rawFrom on, continuing the channel's own shift state. In
@@ -224,12 +283,12 @@ DecodedTextModel::FrameCodes& DecodedTextModel::frameCodesFor(Transmission* tran
     }
     DataBlock* const block = blockForChannel(transmission, channel, time, nullptr);
     if (used == m_frameCodes.size()) {
-        m_frameCodes.push_back({channel, block, {}});
+        m_frameCodes.push_back({channel, block, {}, nullptr});
     } else {
         m_frameCodes[used].channel = channel;
         m_frameCodes[used].block = block;
-        m_frameCodes[used].codes.clear();
     }
+    m_frameCodes[used].restart();
     if (used == searchedInPlace) {
         for (size_t i = 0; i < used; ++i) {
             m_frameCodesIndex.insert(m_frameCodes[i].channel, i);
@@ -313,9 +372,15 @@ void DecodedTextModel::translateContent(DataBlock* block)
 
 void DecodedTextModel::translateContent(DataBlock* block, int rawFrom)
 {
-    if (block && m_handler && !block->GetRawContent().isEmpty()) {
-        block->AppendData(m_handler->Translate(block->GetRawContent().mid(rawFrom)));
+    if (!block || !m_handler || block->GetRawContent().isEmpty()) {
+        return;
     }
+    // Through one buffer that keeps its room from frame to frame.
+    QString const& raw = block->GetRawContent();
+    rawFrom = qBound(0, rawFrom, raw.size());
+    m_translated.truncate(0);
+    m_handler->Translate(raw.constData() + rawFrom, raw.size() - rawFrom, m_translated);
+    block->AppendData(m_translated);
 }
 
 void DecodedTextModel::translateCurrentTransmission()

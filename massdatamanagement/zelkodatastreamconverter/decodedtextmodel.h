@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QHash>
 #include <QStringList>
+#include <algorithm>
+#include <deque>
 #include <massdatamanagement/zelkodatastreamconverter/nerikresultmodel.h>
 #include <memory>
 #include <vector>
@@ -81,16 +83,37 @@ private:
     QHash<int, QByteArray> m_channelStates;
 
     // The codes of one frame, gathered per block before they are appended in one piece.
-    // Kept between frames so that their buffers are reused.
+    // Kept between frames so that their buffers are reused; a deque, so that a slot stays
+    // where it is while others are added.
     struct FrameCodes
     {
         int channel;
         DataBlock* block;
         std::vector<ushort> codes;
+        ushort* next; // where the frame's next code of the channel goes
+
+        void restart() { next = codes.data(); }
+        int count() const { return int(next - codes.data()); }
+        /// Where the next codes go, with room for `more` of them.
+        ushort* room(int more)
+        {
+            size_t const used = size_t(count());
+            if (used + size_t(more) > codes.size()) {
+                codes.resize(std::max({size_t(256), used + size_t(more), 2 * codes.size()}));
+                next = codes.data() + used;
+            }
+            return next;
+        }
     };
-    std::vector<FrameCodes> m_frameCodes;
+    std::deque<FrameCodes> m_frameCodes;
     // Where a channel's codes are in m_frameCodes, once a frame holds many channels.
     QHash<int, size_t> m_frameCodesIndex;
+    // The translation of one block's frame, before it is appended to the block's content.
+    QString m_translated;
+    size_t gatherCycle(char const* data, int entries, int cycle, Transmission* transmission,
+                       QDateTime const& time);
+    size_t gatherEach(char const* data, int entries, Transmission* transmission,
+                      QDateTime const& time);
     FrameCodes& frameCodesFor(Transmission* transmission, int channel, QDateTime const& time,
                               size_t& used);
 };

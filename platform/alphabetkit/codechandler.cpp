@@ -2,7 +2,11 @@
 
 using AlphabetKit::AlphabetPtr;
 
-CodecHandler::CodecHandler() = default;
+CodecHandler::CodecHandler()
+{
+    useTranslator(m_translator.alphabet());
+}
+
 CodecHandler::~CodecHandler() = default;
 
 void CodecHandler::SetAlphabetsDir(QString const& directory)
@@ -10,8 +14,7 @@ void CodecHandler::SetAlphabetsDir(QString const& directory)
     QString const current = Alphabet();
     m_catalog.load(directory);
     AlphabetPtr alphabet = m_catalog.find(current);
-    m_translator = AlphabetKit::CodeTranslator(
-        alphabet ? alphabet : m_catalog.find(AlphabetKit::Alphabet::noneName()));
+    useTranslator(alphabet ? alphabet : m_catalog.find(AlphabetKit::Alphabet::noneName()));
 }
 
 bool CodecHandler::SetAlphabet(QString const& alphabet)
@@ -20,8 +23,14 @@ bool CodecHandler::SetAlphabet(QString const& alphabet)
     if (!found) {
         return false;
     }
-    m_translator = AlphabetKit::CodeTranslator(found);
+    useTranslator(found);
     return true;
+}
+
+void CodecHandler::useTranslator(AlphabetPtr const& alphabet)
+{
+    m_translator = AlphabetKit::CodeTranslator(alphabet);
+    m_statePrefix = m_translator.alphabet()->name().toUtf8() + '\n';
 }
 
 void CodecHandler::SetDecoder(QString const& decoder)
@@ -44,17 +53,22 @@ bool CodecHandler::TextDirectionRTL() const
     return m_translator.alphabet()->rightToLeft();
 }
 
+// Saved and restored around every frame of every channel of a recording: the name part is
+// made once per alphabet, and nothing is allocated to read a state back.
 QByteArray CodecHandler::SaveInternalState() const
 {
-    return Alphabet().toUtf8() + '\n' + QByteArray::number(m_translator.currentTable());
+    return m_statePrefix + QByteArray::number(m_translator.currentTable());
 }
 
 void CodecHandler::RestoreInternalState(QByteArray const& state)
 {
     int const separator = state.lastIndexOf('\n');
-    bool ok = false;
-    int const table = separator < 0 ? -1 : state.mid(separator + 1).toInt(&ok);
-    if (ok && QString::fromUtf8(state.left(separator)) == Alphabet()) {
+    bool ok = separator + 1 == m_statePrefix.size() && state.startsWith(m_statePrefix);
+    int const table = ok ? QByteArray::fromRawData(state.constData() + separator + 1,
+                                                   state.size() - separator - 1)
+                               .toInt(&ok)
+                         : -1;
+    if (ok) {
         m_translator.setCurrentTable(table);
     } else {
         m_translator.reset();
@@ -69,6 +83,11 @@ void CodecHandler::ResetInternalState()
 QString CodecHandler::Translate(QString const& raw)
 {
     return m_translator.translate(raw);
+}
+
+void CodecHandler::Translate(QChar const* raw, int size, QString& text)
+{
+    m_translator.translate(raw, size, text);
 }
 
 QString CodecHandler::Backtranslate(QString const& text)

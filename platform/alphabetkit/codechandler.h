@@ -29,6 +29,7 @@ public:
     bool TextDirectionRTL() const override;
     void ResetInternalState() override;
     QString Translate(QString const& raw) override;
+    void Translate(QChar const* raw, int size, QString& text) override;
     QString Backtranslate(QString const& text) override;
     /// The current shift table, with the alphabet's name so that a state of another alphabet
     /// is not taken for this one's.
@@ -43,7 +44,11 @@ public:
     QStringList LoadErrors() const { return m_catalog.errors(); }
 
 private:
+    void useTranslator(AlphabetKit::AlphabetPtr const& alphabet);
+
     AlphabetKit::AlphabetCatalog m_catalog;
     AlphabetKit::CodeTranslator m_translator;
+    // The alphabet's name in UTF-8 and the separator: how every saved state begins.
+    QByteArray m_statePrefix;
     QString m_decoder;
 };

@@ -48,16 +48,29 @@ void CodeTranslator::setCurrentTable(int table)
 
 QString CodeTranslator::translate(QString const& codes)
 {
-    // Written straight into a buffer that holds the longest possible text: decoded-text
-    // conversions translate every received character through here.
-    QString out(codes.size() * m_longestOutput, Qt::Uninitialized);
-    QChar* const begin = out.data();
+    QString out(0, Qt::Uninitialized); // empty, not null, even for no codes
+    translate(codes.constData(), codes.size(), out);
+    return out;
+}
+
+void CodeTranslator::translate(QChar const* codes, int size, QString& out)
+{
+    // Written straight into out, grown to hold the longest possible text: decoded-text
+    // conversions translate every received character through here, a frame at a time. The
+    // room grows by doubling, so that appending frame after frame stays linear.
+    int const before = out.size();
+    int const longest = before + size * m_longestOutput;
+    if (out.capacity() < longest) {
+        out.reserve(std::max(longest, 2 * out.capacity()));
+    }
+    out.resize(longest);
+    QChar* const begin = out.data() + before;
     QChar* at = begin;
     QVector<CodeEntry> const* entries = &m_alphabet->entries(m_table);
     quint32 const* singles = m_singles[m_table].constData();
     QString const& unknown = m_alphabet->unknownText();
-    for (QChar const unit : codes) {
-        unsigned const code = unit.unicode();
+    for (QChar const* unit = codes; unit != codes + size; ++unit) {
+        unsigned const code = unit->unicode();
         if (code < unsigned(entries->size()) && singles[code] != NotSingle) {
             *at++ = QChar(ushort(singles[code]));
             continue;
@@ -72,7 +85,7 @@ QString CodeTranslator::translate(QString const& codes)
             at = std::copy(entry.text.begin(), entry.text.end(), at);
             break;
         case CodeEntry::Same:
-            *at++ = unit;
+            *at++ = *unit;
             break;
         case CodeEntry::Unassigned:
             at = std::copy(unknown.begin(), unknown.end(), at);
@@ -88,8 +101,7 @@ QString CodeTranslator::translate(QString const& codes)
             singles = m_singles[m_table].constData();
         }
     }
-    out.truncate(int(at - begin));
-    return out;
+    out.resize(before + int(at - begin));
 }
 
 void CodeTranslator::translate(unsigned code, QString& out)

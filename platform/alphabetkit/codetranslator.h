@@ -24,6 +24,8 @@ public:
 
     /// Each UTF-16 code unit of `codes` is one code.
     QString translate(QString const& codes);
+    /// The same for `size` codes at `codes`, appended to `out`.
+    void translate(QChar const* codes, int size, QString& out);
     void translate(unsigned code, QString& out);
 
     /// The codes that print `text`, as UTF-16 code units. Starts from an unknown shift state,

@@ -36,6 +36,12 @@ public:
     virtual void ResetInternalState() = 0;
     /// Translates raw character codes, one per UTF-16 code unit.
     virtual QString Translate(QString const& raw) = 0;
+    /// The same for size codes at raw, appended to text: a caller that translates many short
+    /// pieces keeps one buffer instead of making two strings a piece.
+    virtual void Translate(QChar const* raw, int size, QString& text)
+    {
+        text += Translate(QString(raw, size));
+    }
     /// The raw codes that print `text` with the current alphabet; does not change the state.
     virtual QString Backtranslate(QString const& text) = 0;
 

@@ -1,9 +1,9 @@
 #include "datablock.h"
 
+#include "utf8xmlwriter.h"
 #include "xmltext.h"
 
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <memory>
 #include <reportkit/xmlreading.h>
 #include <reportkit/xmltime.h>
@@ -55,39 +55,38 @@ void DataBlock::DeleteUserData()
     m_userData.clear();
 }
 
-void DataBlock::WriteXml(QXmlStreamWriter& writer) const
+void DataBlock::WriteXml(Utf8XmlWriter& writer) const
 {
-    writer.writeStartElement(QStringLiteral("DataBlock"));
-    writer.writeAttribute(QStringLiteral("id"), QString::number(m_id));
-    writer.writeAttribute(QStringLiteral("channel"), QString::number(m_channel));
+    writer.writeStartElement(QLatin1String("DataBlock"));
+    writer.writeAttribute(QLatin1String("id"), m_id);
+    writer.writeAttribute(QLatin1String("channel"), m_channel);
     if (m_contentStart != 0) {
-        writer.writeAttribute(QStringLiteral("contentStart"), QString::number(m_contentStart));
+        writer.writeAttribute(QLatin1String("contentStart"), m_contentStart);
     }
     if (m_rawStart != 0) {
-        writer.writeAttribute(QStringLiteral("rawStart"), QString::number(m_rawStart));
+        writer.writeAttribute(QLatin1String("rawStart"), m_rawStart);
     }
     if (!m_contentCode.isEmpty()) {
-        XmlText::writeTextAttribute(writer, QStringLiteral("contentCode"), m_contentCode);
+        XmlText::writeTextAttribute(writer, QLatin1String("contentCode"), m_contentCode);
     }
     if (m_rtl) {
-        writer.writeAttribute(QStringLiteral("rtl"), QStringLiteral("true"));
+        writer.writeAttribute(QLatin1String("rtl"), QStringLiteral("true"));
     }
     if (!m_rawContentType.isEmpty()) {
-        XmlText::writeTextAttribute(writer, QStringLiteral("rawContentType"), m_rawContentType);
+        XmlText::writeTextAttribute(writer, QLatin1String("rawContentType"), m_rawContentType);
     }
     for (TimeStamp const& stamp : m_timeStamps) {
-        writer.writeEmptyElement(QStringLiteral("TimeStamp"));
+        writer.writeEmptyElement(QLatin1String("TimeStamp"));
         if (stamp.GetTime().isValid()) {
-            writer.writeAttribute(QStringLiteral("time"),
+            writer.writeAttribute(QLatin1String("time"),
                                   REPORTKIT::XmlTime::toText(stamp.GetTime()));
         }
-        writer.writeAttribute(QStringLiteral("position"), QString::number(stamp.GetPosition()));
-        writer.writeAttribute(QStringLiteral("rawPosition"),
-                              QString::number(stamp.GetRawPosition()));
+        writer.writeAttribute(QLatin1String("position"), stamp.GetPosition());
+        writer.writeAttribute(QLatin1String("rawPosition"), stamp.GetRawPosition());
     }
-    XmlText::writeTextElement(writer, QStringLiteral("Content"), m_content);
+    XmlText::writeTextElement(writer, QLatin1String("Content"), m_content);
     if (!m_rawContent.isEmpty()) {
-        XmlText::writeBase64Element(writer, QStringLiteral("RawContent"), m_rawContent);
+        XmlText::writeBase64Element(writer, QLatin1String("RawContent"), m_rawContent);
     }
     for (UserData const* item : m_userData) {
         item->WriteXml(writer);

@@ -9,9 +9,10 @@
 #include <QVector>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// The text received on one channel of a transmission: the raw content (the code units the
 /// receiver delivered, kept exactly), the readable content translated from it, the time
@@ -80,6 +81,7 @@ public:
     void SetRawContent(QString const& raw) { m_rawContent = raw; }
     void AppendRawData(QString const& raw) { m_rawContent.append(raw); }
     void AppendRawData(QChar code) { m_rawContent.append(code); }
+    void AppendRawData(QChar const* codes, int size) { m_rawContent.append(codes, size); }
 
     /// The alphabet settings the content was translated with.
     QString const& GetContentCode() const { return m_contentCode; }
@@ -99,7 +101,7 @@ public:
     /// Deletes every user data item.
     void DeleteUserData();
 
-    void WriteXml(QXmlStreamWriter& writer) const;
+    void WriteXml(Utf8XmlWriter& writer) const;
     bool ReadXml(QXmlStreamReader& reader, QString& error);
 
     /// Equal content, positions, time stamps and user data (compared by value). The pending

@@ -1,18 +1,18 @@
 #include "field.h"
 
+#include "utf8xmlwriter.h"
 #include "xmltext.h"
 
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <reportkit/xmlreading.h>
 
 namespace NerikResultDataXml {
 
-void Field::WriteXml(QXmlStreamWriter& writer) const
+void Field::WriteXml(Utf8XmlWriter& writer) const
 {
-    writer.writeStartElement(QStringLiteral("Field"));
-    XmlText::writeTextAttribute(writer, QStringLiteral("name"), m_name);
-    XmlText::writeTextAttribute(writer, QStringLiteral("type"), m_type);
+    writer.writeStartElement(QLatin1String("Field"));
+    XmlText::writeTextAttribute(writer, QLatin1String("name"), m_name);
+    XmlText::writeTextAttribute(writer, QLatin1String("type"), m_type);
     XmlText::writeTextAndEnd(writer, m_value);
 }
 

@@ -3,9 +3,10 @@
 #include <QString>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// One labelled value of a PDU data block: name (label), type text ("int", "string",
 /// "bool", ...) and value text.
@@ -27,7 +28,7 @@ public:
     QString const& GetValue() const { return m_value; }
     void SetValue(QString const& value) { m_value = value; }
 
-    void WriteXml(QXmlStreamWriter& writer) const;
+    void WriteXml(Utf8XmlWriter& writer) const;
     bool ReadXml(QXmlStreamReader& reader, QString& error);
 
     bool operator==(Field const& other) const

@@ -1,9 +1,7 @@
 #include "inerikresultdata.h"
 
 #include "nerikresultdataexception.h"
-
-#include <QXmlStreamWriter>
-#include <reportkit/xmlwriting.h>
+#include "utf8xmlwriter.h"
 
 namespace NerikResultDataXml {
 
@@ -11,14 +9,17 @@ INerikResultData::~INerikResultData() = default;
 
 QString INerikResultData::GetXmlString() const
 {
-    bool failed = false;
-    QString const xml = REPORTKIT::XmlWriting::documentText(
-        [this](QXmlStreamWriter& writer) { WriteXml(writer); }, &failed);
-    if (failed) {
+    QByteArray xml;
+    Utf8XmlWriter writer(xml);
+    writer.setAutoFormatting(true);
+    writer.writeStartDocument(false); // text, not bytes: no encoding to declare
+    WriteXml(writer);
+    writer.writeEndDocument();
+    if (!writer.flush()) {
         // Only reachable when a writer refuses a character that escaping let through.
         throw NerikResultDataException(QStringLiteral("GetXmlString: the XML writer failed"));
     }
-    return xml;
+    return QString::fromUtf8(xml);
 }
 
 } // namespace NerikResultDataXml

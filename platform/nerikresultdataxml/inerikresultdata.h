@@ -2,9 +2,9 @@
 
 #include <QString>
 
-class QXmlStreamWriter;
-
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// Base of the result-document objects that render themselves as a whole XML document
 /// (NerikResultData and Transmission).
@@ -22,7 +22,7 @@ public:
     virtual QString GetXmlString() const;
 
     /// Writes the object as one element at the writer's position.
-    virtual void WriteXml(QXmlStreamWriter& writer) const = 0;
+    virtual void WriteXml(Utf8XmlWriter& writer) const = 0;
 };
 
 } // namespace NerikResultDataXml

@@ -1,9 +1,9 @@
 #include "info.h"
 
+#include "utf8xmlwriter.h"
 #include "xmltext.h"
 
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <reportkit/xmlreading.h>
 #include <reportkit/xmltime.h>
 
@@ -30,15 +30,15 @@ QString Info::GetItem(QString const& name) const
     return QString();
 }
 
-void Info::WriteXml(QXmlStreamWriter& writer) const
+void Info::WriteXml(Utf8XmlWriter& writer) const
 {
-    writer.writeStartElement(QStringLiteral("Info"));
+    writer.writeStartElement(QLatin1String("Info"));
     if (m_timestamp.isValid()) {
-        writer.writeAttribute(QStringLiteral("timestamp"), REPORTKIT::XmlTime::toText(m_timestamp));
+        writer.writeAttribute(QLatin1String("timestamp"), REPORTKIT::XmlTime::toText(m_timestamp));
     }
     for (Item const& item : m_items) {
-        writer.writeStartElement(QStringLiteral("Item"));
-        XmlText::writeTextAttribute(writer, QStringLiteral("name"), item.name);
+        writer.writeStartElement(QLatin1String("Item"));
+        XmlText::writeTextAttribute(writer, QLatin1String("name"), item.name);
         XmlText::writeTextAndEnd(writer, item.value);
     }
     writer.writeEndElement();

@@ -5,9 +5,10 @@
 #include <QVector>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// A record of the receiver settings that were in force from a time on: a time stamp and an
 /// ordered list of named items, each a text (typically a settings object's XML text, e.g.
@@ -44,7 +45,7 @@ public:
     QVector<Item>& GetItems() { return m_items; }
     QVector<Item> const& GetItems() const { return m_items; }
 
-    void WriteXml(QXmlStreamWriter& writer) const;
+    void WriteXml(Utf8XmlWriter& writer) const;
     bool ReadXml(QXmlStreamReader& reader, QString& error);
 
     bool operator==(Info const& other) const;

@@ -1,8 +1,9 @@
 #include "nerikresultdata.h"
 
+#include "utf8xmlwriter.h"
+
 #include <QFile>
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <algorithm>
 #include <memory>
 #include <reportkit/xmlreading.h>
@@ -67,64 +68,21 @@ void NerikResultData::Clear()
     m_transmissions.clear();
 }
 
-void NerikResultData::WriteXml(QXmlStreamWriter& writer) const
+void NerikResultData::WriteXml(Utf8XmlWriter& writer) const
 {
     WriteXml(writer, DataBlockFilter());
 }
 
-void NerikResultData::WriteXml(QXmlStreamWriter& writer, DataBlockFilter const& filter) const
+void NerikResultData::WriteXml(Utf8XmlWriter& writer, DataBlockFilter const& filter) const
 {
-    writer.writeStartElement(rootName);
-    writer.writeAttribute(QStringLiteral("version"), formatVersion);
-    writer.writeAttribute(QStringLiteral("nextId"), QString::number(m_nextId));
+    writer.writeStartElement(QLatin1String("NerikResultData"));
+    writer.writeAttribute(QLatin1String("version"), formatVersion);
+    writer.writeAttribute(QLatin1String("nextId"), m_nextId);
     for (Transmission const* transmission : m_transmissions) {
         transmission->WriteXml(writer, filter);
     }
     writer.writeEndElement();
 }
-
-namespace {
-
-// QXmlStreamWriter hands its device many small pieces; a file device passes each through its
-// own buffer, which costs more than writing the document. The pieces are gathered here and
-// go to the device a megabyte at a time.
-class ChunkedOutput : public QIODevice
-{
-public:
-    explicit ChunkedOutput(QIODevice& target) : m_target(target)
-    {
-        m_chunk.reserve(ChunkBytes);
-        open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-    }
-
-    /// Writes what is gathered; false when the device refused it.
-    bool finish() { return writeChunk(); }
-
-protected:
-    qint64 readData(char*, qint64) override { return -1; }
-    qint64 writeData(char const* data, qint64 size) override
-    {
-        m_chunk.append(data, int(size));
-        return m_chunk.size() < ChunkBytes || writeChunk() ? size : -1;
-    }
-
-private:
-    bool writeChunk()
-    {
-        bool const written = m_target.write(m_chunk) == m_chunk.size();
-        m_chunk.truncate(0);
-        if (!written) {
-            setErrorString(m_target.errorString());
-        }
-        return written;
-    }
-
-    static constexpr int ChunkBytes = 1 << 20;
-    QIODevice& m_target;
-    QByteArray m_chunk;
-};
-
-} // namespace
 
 bool NerikResultData::SaveFile(QFile& file)
 {
@@ -147,15 +105,12 @@ bool NerikResultData::Save(QIODevice& device, DataBlockFilter const& filter)
         m_errorText = QStringLiteral("%1: not open for writing").arg(deviceName());
         return false;
     }
-    ChunkedOutput output(device);
-    QXmlStreamWriter writer(&output);
-    writer.setCodec("UTF-8");
+    Utf8XmlWriter writer(device);
     writer.setAutoFormatting(true);
     writer.writeStartDocument();
     WriteXml(writer, filter);
     writer.writeEndDocument();
-    bool const written = output.finish();
-    if (writer.hasError() || !written) {
+    if (!writer.flush()) {
         m_errorText =
             QStringLiteral("%1: write failed: %2").arg(deviceName(), device.errorString());
         return false;

@@ -67,8 +67,8 @@ public:
     /// Deletes every transmission. The ID counter keeps running.
     virtual void Clear();
 
-    void WriteXml(QXmlStreamWriter& writer) const override;
-    void WriteXml(QXmlStreamWriter& writer, DataBlockFilter const& filter) const;
+    void WriteXml(Utf8XmlWriter& writer) const override;
+    void WriteXml(Utf8XmlWriter& writer, DataBlockFilter const& filter) const;
 
     /// Equal transmissions, compared by value. The ID counter is not compared.
     bool operator==(NerikResultData const& other) const;

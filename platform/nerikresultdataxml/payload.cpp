@@ -1,9 +1,9 @@
 #include "payload.h"
 
+#include "utf8xmlwriter.h"
 #include "xmltext.h"
 
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <reportkit/xmlreading.h>
 
 namespace NerikResultDataXml {
@@ -15,26 +15,27 @@ void Payload::SetData(QByteArray const& data, unsigned elements, unsigned bitsPe
     m_bits = bitsPerElement;
 }
 
-void Payload::WriteXml(QXmlStreamWriter& writer) const
+void Payload::WriteXml(Utf8XmlWriter& writer) const
 {
-    writer.writeStartElement(QStringLiteral("Payload"));
+    writer.writeStartElement(QLatin1String("Payload"));
     if (!m_name.isEmpty()) {
-        XmlText::writeTextAttribute(writer, QStringLiteral("name"), m_name);
+        XmlText::writeTextAttribute(writer, QLatin1String("name"), m_name);
     }
     if (!m_contentCode.isEmpty()) {
-        XmlText::writeTextAttribute(writer, QStringLiteral("contentCode"), m_contentCode);
+        XmlText::writeTextAttribute(writer, QLatin1String("contentCode"), m_contentCode);
     }
     if (m_rtl) {
-        writer.writeAttribute(QStringLiteral("rtl"), QStringLiteral("true"));
+        writer.writeAttribute(QLatin1String("rtl"), QStringLiteral("true"));
     }
     if (!m_content.isEmpty()) {
-        XmlText::writeTextElement(writer, QStringLiteral("Content"), m_content);
+        XmlText::writeTextElement(writer, QLatin1String("Content"), m_content);
     }
     if (!m_data.isEmpty() || m_elements != 0 || m_bits != 0) {
-        writer.writeStartElement(QStringLiteral("Data"));
-        writer.writeAttribute(QStringLiteral("elements"), QString::number(m_elements));
-        writer.writeAttribute(QStringLiteral("bits"), QString::number(m_bits));
-        XmlText::writeTextAndEnd(writer, QString::fromLatin1(m_data.toBase64()));
+        writer.writeStartElement(QLatin1String("Data"));
+        writer.writeAttribute(QLatin1String("elements"), m_elements);
+        writer.writeAttribute(QLatin1String("bits"), m_bits);
+        writer.writeBase64(m_data.constData(), m_data.size());
+        writer.writeEndElement();
     }
     writer.writeEndElement();
 }

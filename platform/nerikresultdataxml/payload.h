@@ -4,9 +4,10 @@
 #include <QString>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// The message of a PDU data block: its label (name), the decoded text (content) with the
 /// alphabet settings it was decoded with (content code) and its writing direction, and the
@@ -44,7 +45,7 @@ public:
     /// another block's payload with.
     bool IsValid() const { return !m_data.isEmpty() || !m_content.isEmpty(); }
 
-    void WriteXml(QXmlStreamWriter& writer) const;
+    void WriteXml(Utf8XmlWriter& writer) const;
     bool ReadXml(QXmlStreamReader& reader, QString& error);
 
     bool operator==(Payload const& other) const;

@@ -1,9 +1,9 @@
 #include "pdudatablock.h"
 
+#include "utf8xmlwriter.h"
 #include "xmltext.h"
 
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <memory>
 #include <reportkit/xmlreading.h>
 #include <reportkit/xmltime.h>
@@ -45,20 +45,20 @@ void PDUDataBlock::DeleteUserData()
     m_userData.clear();
 }
 
-void PDUDataBlock::WriteXml(QXmlStreamWriter& writer) const
+void PDUDataBlock::WriteXml(Utf8XmlWriter& writer) const
 {
-    writer.writeStartElement(QStringLiteral("PDUDataBlock"));
-    writer.writeAttribute(QStringLiteral("id"), QString::number(m_id));
-    writer.writeAttribute(QStringLiteral("type"), QString::number(m_type));
+    writer.writeStartElement(QLatin1String("PDUDataBlock"));
+    writer.writeAttribute(QLatin1String("id"), m_id);
+    writer.writeAttribute(QLatin1String("type"), m_type);
     if (m_timeStamp.isValid()) {
-        writer.writeAttribute(QStringLiteral("timeStamp"), REPORTKIT::XmlTime::toText(m_timeStamp));
+        writer.writeAttribute(QLatin1String("timeStamp"), REPORTKIT::XmlTime::toText(m_timeStamp));
     }
-    XmlText::writeTextAttribute(writer, QStringLiteral("name"), m_name);
+    XmlText::writeTextAttribute(writer, QLatin1String("name"), m_name);
     if (!m_method.isEmpty()) {
-        XmlText::writeTextAttribute(writer, QStringLiteral("method"), m_method);
+        XmlText::writeTextAttribute(writer, QLatin1String("method"), m_method);
     }
     if (!m_crc.isEmpty()) {
-        XmlText::writeTextAttribute(writer, QStringLiteral("crc"), m_crc);
+        XmlText::writeTextAttribute(writer, QLatin1String("crc"), m_crc);
     }
     for (Field const& field : m_fields) {
         field.WriteXml(writer);

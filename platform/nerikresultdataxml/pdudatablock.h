@@ -10,9 +10,10 @@
 #include <QVector>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// One decoded protocol unit (message) of a transmission system: ID, type code, time
 /// stamp, name, decoding method, checksum text, labelled fields, a payload, child blocks
@@ -83,7 +84,7 @@ public:
     QList<UserData*> const& GetUserData() const { return m_userData.items(); }
     void DeleteUserData();
 
-    void WriteXml(QXmlStreamWriter& writer) const;
+    void WriteXml(Utf8XmlWriter& writer) const;
     /// Reads the element whose start tag the reader has just read. Blocks nested deeper than
     /// MaxNesting levels are refused (they would only come from a damaged or hostile file).
     bool ReadXml(QXmlStreamReader& reader, QString& error);

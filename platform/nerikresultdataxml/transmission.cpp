@@ -1,7 +1,8 @@
 #include "transmission.h"
 
+#include "utf8xmlwriter.h"
+
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <memory>
 #include <reportkit/xmlreading.h>
 #include <reportkit/xmltime.h>
@@ -32,19 +33,19 @@ void Transmission::Clear()
     m_pduDataBlocks.clear();
 }
 
-void Transmission::WriteXml(QXmlStreamWriter& writer) const
+void Transmission::WriteXml(Utf8XmlWriter& writer) const
 {
     WriteXml(writer, DataBlockFilter());
 }
 
-void Transmission::WriteXml(QXmlStreamWriter& writer, DataBlockFilter const& filter) const
+void Transmission::WriteXml(Utf8XmlWriter& writer, DataBlockFilter const& filter) const
 {
-    writer.writeStartElement(QStringLiteral("Transmission"));
+    writer.writeStartElement(QLatin1String("Transmission"));
     if (m_startTime.isValid()) {
-        writer.writeAttribute(QStringLiteral("startTime"), REPORTKIT::XmlTime::toText(m_startTime));
+        writer.writeAttribute(QLatin1String("startTime"), REPORTKIT::XmlTime::toText(m_startTime));
     }
     if (m_stopTime.isValid()) {
-        writer.writeAttribute(QStringLiteral("stopTime"), REPORTKIT::XmlTime::toText(m_stopTime));
+        writer.writeAttribute(QLatin1String("stopTime"), REPORTKIT::XmlTime::toText(m_stopTime));
     }
     for (Info const* info : m_infos) {
         info->WriteXml(writer);

@@ -59,9 +59,9 @@ public:
     /// Deletes every info, data block and PDU data block.
     void Clear();
 
-    void WriteXml(QXmlStreamWriter& writer) const override;
+    void WriteXml(Utf8XmlWriter& writer) const override;
     /// Writes only the data blocks that filter accepts (all when filter is empty).
-    void WriteXml(QXmlStreamWriter& writer, DataBlockFilter const& filter) const;
+    void WriteXml(Utf8XmlWriter& writer, DataBlockFilter const& filter) const;
     bool ReadXml(QXmlStreamReader& reader, QString& error);
     /// Reads a standalone <Transmission> document as GetXmlString() writes it; false with
     /// a "line X, column Y: ..." text in error (the transmission is then unchanged).

@@ -1,9 +1,9 @@
 #include "userdata.h"
 
+#include "utf8xmlwriter.h"
 #include "xmltext.h"
 
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 #include <reportkit/xmlreading.h>
 
 namespace NerikResultDataXml {
@@ -20,15 +20,15 @@ UserData::UserData(int startPosition, int endPosition, QString const& userDataTy
 
 UserData::~UserData() = default;
 
-void UserData::WriteXml(QXmlStreamWriter& writer) const
+void UserData::WriteXml(Utf8XmlWriter& writer) const
 {
-    writer.writeStartElement(QStringLiteral("UserData"));
-    writer.writeAttribute(QStringLiteral("start"), QString::number(start));
-    writer.writeAttribute(QStringLiteral("end"), QString::number(end));
-    XmlText::writeTextAttribute(writer, QStringLiteral("type"), type);
-    XmlText::writeTextElement(writer, QStringLiteral("Text"), text);
-    XmlText::writeTextElement(writer, QStringLiteral("Text2"), text2);
-    XmlText::writeTextElement(writer, QStringLiteral("CoveredText"), coveredText);
+    writer.writeStartElement(QLatin1String("UserData"));
+    writer.writeAttribute(QLatin1String("start"), start);
+    writer.writeAttribute(QLatin1String("end"), end);
+    XmlText::writeTextAttribute(writer, QLatin1String("type"), type);
+    XmlText::writeTextElement(writer, QLatin1String("Text"), text);
+    XmlText::writeTextElement(writer, QLatin1String("Text2"), text2);
+    XmlText::writeTextElement(writer, QLatin1String("CoveredText"), coveredText);
     writer.writeEndElement();
 }
 

@@ -3,9 +3,10 @@
 #include <QString>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// A user annotation of a range of a block's content: characters [start, end) (end
 /// exclusive), an annotation type, a replacement text (text), a second text (text2) and the
@@ -39,7 +40,7 @@ public:
     QString text2;
     QString coveredText;
 
-    void WriteXml(QXmlStreamWriter& writer) const;
+    void WriteXml(Utf8XmlWriter& writer) const;
     /// Reads the element whose start tag the reader has just read; false with a
     /// "line X, column Y: ..." text in error on failure.
     bool ReadXml(QXmlStreamReader& reader, QString& error);

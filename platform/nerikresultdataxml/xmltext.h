@@ -3,13 +3,14 @@
 #include <QString>
 
 class QXmlStreamReader;
-class QXmlStreamWriter;
 
 namespace REPORTKIT {
 class XmlReading;
 }
 
 namespace NerikResultDataXml {
+
+class Utf8XmlWriter;
 
 /// Lossless text in XML 1.0, shared by the writers and readers of the result document.
 ///
@@ -22,6 +23,9 @@ namespace NerikResultDataXml {
 /// Attributes: a value XML can carry is written as it is (the writer escapes tab, line feed
 /// and carriage return as references); any other value is written as the attribute
 /// "<name>64" holding the base64 of the UTF-16LE code units.
+///
+/// The escaping of element text itself is Utf8XmlWriter::writeText(), which encodes in the
+/// same pass.
 class XmlText
 {
 public:
@@ -29,12 +33,9 @@ public:
     static bool isXmlSafe(QString const& text);
 
     /// Writes text as the content of the element just started, then ends that element.
-    /// Auto-formatting is held off meanwhile: its indentation would become part of the text.
-    static void writeTextAndEnd(QXmlStreamWriter& writer, QString const& text);
-    static void writeTextElement(QXmlStreamWriter& writer, QString const& name,
-                                 QString const& text);
-    static void writeTextAttribute(QXmlStreamWriter& writer, QString const& name,
-                                   QString const& text);
+    static void writeTextAndEnd(Utf8XmlWriter& writer, QString const& text);
+    static void writeTextElement(Utf8XmlWriter& writer, QLatin1String name, QString const& text);
+    static void writeTextAttribute(Utf8XmlWriter& writer, QLatin1String name, QString const& text);
 
     /// Reads the text of the current element (just after its start tag) up to its end tag,
     /// with <c/> escapes resolved. Other child elements are errors.
@@ -44,14 +45,8 @@ public:
     static bool readTextAttribute(QXmlStreamReader& reader, REPORTKIT::XmlReading& in,
                                   QString const& name, QString& value, bool& present);
 
-    /// Writes the escaped text at the writer's position, verbatim; auto-formatting must be
-    /// off (writeTextAndEnd() sees to that).
-    static void writeEscaped(QXmlStreamWriter& writer, QString const& text);
-
-    /// Writes an element whose text is base64 of the UTF-16LE code units of text. The
-    /// base64 alphabet needs no escaping, so it goes out verbatim without a second look.
-    static void writeBase64Element(QXmlStreamWriter& writer, QString const& name,
-                                   QString const& text);
+    /// Writes an element whose text is base64 of the UTF-16LE code units of text.
+    static void writeBase64Element(Utf8XmlWriter& writer, QLatin1String name, QString const& text);
 
     /// base64 of the UTF-16LE code units of text, and back (false for bad input).
     static QByteArray toBase64(QString const& text);

@@ -19,6 +19,7 @@
 #include <nerikresultdataxml/field.h>
 #include <nerikresultdataxml/nerikresultdata.h>
 #include <nerikresultdataxml/nerikresultdataexception.h>
+#include <nerikresultdataxml/utf8xmlwriter.h>
 #include <reportkit/rgexception.h>
 #include <support/golden.h>
 #include <support/schemavalidator.h>
@@ -109,7 +110,7 @@ public:
 class BrokenTransmission : public Transmission
 {
 public:
-    void WriteXml(QXmlStreamWriter&) const override
+    void WriteXml(Utf8XmlWriter&) const override
     {
         throw NerikResultDataException(QStringLiteral("cannot render"));
     }

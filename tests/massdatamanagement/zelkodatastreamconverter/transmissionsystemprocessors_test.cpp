@@ -20,7 +20,6 @@
 #include <QDir>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QXmlStreamWriter>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <jobspec/settings.h>
@@ -29,6 +28,7 @@
 #include <massdatamanagement/zelkodatastreamconverter/transmissionsystemmodel.h>
 #include <nerikresultdataxml/transmission.h>
 #include <nerikresultdataxml/userdata.h>
+#include <nerikresultdataxml/utf8xmlwriter.h>
 #include <recordingwriter/recordingwriter.h>
 #include <recordingwriter/transmissionsystemrecords.h>
 #include <support/golden.h>
@@ -189,9 +189,11 @@ private:
     {
         if (m_model.getCurrentTransmission() != nullptr) {
             QByteArray xml;
-            QXmlStreamWriter writer(&xml);
-            writer.setAutoFormatting(true);
-            m_model.getCurrentTransmission()->WriteXml(writer);
+            {
+                NerikResultDataXml::Utf8XmlWriter writer(xml);
+                writer.setAutoFormatting(true);
+                m_model.getCurrentTransmission()->WriteXml(writer);
+            }
             m_out += xml + '\n';
         } else {
             m_out += "no transmission\n";

@@ -220,8 +220,9 @@ TEST(CodecHandler, SavedShiftStateRestoresOnlyForTheSameAlphabet)
     auto restored = handlerFor(QStringLiteral("BAUDOT"), QStringLiteral("International"));
     restored->RestoreInternalState(saved);
     EXPECT_EQ(restored->Translate(codes({23})), QStringLiteral("1")) << saved.constData();
-    for (QByteArray const& damaged : {QByteArray("US-TTY\n1"), QByteArray("International"),
-                                      QByteArray("International\nx"), QByteArray()}) {
+    for (QByteArray const& damaged :
+         {QByteArray("US-TTY\n1"), QByteArray("International"), QByteArray("International\nx"),
+          QByteArray("Internationa\n1"), QByteArray("International\n\n1"), QByteArray()}) {
         restored->Translate(codes({27}));
         restored->RestoreInternalState(damaged);
         EXPECT_EQ(restored->Translate(codes({23})), QStringLiteral("Q")) << damaged.constData();
@@ -251,7 +252,7 @@ TEST(CodecHandler, RandomCodesStayBoundedAndSplitAnywhere)
             int const cut = int(random.bounded(raw.size() + 1));
             handler->ResetInternalState();
             QString split = handler->Translate(raw.left(cut)); // two statements: order matters
-            split += handler->Translate(raw.mid(cut));
+            handler->Translate(raw.constData() + cut, raw.size() - cut, split); // appends
             EXPECT_EQ(split, whole) << alphabet.toStdString() << " cut " << cut;
             CodeTranslator single(catalog.find(alphabet)); // code by code, as UdaDecoder does
             QString byCode;
