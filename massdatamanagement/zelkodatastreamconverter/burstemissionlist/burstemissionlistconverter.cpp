@@ -107,35 +107,35 @@ unsigned int quantileIndex(std::size_t count, float quantile)
     return index >= float(count) ? unsigned(count) : static_cast<unsigned int>(index);
 }
 
-// Sorts keys by their upper 32 bits, stably: least significant byte first, skipping the
-// bytes in which all keys agree (often the upper ones, for bursts near the centre).
-void radixSortByHighWord(std::vector<quint64>& keys, std::vector<quint64>& scratch)
+// Byte-wise counts of the keys' upper 32 bits, one table per byte.
+using ByteCounts = std::array<std::array<quint32, 256>, 4>;
+
+// Sorts keys by their upper 32 bits, stably, from their byte counts: least significant byte
+// first, skipping the bytes in which all keys agree (often the upper ones, for bursts near the
+// centre).
+void radixSortByHighWord(std::vector<quint64>& keys, std::vector<quint64>& scratch,
+                         ByteCounts& counts, int bytes)
 {
     std::size_t const n = keys.size();
     if (n < 2) {
         return;
     }
     scratch.resize(n);
-    std::size_t counts[4][256] = {};
-    for (quint64 key : keys) {
-        for (int pass = 0; pass < 4; ++pass) {
-            ++counts[pass][(key >> (32 + 8 * pass)) & 0xFF];
-        }
-    }
-    for (int pass = 0; pass < 4; ++pass) {
-        std::size_t* const count = counts[pass];
+    for (int pass = 0; pass < bytes; ++pass) {
+        std::array<quint32, 256>& count = counts[std::size_t(pass)];
         int const shift = 32 + 8 * pass;
         if (count[(keys.front() >> shift) & 0xFF] == n) {
             continue;
         }
-        std::size_t position = 0;
-        for (int bucket = 0; bucket < 256; ++bucket) {
-            std::size_t const size = count[bucket];
-            count[bucket] = position;
+        quint32 position = 0;
+        for (quint32& bucket : count) {
+            quint32 const size = bucket;
+            bucket = position;
             position += size;
         }
+        quint64* const out = scratch.data();
         for (quint64 key : keys) {
-            scratch[count[(key >> shift) & 0xFF]++] = key;
+            out[count[(key >> shift) & 0xFF]++] = key;
         }
         keys.swap(scratch);
     }
@@ -258,27 +258,57 @@ BurstEmissionListConverter::processFrame(QByteArray const& frame)
         char const* const records = frame.constData() + fields.firstRecord;
         m_sortKeys.resize(fields.count);
         qint32 lowest = std::numeric_limits<qint32>::max();
+        qint32 highest = std::numeric_limits<qint32>::min();
         for (unsigned int i = 0; i < fields.count; ++i) {
-            lowest = std::min(lowest, readAt<qint32>(records + i * fields.strideBytes, 12));
+            qint32 const offset = readAt<qint32>(records + i * fields.strideBytes, 12);
+            lowest = std::min(lowest, offset);
+            highest = std::max(highest, offset);
         }
-        // Offsets above the lowest: a hopper's band leaves the upper bytes equal, and the
-        // sort skips them.
+        // Offsets above the lowest: a hopper's band leaves the upper bytes equal, so only the
+        // lower bytes are counted and sorted. The counts are taken on the way.
+        quint32 const span = quint32(qint64(highest) - lowest);
+        int const bytes = span > 0xFFFFFF ? 4 : span > 0xFFFF ? 3 : span > 0xFF ? 2 : 1;
+        ByteCounts counts{};
+        quint64* const keys = m_sortKeys.data();
         for (unsigned int i = 0; i < fields.count; ++i) {
             quint32 const above =
                 quint32(qint64(readAt<qint32>(records + i * fields.strideBytes, 12)) - lowest);
-            m_sortKeys[i] = (quint64(above) << 32) | i;
+            keys[i] = (quint64(above) << 32) | i;
+            ++counts[0][above & 0xFF];
+            ++counts[1][(above >> 8) & 0xFF];
+            if (bytes > 2) {
+                ++counts[2][(above >> 16) & 0xFF];
+                ++counts[3][above >> 24];
+            }
         }
-        radixSortByHighWord(m_sortKeys, m_sortScratch);
-        m_frameBursts.clear();
-        m_frameBursts.reserve(fields.count);
-        for (quint64 key : m_sortKeys) {
-            char const* record = records + std::size_t(quint32(key)) * fields.strideBytes;
-            m_frameBursts.emplace_back(centre + double(readAt<qint32>(record, 12)),
-                                       double(readAt<quint32>(record, 16)),
-                                       fields.startTime + readAt<quint32>(record, 4),
-                                       readAt<quint32>(record, 8), readAt<float>(record, 20));
+        radixSortByHighWord(m_sortKeys, m_sortScratch, counts, bytes);
+        // The records are visited in frequency order, that is at random: each is asked for a
+        // few keys ahead so that its cache line is there when it is read.
+        quint64 const* const sorted = m_sortKeys.data();
+        std::size_t const count = m_sortKeys.size();
+        auto const burstAt = [&](std::size_t k) {
+            constexpr std::size_t PrefetchDistance = 8;
+            if (k + PrefetchDistance < count) {
+                __builtin_prefetch(records + std::size_t(quint32(sorted[k + PrefetchDistance])) *
+                                                 fields.strideBytes);
+            }
+            char const* record = records + std::size_t(quint32(sorted[k])) * fields.strideBytes;
+            return BurstData(centre + double(readAt<qint32>(record, 12)),
+                             double(readAt<quint32>(record, 16)),
+                             fields.startTime + readAt<quint32>(record, 4),
+                             readAt<quint32>(record, 8), readAt<float>(record, 20));
+        };
+        // The frame's bursts go through the frame buffer only when a dump shows them; else
+        // they are built straight into the radio's queue, which spares copying them there.
+        bool const dumpBursts = m_dumps[TextBurstDump] || m_dumps[BinaryBurstDump];
+        if (dumpBursts) {
+            m_frameBursts.clear();
+            m_frameBursts.reserve(count);
+            for (std::size_t k = 0; k < count; ++k) {
+                m_frameBursts.push_back(burstAt(k));
+            }
+            writeBurstDumps(fields.radioID);
         }
-        writeBurstDumps(fields.radioID);
 
         // A frame that ends before the previous one belongs to a new recording.
         if (fields.stopTime < m_lastFrameStopTime) {
@@ -290,8 +320,12 @@ BurstEmissionListConverter::processFrame(QByteArray const& frame)
         if (radio.segmentCount() >= m_maxSegmentsPerRadioID) {
             radio.removeFirstSegment();
         }
-        radio.appendBurstsOfNewSegment(fields.startTime, fields.stopTime, m_frameBursts);
-        return {!m_frameBursts.empty(), fields.radioID, window};
+        if (dumpBursts) {
+            radio.appendBurstsOfNewSegment(fields.startTime, fields.stopTime, m_frameBursts);
+        } else {
+            radio.appendNewSegment(fields.startTime, fields.stopTime, count, burstAt);
+        }
+        return {true, fields.radioID, window};
     } catch (std::exception const& error) {
         moduleTrace().warning(
             QStringLiteral("processFrame: %1").arg(QString::fromLocal8Bit(error.what())), __LINE__);
