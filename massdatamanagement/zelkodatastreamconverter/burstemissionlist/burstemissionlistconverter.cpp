@@ -107,37 +107,75 @@ unsigned int quantileIndex(std::size_t count, float quantile)
     return index >= float(count) ? unsigned(count) : static_cast<unsigned int>(index);
 }
 
-// Byte-wise counts of the keys' upper 32 bits, one table per byte.
-using ByteCounts = std::array<std::array<quint32, 256>, 4>;
+// The keys' upper 32 bits are sorted in as few passes as their span allows, with digits of at
+// most 12 bits, so that a pass's count table (4096 counts) stays in the first-level cache.
+struct DigitPlan
+{
+    quint32 span; ///< the largest key
+    int passes;
+    int bits;
 
-// Sorts keys by their upper 32 bits, stably, from their byte counts: least significant byte
-// first, skipping the bytes in which all keys agree (often the upper ones, for bursts near the
-// centre).
+    explicit DigitPlan(quint32 largest) : span(largest)
+    {
+        int const width = span == 0 ? 1 : 32 - __builtin_clz(span);
+        passes = (width + 11) / 12;
+        bits = (width + passes - 1) / passes;
+    }
+    std::size_t tableSize() const { return std::size_t(1) << bits; }
+    /// The digits that occur in a pass: all of the table, but fewer in the top digit.
+    std::size_t usedSize(int pass) const
+    {
+        return std::min(tableSize(), std::size_t(span >> (pass * bits)) + 1);
+    }
+    quint32 digit(quint64 key, int pass) const
+    {
+        return quint32(key >> (32 + pass * bits)) & quint32(tableSize() - 1);
+    }
+};
+
+// Sorts keys by their upper 32 bits, stably, from the digit counts (one table of
+// plan.tableSize() per pass): least significant digit first, skipping a digit in which all
+// keys agree.
 void radixSortByHighWord(std::vector<quint64>& keys, std::vector<quint64>& scratch,
-                         ByteCounts& counts, int bytes)
+                         quint32* counts, DigitPlan const& plan)
 {
     std::size_t const n = keys.size();
     if (n < 2) {
         return;
     }
     scratch.resize(n);
-    for (int pass = 0; pass < bytes; ++pass) {
-        std::array<quint32, 256>& count = counts[std::size_t(pass)];
-        int const shift = 32 + 8 * pass;
-        if (count[(keys.front() >> shift) & 0xFF] == n) {
+    for (int pass = 0; pass < plan.passes; ++pass) {
+        quint32* const count = counts + std::size_t(pass) * plan.tableSize();
+        if (count[plan.digit(keys.front(), pass)] == n) {
             continue;
         }
         quint32 position = 0;
-        for (quint32& bucket : count) {
-            quint32 const size = bucket;
-            bucket = position;
+        for (std::size_t bucket = 0; bucket < plan.usedSize(pass); ++bucket) {
+            quint32 const size = count[bucket];
+            count[bucket] = position;
             position += size;
         }
         quint64* const out = scratch.data();
         for (quint64 key : keys) {
-            out[count[(key >> shift) & 0xFF]++] = key;
+            out[count[plan.digit(key, pass)]++] = key;
         }
         keys.swap(scratch);
+    }
+}
+
+// Turns the (offset, record index) keys into (offset above the lowest, record index) keys and
+// counts their digits; Passes is the plan's, fixed so that the counting unrolls.
+template <int Passes>
+void makeKeys(qint32 lowest, DigitPlan const& plan, std::vector<quint64>& keys, quint32* counts)
+{
+    std::size_t const table = plan.tableSize();
+    quint32 const mask = quint32(table - 1);
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        quint32 const above = quint32(qint64(qint32(keys[i] >> 32)) - lowest);
+        keys[i] = (quint64(above) << 32) | i;
+        for (int pass = 0; pass < Passes; ++pass) {
+            ++counts[std::size_t(pass) * table + ((above >> (pass * plan.bits)) & mask)];
+        }
     }
 }
 
@@ -181,6 +219,7 @@ BurstEmissionListConverter::BurstEmissionListConverter()
     m_frameBursts.reserve(2048);
     m_sortKeys.reserve(2048);
     m_sortScratch.reserve(2048);
+    m_digitCounts.resize(3 << 12); // the most a digit plan uses
     m_dataMap.reserve(16);
 }
 
@@ -261,27 +300,29 @@ BurstEmissionListConverter::processFrame(QByteArray const& frame)
         qint32 highest = std::numeric_limits<qint32>::min();
         for (unsigned int i = 0; i < fields.count; ++i) {
             qint32 const offset = readAt<qint32>(records + i * fields.strideBytes, 12);
+            m_sortKeys[i] = (quint64(quint32(offset)) << 32) | i;
             lowest = std::min(lowest, offset);
             highest = std::max(highest, offset);
         }
-        // Offsets above the lowest: a hopper's band leaves the upper bytes equal, so only the
-        // lower bytes are counted and sorted. The counts are taken on the way.
-        quint32 const span = quint32(qint64(highest) - lowest);
-        int const bytes = span > 0xFFFFFF ? 4 : span > 0xFFFF ? 3 : span > 0xFF ? 2 : 1;
-        ByteCounts counts{};
-        quint64* const keys = m_sortKeys.data();
-        for (unsigned int i = 0; i < fields.count; ++i) {
-            quint32 const above =
-                quint32(qint64(readAt<qint32>(records + i * fields.strideBytes, 12)) - lowest);
-            keys[i] = (quint64(above) << 32) | i;
-            ++counts[0][above & 0xFF];
-            ++counts[1][(above >> 8) & 0xFF];
-            if (bytes > 2) {
-                ++counts[2][(above >> 16) & 0xFF];
-                ++counts[3][above >> 24];
-            }
+        // Offsets above the lowest: a hopper's band leaves the upper bits equal, so only the
+        // lower ones are counted and sorted. The counts are taken while the keys are made.
+        DigitPlan const plan(quint32(qint64(highest) - lowest));
+        for (int pass = 0; pass < plan.passes; ++pass) {
+            std::fill_n(m_digitCounts.begin() + std::ptrdiff_t(pass) * plan.tableSize(),
+                        plan.usedSize(pass), 0u);
         }
-        radixSortByHighWord(m_sortKeys, m_sortScratch, counts, bytes);
+        switch (plan.passes) {
+        case 1:
+            makeKeys<1>(lowest, plan, m_sortKeys, m_digitCounts.data());
+            break;
+        case 2:
+            makeKeys<2>(lowest, plan, m_sortKeys, m_digitCounts.data());
+            break;
+        default:
+            makeKeys<3>(lowest, plan, m_sortKeys, m_digitCounts.data());
+            break;
+        }
+        radixSortByHighWord(m_sortKeys, m_sortScratch, m_digitCounts.data(), plan);
         // The records are visited in frequency order, that is at random: each is asked for a
         // few keys ahead so that its cache line is there when it is read.
         quint64 const* const sorted = m_sortKeys.data();
