@@ -282,7 +282,7 @@ char* FrameReader::readAheadBlock(int size)
 void FrameReader::setReadAheadFilled(int count)
 {
     m_readAheadBegin = 0;
-    m_readAheadEnd = std::max(count, 0);
+    m_readAheadEnd = count;
 }
 
 int FrameReader::takeReadAhead(char* destination, int count)

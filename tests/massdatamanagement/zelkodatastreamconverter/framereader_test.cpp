@@ -93,9 +93,10 @@ std::vector<StreamCase> streamCases()
          false,
          true},
         // Handed out as stored: the type word stays swapped.
-        {"header-only frame in swapped order",
-         header(FRAME_MAGIC, 6, FrameType::DecodedText, ByteOrder::Swapped),
-         "40000000",
+        {"header-only frames in swapped order",
+         header(FRAME_MAGIC, 6, FrameType::DecodedText, ByteOrder::Swapped) +
+             header(FRAME_MAGIC, 6, FrameType::DecodedText, ByteOrder::Swapped),
+         "40000000 40000000",
          {toSwapped},
          false,
          true},
@@ -130,6 +131,15 @@ std::vector<StreamCase> streamCases()
         {"ends inside a body", text() + text().left(30), "40"},
         {"ends inside a header", text() + text().left(10), "40"},
         {"empty stream", QByteArray(), ""},
+        // The bytes kept by a resynchronisation come first: the header-only frame found at byte
+        // 4 ends with the magic word of a frame that a reader looking only ahead would take.
+        {"kept bytes before a frame behind them",
+         QByteArray(4, '\x11') + header(FRAME_MAGIC, 6, FrameType::DecodedText).left(20) +
+             frame(FrameType::TransmissionSystem, payload),
+         "40",
+         {msg("readFrame(%1): unknown magic word 10 (expected: 4218709362)")},
+         false,
+         true},
         // A 0x72 left in the buffer by the larger frame before makes the 0xFB candidate of the
         // garbage count, and its bytes are dropped silently (compare "a lone 0xFB candidate").
         {"stale 0x72 makes a 0xFB candidate count",
