@@ -50,23 +50,15 @@ protected:
         if (missing <= 0) {
             return true;
         }
-        if (m_delivery == Delivery::ReadAhead && readAheadAvailable() == 0) {
-            int const block = std::min(m_readSize(1 << 20), int(m_data.size() - m_offset));
-            if (block > 0) {
-                std::memcpy(readAheadBlock(block), m_data.constData() + m_offset, size_t(block));
-                setReadAheadFilled(block);
-                m_offset += block;
-            }
-        }
         int count = 0;
-        if (m_delivery == Delivery::ReadAhead) {
-            count = takeReadAhead(fillPosition(), missing);
+        if (m_delivery == Delivery::Direct) {
+            count = take(fillPosition(), m_readSize(missing));
         } else {
-            count = std::min(m_readSize(missing), int(m_data.size() - m_offset));
-            if (count > 0) {
-                std::memcpy(fillPosition(), m_data.constData() + m_offset, size_t(count));
-                m_offset += count;
+            if (readAheadAvailable() == 0) {
+                int const block = std::min(m_readSize(1 << 20), int(m_data.size() - m_offset));
+                setReadAheadFilled(take(readAheadBlock(block), block));
             }
+            count = takeReadAhead(fillPosition(), missing);
         }
         if (count <= 0) {
             close();
@@ -77,6 +69,14 @@ protected:
     }
 
 private:
+    int take(char* destination, int wanted)
+    {
+        int const count = std::max(std::min(wanted, int(m_data.size() - m_offset)), 0);
+        std::memcpy(destination, m_data.constData() + m_offset, size_t(count));
+        m_offset += count;
+        return count;
+    }
+
     QByteArray m_data;
     ReadSize m_readSize;
     Delivery m_delivery;
