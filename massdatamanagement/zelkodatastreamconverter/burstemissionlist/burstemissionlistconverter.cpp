@@ -136,8 +136,8 @@ struct DigitPlan
 // Sorts keys by their upper 32 bits, stably, from the digit counts (one table of
 // plan.tableSize() per pass): least significant digit first, skipping a digit in which all
 // keys agree.
-void radixSortByHighWord(std::vector<quint64>& keys, std::vector<quint64>& scratch,
-                         quint32* counts, DigitPlan const& plan)
+void radixSortByHighWord(std::vector<quint64>& keys, std::vector<quint64>& scratch, quint32* counts,
+                         DigitPlan const& plan)
 {
     std::size_t const n = keys.size();
     if (n < 2) {
