@@ -2,8 +2,6 @@
 
 #include "moduletrace.h"
 
-#include <cstring>
-
 namespace zelkodatastreamconverter {
 
 namespace {
@@ -19,7 +17,8 @@ ModuleTrace const& moduleTrace()
 FileReader::FileReader(QString const& filePath) : FrameReader(filePath), m_file(filePath)
 {
     // Unbuffered: the reader keeps its own, larger read-ahead.
-    if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    m_open = m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    if (!m_open) {
         setError(true);
     }
 }
@@ -31,16 +30,17 @@ FileReader::~FileReader()
 
 bool FileReader::isWorking()
 {
-    return FrameReader::isWorking() && m_file.isOpen();
+    return FrameReader::isWorking() && m_open;
 }
 
 void FileReader::close()
 {
-    if (m_file.isOpen()) {
+    if (m_open) {
+        m_open = false;
         m_file.close();
-        m_position = 0;
+        m_filePosition = 0;
     }
-    m_readAheadBegin = m_readAheadEnd = 0;
+    clearReadAhead();
 }
 
 bool FileReader::seek(long long position)
@@ -49,8 +49,8 @@ bool FileReader::seek(long long position)
     if (!m_file.seek(position)) {
         return false;
     }
-    m_readAheadBegin = m_readAheadEnd = 0;
-    m_position = position;
+    clearReadAhead();
+    m_filePosition = position;
     return true;
 }
 
@@ -64,7 +64,6 @@ bool FileReader::readBuffer()
     qint64 const count = readFromFile(fillPosition(), missing);
     if (count > 0) {
         addFilled(int(count));
-        m_position += count;
         return filledSize() >= expectedSize();
     }
     if (count == 0) {
@@ -91,24 +90,20 @@ namespace zelkodatastreamconverter {
 // nothing is buffered.
 qint64 FileReader::readFromFile(char* destination, qint64 count)
 {
-    if (m_readAheadBegin == m_readAheadEnd) {
+    if (readAheadAvailable() == 0) {
         if (count >= ReadAheadSize / 2) {
-            return m_file.read(destination, count);
+            qint64 const direct = m_file.read(destination, count);
+            m_filePosition += qMax<qint64>(direct, 0);
+            return direct;
         }
-        if (m_readAhead.size() < ReadAheadSize) {
-            m_readAhead.resize(ReadAheadSize);
-        }
-        qint64 const filled = m_file.read(m_readAhead.data(), ReadAheadSize);
+        qint64 const filled = m_file.read(readAheadBlock(ReadAheadSize), ReadAheadSize);
         if (filled <= 0) {
             return filled;
         }
-        m_readAheadBegin = 0;
-        m_readAheadEnd = int(filled);
+        setReadAheadFilled(int(filled));
+        m_filePosition += filled;
     }
-    int const served = int(qMin<qint64>(count, m_readAheadEnd - m_readAheadBegin));
-    std::memcpy(destination, m_readAhead.constData() + m_readAheadBegin, size_t(served));
-    m_readAheadBegin += served;
-    return served;
+    return takeReadAhead(destination, int(qMin<qint64>(count, ReadAheadSize)));
 }
 
 } // namespace zelkodatastreamconverter

@@ -23,8 +23,9 @@ public:
     /// Forgets buffered bytes and moves to the byte position; false, with the position
     /// unchanged, when the file refuses. The next readFrame() starts a header there.
     bool seek(long long position);
-    /// Bytes consumed from the file so far (0 after close).
-    long long getPosition() const { return m_position; }
+    /// Bytes consumed from the file so far (0 after close): read-ahead bytes not yet handed
+    /// to the frame logic do not count.
+    long long getPosition() const { return m_filePosition - readAheadAvailable(); }
     QFile const& getFile() const { return m_file; }
 
 protected:
@@ -34,13 +35,12 @@ private:
     qint64 readFromFile(char* destination, qint64 count);
 
     QFile m_file;
-    qint64 m_position = 0;
-    // Read-ahead in large blocks: the frame logic asks for a header, then a body, so many
-    // small requests would otherwise each cost a system call or a pass through a small
-    // device buffer. Only bytes handed to the frame logic count in the position.
-    QByteArray m_readAhead;
-    int m_readAheadBegin = 0;
-    int m_readAheadEnd = 0;
+    // Asked before every frame: a flag of our own spares a call into the file device.
+    bool m_open = false;
+    // Where the file stands: bytes read from it so far, read-ahead included. The file is read
+    // in large blocks into the frame reader's read-ahead, so that small frames cost neither a
+    // system call nor a pass through a small device buffer each.
+    qint64 m_filePosition = 0;
 };
 
 } // namespace zelkodatastreamconverter

@@ -83,6 +83,9 @@ quint32 FrameReader::headerWord(int index) const
 
 bool FrameReader::readFrame()
 {
+    if (m_expectedSize == 0 && m_filledSize == 0 && takeWholeFrame()) {
+        return true;
+    }
     if (m_expectedSize == 0) {
         setExpected(FrameHeaderSize);
     }
@@ -95,6 +98,45 @@ bool FrameReader::readFrame()
     if (m_expectedSize > FrameHeaderSize) {
         convertFilledWords();
     }
+    return true;
+}
+
+// The common case in one step: a frame in the current byte order, longer than a header, lying
+// whole in the read-ahead block. The reader ends in the state that assembling it header first
+// and body second would leave (buffer, sizes, flags), with one copy instead of two and no
+// call into the source. Everything else (another magic word, a change of byte order, a
+// header-only or bad length, a frame running past the block) goes the step-by-step way.
+bool FrameReader::takeWholeFrame()
+{
+    int const available = m_readAheadEnd - m_readAheadBegin;
+    if (available < FrameHeaderSize) {
+        return false;
+    }
+    char const* const frame = m_readAhead.constData() + m_readAheadBegin;
+    quint32 magic;
+    quint32 lengthWords;
+    std::memcpy(&magic, frame + FrameMagicOffset, sizeof magic);
+    std::memcpy(&lengthWords, frame + FrameLengthOffset, sizeof lengthWords);
+    if (magic != (m_convertByteOrder ? m_swappedMagic : m_nativeMagic)) {
+        return false;
+    }
+    if (m_convertByteOrder) {
+        lengthWords = qbswap(lengthWords);
+    }
+    if (lengthWords <= quint32(FrameHeaderSize / 4) || lengthWords > MaxFrameLengthWords ||
+        int(lengthWords) > available / 4) {
+        return false;
+    }
+    int const size = int(lengthWords * 4);
+    setExpected(size);
+    if (m_convertByteOrder) {
+        WordSwap::swapCopy(m_buffer.data(), frame, size / 4);
+    } else {
+        std::memcpy(m_buffer.data(), frame, size_t(size));
+    }
+    m_filledSize = size;
+    m_readAheadBegin += size;
+    m_magicErrorReported = false;
     return true;
 }
 
@@ -202,18 +244,15 @@ void FrameReader::takeFrameData(QByteArray& frameType, QByteArray& frameData)
     removeFrameData();
 }
 
-void FrameReader::removeFrameData()
+// Moves the bytes behind the current frame to the front, keeping the buffer's capacity;
+// removeFrameData() then counts them as the filled ones.
+void FrameReader::keepBytesBehindFrame()
 {
-    if (m_filledSize > m_expectedSize) {
-        // Keep the capacity: move the rest to the front instead of shrinking the buffer.
-        char* data = m_buffer.data();
-        std::memmove(data, data + m_expectedSize, size_t(m_filledSize - m_expectedSize));
-        m_filledSize -= m_expectedSize;
-        m_expectedSize = 0;
-    } else {
-        m_expectedSize = 0;
-        m_filledSize = 0;
-    }
+    int const kept = m_filledSize - m_expectedSize;
+    char* data = m_buffer.data();
+    std::memmove(data, data + m_expectedSize, size_t(kept));
+    m_filledSize = kept;
+    m_expectedSize = 0;
 }
 
 void FrameReader::clearFrameData()
@@ -229,6 +268,29 @@ void FrameReader::readDirect(QByteArray& out, int count)
     m_buffer.resize(m_expectedSize);
     readBuffer();
     out = m_buffer.left(m_filledSize);
+}
+
+char* FrameReader::readAheadBlock(int size)
+{
+    if (m_readAhead.size() < size) {
+        m_readAhead.resize(size);
+    }
+    m_readAheadBegin = m_readAheadEnd = 0;
+    return m_readAhead.data();
+}
+
+void FrameReader::setReadAheadFilled(int count)
+{
+    m_readAheadBegin = 0;
+    m_readAheadEnd = count;
+}
+
+int FrameReader::takeReadAhead(char* destination, int count)
+{
+    int const served = std::max(std::min(count, m_readAheadEnd - m_readAheadBegin), 0);
+    std::memcpy(destination, m_readAhead.constData() + m_readAheadBegin, size_t(served));
+    m_readAheadBegin += served;
+    return served;
 }
 
 } // namespace zelkodatastreamconverter

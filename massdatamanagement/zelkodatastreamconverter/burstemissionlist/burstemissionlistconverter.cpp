@@ -107,37 +107,75 @@ unsigned int quantileIndex(std::size_t count, float quantile)
     return index >= float(count) ? unsigned(count) : static_cast<unsigned int>(index);
 }
 
-// Sorts keys by their upper 32 bits, stably: least significant byte first, skipping the
-// bytes in which all keys agree (often the upper ones, for bursts near the centre).
-void radixSortByHighWord(std::vector<quint64>& keys, std::vector<quint64>& scratch)
+// The keys' upper 32 bits are sorted in as few passes as their span allows, with digits of at
+// most 12 bits, so that a pass's count table (4096 counts) stays in the first-level cache.
+struct DigitPlan
+{
+    quint32 span; ///< the largest key
+    int passes;
+    int bits;
+
+    explicit DigitPlan(quint32 largest) : span(largest)
+    {
+        int const width = span == 0 ? 1 : 32 - __builtin_clz(span);
+        passes = (width + 11) / 12;
+        bits = (width + passes - 1) / passes;
+    }
+    std::size_t tableSize() const { return std::size_t(1) << bits; }
+    /// The digits that occur in a pass: all of the table, but fewer in the top digit.
+    std::size_t usedSize(int pass) const
+    {
+        return std::min(tableSize(), std::size_t(span >> (pass * bits)) + 1);
+    }
+    quint32 digit(quint64 key, int pass) const
+    {
+        return quint32(key >> (32 + pass * bits)) & quint32(tableSize() - 1);
+    }
+};
+
+// Sorts keys by their upper 32 bits, stably, from the digit counts (one table of
+// plan.tableSize() per pass): least significant digit first, skipping a digit in which all
+// keys agree.
+void radixSortByHighWord(std::vector<quint64>& keys, std::vector<quint64>& scratch, quint32* counts,
+                         DigitPlan const& plan)
 {
     std::size_t const n = keys.size();
     if (n < 2) {
         return;
     }
     scratch.resize(n);
-    std::size_t counts[4][256] = {};
-    for (quint64 key : keys) {
-        for (int pass = 0; pass < 4; ++pass) {
-            ++counts[pass][(key >> (32 + 8 * pass)) & 0xFF];
-        }
-    }
-    for (int pass = 0; pass < 4; ++pass) {
-        std::size_t* const count = counts[pass];
-        int const shift = 32 + 8 * pass;
-        if (count[(keys.front() >> shift) & 0xFF] == n) {
+    for (int pass = 0; pass < plan.passes; ++pass) {
+        quint32* const count = counts + std::size_t(pass) * plan.tableSize();
+        if (count[plan.digit(keys.front(), pass)] == n) {
             continue;
         }
-        std::size_t position = 0;
-        for (int bucket = 0; bucket < 256; ++bucket) {
-            std::size_t const size = count[bucket];
+        quint32 position = 0;
+        for (std::size_t bucket = 0; bucket < plan.usedSize(pass); ++bucket) {
+            quint32 const size = count[bucket];
             count[bucket] = position;
             position += size;
         }
+        quint64* const out = scratch.data();
         for (quint64 key : keys) {
-            scratch[count[(key >> shift) & 0xFF]++] = key;
+            out[count[plan.digit(key, pass)]++] = key;
         }
         keys.swap(scratch);
+    }
+}
+
+// Turns the (offset, record index) keys into (offset above the lowest, record index) keys and
+// counts their digits; Passes is the plan's, fixed so that the counting unrolls.
+template <int Passes>
+void makeKeys(qint32 lowest, DigitPlan const& plan, std::vector<quint64>& keys, quint32* counts)
+{
+    std::size_t const table = plan.tableSize();
+    quint32 const mask = quint32(table - 1);
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        quint32 const above = quint32(qint64(qint32(keys[i] >> 32)) - lowest);
+        keys[i] = (quint64(above) << 32) | i;
+        for (int pass = 0; pass < Passes; ++pass) {
+            ++counts[std::size_t(pass) * table + ((above >> (pass * plan.bits)) & mask)];
+        }
     }
 }
 
@@ -181,6 +219,7 @@ BurstEmissionListConverter::BurstEmissionListConverter()
     m_frameBursts.reserve(2048);
     m_sortKeys.reserve(2048);
     m_sortScratch.reserve(2048);
+    m_digitCounts.resize(3 << 12); // the most a digit plan uses
     m_dataMap.reserve(16);
 }
 
@@ -258,27 +297,59 @@ BurstEmissionListConverter::processFrame(QByteArray const& frame)
         char const* const records = frame.constData() + fields.firstRecord;
         m_sortKeys.resize(fields.count);
         qint32 lowest = std::numeric_limits<qint32>::max();
+        qint32 highest = std::numeric_limits<qint32>::min();
         for (unsigned int i = 0; i < fields.count; ++i) {
-            lowest = std::min(lowest, readAt<qint32>(records + i * fields.strideBytes, 12));
+            qint32 const offset = readAt<qint32>(records + i * fields.strideBytes, 12);
+            m_sortKeys[i] = (quint64(quint32(offset)) << 32) | i;
+            lowest = std::min(lowest, offset);
+            highest = std::max(highest, offset);
         }
-        // Offsets above the lowest: a hopper's band leaves the upper bytes equal, and the
-        // sort skips them.
-        for (unsigned int i = 0; i < fields.count; ++i) {
-            quint32 const above =
-                quint32(qint64(readAt<qint32>(records + i * fields.strideBytes, 12)) - lowest);
-            m_sortKeys[i] = (quint64(above) << 32) | i;
+        // Offsets above the lowest: a hopper's band leaves the upper bits equal, so only the
+        // lower ones are counted and sorted. The counts are taken while the keys are made.
+        DigitPlan const plan(quint32(qint64(highest) - lowest));
+        for (int pass = 0; pass < plan.passes; ++pass) {
+            std::fill_n(m_digitCounts.begin() + std::ptrdiff_t(pass) * plan.tableSize(),
+                        plan.usedSize(pass), 0u);
         }
-        radixSortByHighWord(m_sortKeys, m_sortScratch);
-        m_frameBursts.clear();
-        m_frameBursts.reserve(fields.count);
-        for (quint64 key : m_sortKeys) {
-            char const* record = records + std::size_t(quint32(key)) * fields.strideBytes;
-            m_frameBursts.emplace_back(centre + double(readAt<qint32>(record, 12)),
-                                       double(readAt<quint32>(record, 16)),
-                                       fields.startTime + readAt<quint32>(record, 4),
-                                       readAt<quint32>(record, 8), readAt<float>(record, 20));
+        switch (plan.passes) {
+        case 1:
+            makeKeys<1>(lowest, plan, m_sortKeys, m_digitCounts.data());
+            break;
+        case 2:
+            makeKeys<2>(lowest, plan, m_sortKeys, m_digitCounts.data());
+            break;
+        default:
+            makeKeys<3>(lowest, plan, m_sortKeys, m_digitCounts.data());
+            break;
         }
-        writeBurstDumps(fields.radioID);
+        radixSortByHighWord(m_sortKeys, m_sortScratch, m_digitCounts.data(), plan);
+        // The records are visited in frequency order, that is at random: each is asked for a
+        // few keys ahead so that its cache line is there when it is read.
+        quint64 const* const sorted = m_sortKeys.data();
+        std::size_t const count = m_sortKeys.size();
+        auto const burstAt = [&](std::size_t k) {
+            constexpr std::size_t PrefetchDistance = 8;
+            if (k + PrefetchDistance < count) {
+                __builtin_prefetch(records + std::size_t(quint32(sorted[k + PrefetchDistance])) *
+                                                 fields.strideBytes);
+            }
+            char const* record = records + std::size_t(quint32(sorted[k])) * fields.strideBytes;
+            return BurstData(centre + double(readAt<qint32>(record, 12)),
+                             double(readAt<quint32>(record, 16)),
+                             fields.startTime + readAt<quint32>(record, 4),
+                             readAt<quint32>(record, 8), readAt<float>(record, 20));
+        };
+        // The frame's bursts go through the frame buffer only when a dump shows them; else
+        // they are built straight into the radio's queue, which spares copying them there.
+        bool const dumpBursts = m_dumps[TextBurstDump] || m_dumps[BinaryBurstDump];
+        if (dumpBursts) {
+            m_frameBursts.clear();
+            m_frameBursts.reserve(count);
+            for (std::size_t k = 0; k < count; ++k) {
+                m_frameBursts.push_back(burstAt(k));
+            }
+            writeBurstDumps(fields.radioID);
+        }
 
         // A frame that ends before the previous one belongs to a new recording.
         if (fields.stopTime < m_lastFrameStopTime) {
@@ -290,8 +361,12 @@ BurstEmissionListConverter::processFrame(QByteArray const& frame)
         if (radio.segmentCount() >= m_maxSegmentsPerRadioID) {
             radio.removeFirstSegment();
         }
-        radio.appendBurstsOfNewSegment(fields.startTime, fields.stopTime, m_frameBursts);
-        return {!m_frameBursts.empty(), fields.radioID, window};
+        if (dumpBursts) {
+            radio.appendBurstsOfNewSegment(fields.startTime, fields.stopTime, m_frameBursts);
+        } else {
+            radio.appendNewSegment(fields.startTime, fields.stopTime, count, burstAt);
+        }
+        return {true, fields.radioID, window};
     } catch (std::exception const& error) {
         moduleTrace().warning(
             QStringLiteral("processFrame: %1").arg(QString::fromLocal8Bit(error.what())), __LINE__);

@@ -166,6 +166,7 @@ private:
     std::vector<BurstData> m_frameBursts;
     std::vector<quint64> m_sortKeys; ///< (offset, record) of the frame being filed
     std::vector<quint64> m_sortScratch;
+    std::vector<quint32> m_digitCounts; ///< the sort's count tables
     DataMap m_dataMap;
     unsigned long long m_lastFrameStopTime = 0;
     mutable std::mt19937_64 m_randomEngine;

@@ -38,20 +38,33 @@ enum class CacheState : unsigned char
     Destroyed
 };
 
+// Every block of every queue passes through here, so the cache is reached through the static
+// TLS block (a fixed offset from the thread pointer) instead of a __tls_get_addr call each
+// time: the state and a pointer to the cache take 16 of the bytes that the loader keeps spare
+// for libraries loaded at run time. The cache object itself (which needs constructing and
+// destroying with the thread) is touched only when the first block is cached.
+#if defined(__GNUC__)
+#define ZELKO_FAST_TLS __attribute__((tls_model("initial-exec")))
+#else
+#define ZELKO_FAST_TLS
+#endif
+
 // Trivially destructible, so still readable when a queue is destroyed after the thread's
 // cache (static objects outlive the main thread's thread_local objects).
-thread_local CacheState cacheState = CacheState::Unused;
+thread_local CacheState cacheState ZELKO_FAST_TLS = CacheState::Unused;
+thread_local BlockCache* aliveCache ZELKO_FAST_TLS = nullptr; ///< set while cacheState is Alive
 thread_local BlockCache cache;
 
 BlockCache::~BlockCache()
 {
     clear();
     cacheState = CacheState::Destroyed;
+    aliveCache = nullptr;
 }
 
-std::vector<void*>* freeListFor(std::size_t bytes)
+std::vector<void*>* freeListFor(BlockCache& blockCache, std::size_t bytes)
 {
-    for (auto& list : cache.freeLists) {
+    for (auto& list : blockCache.freeLists) {
         if (list.first == bytes) {
             return &list.second;
         }
@@ -63,24 +76,24 @@ std::vector<void*>* freeListFor(std::size_t bytes)
 
 std::size_t BurstQueueAllocatorBase::cachedBytes()
 {
-    return cacheState == CacheState::Alive ? cache.cachedBytes : 0;
+    return cacheState == CacheState::Alive ? aliveCache->cachedBytes : 0;
 }
 
 void BurstQueueAllocatorBase::releaseCache()
 {
     if (cacheState == CacheState::Alive) {
-        cache.clear();
+        aliveCache->clear();
     }
 }
 
 void* BurstQueueAllocatorBase::allocateBlock(std::size_t bytes)
 {
     if (cacheState == CacheState::Alive) {
-        std::vector<void*>* list = freeListFor(bytes);
+        std::vector<void*>* list = freeListFor(*aliveCache, bytes);
         if (list && !list->empty()) {
             void* block = list->back();
             list->pop_back();
-            cache.cachedBytes -= bytes;
+            aliveCache->cachedBytes -= bytes;
             return block;
         }
     }
@@ -97,13 +110,16 @@ void BurstQueueAllocatorBase::releaseBlock(void* block, std::size_t bytes) noexc
         return;
     }
     try {
-        BlockCache& blockCache = cache; // constructed on first use in this thread
-        cacheState = CacheState::Alive;
+        if (cacheState != CacheState::Alive) {
+            aliveCache = &cache; // constructed on first use in this thread
+            cacheState = CacheState::Alive;
+        }
+        BlockCache& blockCache = *aliveCache;
         if (blockCache.cachedBytes + bytes > MaxCachedBytesPerThread) {
             ::operator delete(block);
             return;
         }
-        std::vector<void*>* list = freeListFor(bytes);
+        std::vector<void*>* list = freeListFor(blockCache, bytes);
         if (!list) {
             blockCache.freeLists.emplace_back(bytes, std::vector<void*>());
             list = &blockCache.freeLists.back().second;

@@ -28,6 +28,12 @@ struct RadioBurstData
     /// Appends a segment (nothing when newBursts is empty).
     void appendBurstsOfNewSegment(unsigned long long startTime, unsigned long long stopTime,
                                   std::vector<BurstData> const& newBursts);
+    /// The same for `count` bursts made by burstAt(0), ..., burstAt(count - 1), built straight
+    /// into the queue instead of copied there from a vector. Should making one throw, the
+    /// record is left as it was.
+    template <typename BurstAt>
+    void appendNewSegment(unsigned long long startTime, unsigned long long stopTime,
+                          std::size_t count, BurstAt burstAt);
     /// Drops the oldest segment; with one segment or none, everything.
     void removeFirstSegment();
 
@@ -43,6 +49,29 @@ struct RadioBurstData
     bool operator==(RadioBurstData const& other) const;
     bool operator!=(RadioBurstData const& other) const { return !(*this == other); }
 };
+
+template <typename BurstAt>
+void RadioBurstData::appendNewSegment(unsigned long long startTime, unsigned long long stopTime,
+                                      std::size_t count, BurstAt burstAt)
+{
+    if (count == 0) {
+        return;
+    }
+    std::size_t const first = bursts.size();
+    try {
+        for (std::size_t i = 0; i < count; ++i) {
+            bursts.push_back(burstAt(i));
+        }
+        segmentStartIndices.push_back(first);
+        segmentStartTimes.push_back(startTime);
+        segmentStopTimes.push_back(stopTime);
+    } catch (...) {
+        bursts.resize(first);
+        segmentStartIndices.resize(segmentStopTimes.size());
+        segmentStartTimes.resize(segmentStopTimes.size());
+        throw;
+    }
+}
 
 /// Burst count (qint64) and the bursts; then for each of the start indices, start times and
 /// stop times their count (qint64) and elements (qint64 each).

@@ -55,6 +55,7 @@ struct StreamCase
     QStringList messages = {};
     bool fatal = false;
     bool headerOnly = false;
+    QByteArray payload = {}; // every frame's, when not the sample payload
 };
 
 std::vector<StreamCase> streamCases()
@@ -66,6 +67,7 @@ std::vector<StreamCase> streamCases()
     QByteArray const garbageNo72 = RecordingWriter::garbage(100, 7, false);
     QByteArray fbOnly(24, '\x11');
     fbOnly[5] = char(0xFB);
+    QByteArray const staleLead = payload + QByteArray(8, '\x72');
     auto unknownMagic = [](QByteArray const& bytes) {
         quint32 word;
         std::memcpy(&word, bytes.constData(), 4);
@@ -91,9 +93,10 @@ std::vector<StreamCase> streamCases()
          false,
          true},
         // Handed out as stored: the type word stays swapped.
-        {"header-only frame in swapped order",
-         header(FRAME_MAGIC, 6, FrameType::DecodedText, ByteOrder::Swapped),
-         "40000000",
+        {"header-only frames in swapped order",
+         header(FRAME_MAGIC, 6, FrameType::DecodedText, ByteOrder::Swapped) +
+             header(FRAME_MAGIC, 6, FrameType::DecodedText, ByteOrder::Swapped),
+         "40000000 40000000",
          {toSwapped},
          false,
          true},
@@ -128,20 +131,57 @@ std::vector<StreamCase> streamCases()
         {"ends inside a body", text() + text().left(30), "40"},
         {"ends inside a header", text() + text().left(10), "40"},
         {"empty stream", QByteArray(), ""},
+        // The bytes kept by a resynchronisation come first: the header-only frame found at byte
+        // 4 ends with the magic word of a frame that a reader looking only ahead would take.
+        {"kept bytes before a frame behind them",
+         QByteArray(4, '\x11') + header(FRAME_MAGIC, 6, FrameType::DecodedText).left(20) +
+             frame(FrameType::TransmissionSystem, payload),
+         "40",
+         {msg("readFrame(%1): unknown magic word 10 (expected: 4218709362)")},
+         false,
+         true},
+        // A 0x72 left in the buffer by the larger frame before makes the 0xFB candidate of the
+        // garbage count, and its bytes are dropped silently (compare "a lone 0xFB candidate").
+        {"stale 0x72 makes a 0xFB candidate count",
+         frame(FrameType::DecodedText, staleLead) + fbOnly +
+             frame(FrameType::DecodedText, staleLead),
+         "40 40",
+         {},
+         false,
+         false,
+         staleLead},
     };
 }
 
-using FrameReaderStream = testing::TestWithParam<std::tuple<StreamCase, int>>;
+// How the bytes reach the reader and how frames leave it: straight into the frame buffer
+// and copied out, or through the read-ahead block (whole frames in one step) and copied out or
+// looked at in place. Every way must give the same frames and messages.
+struct Way
+{
+    char const* name;
+    MemoryFrameReader::Delivery delivery;
+    zelkotest::Access access;
+};
+
+Way const ways[] = {
+    {"direct", MemoryFrameReader::Delivery::Direct, zelkotest::Access::Take},
+    {"readahead", MemoryFrameReader::Delivery::ReadAhead, zelkotest::Access::Take},
+    {"view", MemoryFrameReader::Delivery::ReadAhead, zelkotest::Access::View},
+};
+
+using FrameReaderStream = testing::TestWithParam<std::tuple<StreamCase, int, Way>>;
 
 TEST_P(FrameReaderStream, HandsOutFramesAndMessages)
 {
     StreamCase const& c = std::get<0>(GetParam());
+    Way const& way = std::get<2>(GetParam());
     zelkotest::TraceCapture capture;
-    MemoryFrameReader reader(c.stream, std::get<1>(GetParam()));
+    MemoryFrameReader reader(c.stream, std::get<1>(GetParam()), way.delivery);
     QByteArrayList types;
-    for (auto const& f : readAllFrames(reader)) {
+    QByteArray const payload = c.payload.isEmpty() ? samplePayload() : c.payload;
+    for (auto const& f : readAllFrames(reader, 1000000, way.access)) {
         types << f.type;
-        EXPECT_EQ(f.data.mid(FrameHeaderSize), c.headerOnly ? QByteArray() : samplePayload());
+        EXPECT_EQ(f.data.mid(FrameHeaderSize), c.headerOnly ? QByteArray() : payload);
     }
     EXPECT_EQ(types.join(' '), c.types);
     EXPECT_EQ(capture.messages(), c.messages);
@@ -152,19 +192,22 @@ TEST_P(FrameReaderStream, HandsOutFramesAndMessages)
     }
 }
 
-// Every stream is read whole at once and a few bytes at a time: the result must not depend
+// Every stream is read whole at once and a few bytes at a time (40: a frame of the sample
+// payload, so that frames behind garbage are split across reads): the result must not depend
 // on how the source hands the bytes out.
 INSTANTIATE_TEST_SUITE_P(Streams, FrameReaderStream,
                          testing::Combine(testing::ValuesIn(streamCases()),
-                                          testing::Values(1, 3, 7, 1 << 20)),
-                         [](testing::TestParamInfo<std::tuple<StreamCase, int>> const& info) {
+                                          testing::Values(1, 3, 7, 40, 1 << 20),
+                                          testing::ValuesIn(ways)),
+                         [](testing::TestParamInfo<std::tuple<StreamCase, int, Way>> const& info) {
                              std::string name = std::get<0>(info.param).name;
                              for (char& ch : name) {
                                  if (!isalnum(static_cast<unsigned char>(ch))) {
                                      ch = '_';
                                  }
                              }
-                             return name + "_chunk" + std::to_string(std::get<1>(info.param));
+                             return name + "_chunk" + std::to_string(std::get<1>(info.param)) +
+                                    "_" + std::get<2>(info.param).name;
                          });
 
 TEST(FrameReader, SwappedFrameIsConvertedWordByWord)
@@ -189,20 +232,26 @@ TEST(FrameReader, SwappedFrameIsConvertedWordByWord)
             .toHex());
 }
 
-// Every form of the swap this processor runs, on lengths around the shuffle widths, at an odd
-// address and with guard bytes on both sides: each word reversed, nothing around it touched.
+// Every form of the swap this processor runs, in place and copying, on lengths around the
+// shuffle widths, at an odd address and with guard bytes on both sides: each word reversed,
+// nothing around it touched, the source of a copy left as it was.
 TEST(WordSwap, EveryFormReversesEachWordAndNothingElse)
 {
     for (auto const& form : zelkodatastreamconverter::WordSwap::forms()) {
         for (int words : {0, 1, 3, 4, 5, 7, 8, 9, 17}) {
             QByteArray data(4 * words + 5, '\0');
             std::iota(data.begin(), data.end(), char(1));
+            QByteArray const source = data;
             QByteArray expected = data;
             for (int w = 0; w < words; ++w) {
                 std::reverse(expected.begin() + 1 + 4 * w, expected.begin() + 5 + 4 * w);
             }
             form.swap(data.data() + 1, words);
             EXPECT_EQ(data.toHex(), expected.toHex()) << form.name << ", " << words << " words";
+            QByteArray copy(source.size(), '\0');
+            std::iota(copy.begin(), copy.end(), char(1));
+            form.swapCopy(copy.data() + 1, source.constData() + 1, words);
+            EXPECT_EQ(copy.toHex(), expected.toHex()) << form.name << " copying, " << words;
         }
     }
 }
