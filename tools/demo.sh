@@ -85,3 +85,8 @@ cat "$out"/symbols/Symbols_1_*.txt
 cat "$out"/morse/Morse_0_*.txt
 echo "-- the confidence of the first characters"
 grep -m 2 -A 3 '<UserData' "$out"/morse/NerikResultData_*.xml | sed -e 's/^ *//'
+echo "-- CW audio made by ebook2cw, keyed into symbol frames by zelko import morse-audio"
+"$zelko" import morse-audio --quiet data/samples/cw-cq-20wpm.ogg -o "$out/cw-cq.zdr"
+"$zelko" convert --trace 0 --quiet --alphabets data/alphabets -o "$out/cw" "$out/cw-cq.zdr" \
+    | awk '{print $1, $2, $3, $NF}'
+cat "$out"/cw/Morse_0_*.txt
