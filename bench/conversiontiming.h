@@ -6,8 +6,12 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <algorithm>
+#include <functional>
 #include <jobspec/settings.h>
+#include <limits>
 #include <reportkit/results.h>
+#include <vector>
 
 namespace zelkobench {
 
@@ -37,6 +41,24 @@ double timedConversion(QString const& recording, REPORTKIT::Results& results)
     timer.start();
     results = Converter().convertFile(recording, out.path(), settings, 0);
     return seconds(timer);
+}
+
+/// The least seconds of each step over two rounds (the first warms caches and allocators),
+/// in the steps' order. A step returns its seconds, or a negative number when it failed, which
+/// ends the measurement with no figures.
+inline std::vector<double> bestOfTwoRounds(std::vector<std::function<double()>> const& steps)
+{
+    std::vector<double> best(steps.size(), std::numeric_limits<double>::max());
+    for (int round = 0; round < 2; ++round) {
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            double const taken = steps[i]();
+            if (taken < 0) {
+                return {};
+            }
+            best[i] = std::min(best[i], taken);
+        }
+    }
+    return best;
 }
 
 } // namespace zelkobench

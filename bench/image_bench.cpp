@@ -75,19 +75,20 @@ int main()
     }
     zelkobench::warmPageCache(recording);
 
-    double best[2] = {1e30, 1e30};
-    for (int round = 0; round < 2; ++round) {
+    auto const convert = [&recording] {
         REPORTKIT::Results results;
-        best[0] = std::min(
-            best[0], zelkobench::timedConversion<zelkodatastreamconverter::ImageDataConverter>(
-                         recording, results));
-        QElapsedTimer timer;
+        double const taken =
+            zelkobench::timedConversion<zelkodatastreamconverter::ImageDataConverter>(recording,
+                                                                                      results);
         if (results.GetPicture().empty()) {
             std::fprintf(stderr, "no picture written\n");
-            return 1;
+            return -1.0;
         }
-
+        return taken;
+    };
+    auto const bareWriter = [&lines] {
         QTemporaryDir bare;
+        QElapsedTimer timer;
         timer.start();
         for (std::size_t first = 0, n = 0; first < lines.size(); first += PictureHeight, ++n) {
             int const height = int(std::min<std::size_t>(PictureHeight, lines.size() - first));
@@ -98,7 +99,11 @@ int main()
             QImageWriter writer(bare.filePath(QStringLiteral("%1.png").arg(n)), "png");
             writer.write(image);
         }
-        best[1] = std::min(best[1], zelkobench::seconds(timer));
+        return zelkobench::seconds(timer);
+    };
+    std::vector<double> const best = zelkobench::bestOfTwoRounds({convert, bareWriter});
+    if (best.empty()) {
+        return 1;
     }
     double const mb = double(bytes) / 1e6;
     std::printf("image lines: %zu lines of %d pixels, %.0f MB of recording\n", lines.size(), Width,

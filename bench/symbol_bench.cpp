@@ -103,18 +103,19 @@ int main()
     }
     zelkobench::warmPageCache(recording);
 
-    double best[2] = {1e30, 1e30};
-    for (int round = 0; round < 2; ++round) {
+    auto const convert = [&recording] {
         REPORTKIT::Results results;
-        best[0] = std::min(
-            best[0], zelkobench::timedConversion<zelkodatastreamconverter::SymbolDataConverter>(
-                         recording, results));
-        QElapsedTimer timer;
+        double const taken =
+            zelkobench::timedConversion<zelkodatastreamconverter::SymbolDataConverter>(recording,
+                                                                                       results);
         if (results.GetBinary().empty()) {
             std::fprintf(stderr, "no symbol file written\n");
-            return 1;
+            return -1.0;
         }
-
+        return taken;
+    };
+    auto const read = [&recording] {
+        QElapsedTimer timer;
         timer.start();
         zelkodatastreamconverter::FileReader reader(recording);
         QByteArray type;
@@ -126,11 +127,15 @@ int main()
                 ++frames;
             }
         }
-        best[1] = std::min(best[1], zelkobench::seconds(timer));
         if (frames == 0) {
             std::fprintf(stderr, "no frame read\n");
-            return 1;
+            return -1.0;
         }
+        return zelkobench::seconds(timer);
+    };
+    std::vector<double> const best = zelkobench::bestOfTwoRounds({convert, read});
+    if (best.empty()) {
+        return 1;
     }
     double const mb = double(bytes) / 1e6;
     std::printf("Morse elements: %lld elements on %d channels, %.0f MB of recording\n",
@@ -139,6 +144,6 @@ int main()
                 mb / best[0]);
     std::printf("  FileReader alone     %11.0f elements/s %7.1f MB/s\n", elements / best[1],
                 mb / best[1]);
-    std::printf("  ratio (converter time / reading time): %.1f\n", best[0] / best[1]);
+    std::printf("  ratio %.4f (converter speed / reading speed)\n", best[1] / best[0]);
     return 0;
 }
