@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <algorithm>
+#include <cstdio>
 #include <functional>
 #include <jobspec/settings.h>
 #include <limits>
@@ -41,6 +42,24 @@ double timedConversion(QString const& recording, REPORTKIT::Results& results)
     timer.start();
     results = Converter().convertFile(recording, out.path(), settings, 0);
     return seconds(timer);
+}
+
+/// A step for bestOfTwoRounds: converting the recording, failed when `produced` finds nothing
+/// of what was expected in the converter's list of files.
+template <typename Converter>
+std::function<double()> conversionStep(QString const& recording,
+                                       std::function<bool(REPORTKIT::Results const&)> produced,
+                                       char const* failure)
+{
+    return [recording, produced, failure] {
+        REPORTKIT::Results results;
+        double const taken = timedConversion<Converter>(recording, results);
+        if (!produced(results)) {
+            std::fprintf(stderr, "%s\n", failure);
+            return -1.0;
+        }
+        return taken;
+    };
 }
 
 /// The least seconds of each step over two rounds (the first warms caches and allocators),

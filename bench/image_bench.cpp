@@ -75,17 +75,9 @@ int main()
     }
     zelkobench::warmPageCache(recording);
 
-    auto const convert = [&recording] {
-        REPORTKIT::Results results;
-        double const taken =
-            zelkobench::timedConversion<zelkodatastreamconverter::ImageDataConverter>(recording,
-                                                                                      results);
-        if (results.GetPicture().empty()) {
-            std::fprintf(stderr, "no picture written\n");
-            return -1.0;
-        }
-        return taken;
-    };
+    auto const convert = zelkobench::conversionStep<zelkodatastreamconverter::ImageDataConverter>(
+        recording, [](REPORTKIT::Results const& results) { return !results.GetPicture().empty(); },
+        "no picture written");
     auto const bareWriter = [&lines] {
         QTemporaryDir bare;
         QElapsedTimer timer;

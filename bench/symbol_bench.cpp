@@ -103,17 +103,9 @@ int main()
     }
     zelkobench::warmPageCache(recording);
 
-    auto const convert = [&recording] {
-        REPORTKIT::Results results;
-        double const taken =
-            zelkobench::timedConversion<zelkodatastreamconverter::SymbolDataConverter>(recording,
-                                                                                       results);
-        if (results.GetBinary().empty()) {
-            std::fprintf(stderr, "no symbol file written\n");
-            return -1.0;
-        }
-        return taken;
-    };
+    auto const convert = zelkobench::conversionStep<zelkodatastreamconverter::SymbolDataConverter>(
+        recording, [](REPORTKIT::Results const& results) { return !results.GetBinary().empty(); },
+        "no symbol file written");
     auto const read = [&recording] {
         QElapsedTimer timer;
         timer.start();
