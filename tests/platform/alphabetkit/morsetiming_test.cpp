@@ -174,6 +174,17 @@ TEST_F(MorseTiming, TimesAndSpeedOfEachCharacter)
     EXPECT_NEAR(cut.last().wordsPerMinute, 20, 0.1);
 }
 
+// Speeds beyond the tracked range read as its nearest end, 2.5 or 120 wpm.
+TEST_F(MorseTiming, SpeedsOutsideTheRangeReadAsItsEnds)
+{
+    for (double wpm : {2.0, 150.0}) {
+        QVector<MorseCharacter> const out =
+            read(key(m_handler, QStringLiteral("PARIS"), Keying{wpm}));
+        ASSERT_EQ(text(out), QStringLiteral("PARIS")) << wpm;
+        EXPECT_NEAR(out.last().wordsPerMinute, qBound(2.5, wpm, 120.0), 0.01) << wpm;
+    }
+}
+
 TEST_F(MorseTiming, AFadeOfHalfADotSplitsADash)
 {
     EXPECT_EQ(text(read(key(m_handler, QStringLiteral("PARIS TT"),
@@ -191,6 +202,7 @@ TEST_F(MorseTiming, PrintsElementsUnderTheNoneAlphabetAndUnknownGroups)
     unknown[8].microseconds = 60000; // nine dots once the character gap is an element gap
     EXPECT_EQ(text(read(unknown)), QStringLiteral("\uFFFD"));
     EXPECT_EQ(text(read({{false, 1000000}})), QString());
+    EXPECT_EQ(text(read({{true, 60000}})), QStringLiteral("E")); // alone, no gap: a dot
 }
 
 // Confidence: the further one element strays from its ideal length, the lower its
