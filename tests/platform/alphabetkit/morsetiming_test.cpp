@@ -205,6 +205,18 @@ TEST_F(MorseTiming, PrintsElementsUnderTheNoneAlphabetAndUnknownGroups)
     EXPECT_EQ(text(read({{true, 60000}})), QStringLiteral("E")); // alone, no gap: a dot
 }
 
+// 20 wpm: a dot lasts 60 ms. Blanks around "/" add nothing; the last character has its gap
+// without a closing blank.
+TEST(MorseKeyer, KeysEveryCharacterWithItsGap)
+{
+    QStringList lengths;
+    for (zelkorecording::KeyElement const& e : zelkorecording::keyMorse(QStringLiteral(". / .-"))) {
+        lengths << QString::number((e.keyDown ? 1 : -1) * qint64(e.microseconds));
+    }
+    EXPECT_EQ(lengths.join(QLatin1Char(' ')),
+              QStringLiteral("60000 -420000 60000 -60000 180000 -180000"));
+}
+
 // Confidence: the further one element strays from its ideal length, the lower its
 // character's score, whichever element and whichever direction.
 TEST_F(MorseTiming, CleanerCharactersNeverScoreLower)
