@@ -205,12 +205,13 @@ TEST_F(MorseTiming, PrintsElementsUnderTheNoneAlphabetAndUnknownGroups)
     EXPECT_EQ(text(read({{true, 60000}})), QStringLiteral("E")); // alone, no gap: a dot
 }
 
-// 20 wpm: a dot lasts 60 ms. Blanks around "/" add nothing; the last character has its gap
-// without a closing blank.
+// 20 wpm: a dot lasts 60 ms. Stray blanks add nothing; the last character has its gap without
+// a closing blank.
 TEST(MorseKeyer, KeysEveryCharacterWithItsGap)
 {
     QStringList lengths;
-    for (zelkorecording::KeyElement const& e : zelkorecording::keyMorse(QStringLiteral(". / .-"))) {
+    for (zelkorecording::KeyElement const& e :
+         zelkorecording::keyMorse(QStringLiteral(".  / .-"))) {
         lengths << QString::number((e.keyDown ? 1 : -1) * qint64(e.microseconds));
     }
     EXPECT_EQ(lengths.join(QLatin1Char(' ')),
