@@ -134,6 +134,7 @@ TimingRow const timingRows[] = {
     {"dashes_first", "TMO 0 MOT", {18}},
     {"jitter_15pct_25wpm", pangram, {25, 0, 0, 0.15}},
     {"jitter_25pct_12wpm", message, {12, 0, 0, 0.25}},
+    {"jitter_30pct_25wpm", message, {25, 0, 0, 0.30}},
     {"farnsworth_18_at_8", pangram, {18, 8}},
     {"farnsworth_30_at_5", message, {30, 5}},
     {"speed_change_15_to_25", pangram, {15, 0, 25}},
