@@ -110,6 +110,16 @@ DetectorRow const detectorRows[] = {
 INSTANTIATE_TEST_SUITE_P(Rows, CwDetector, testing::ValuesIn(detectorRows),
                          [](auto const& info) { return std::string(info.param.name); });
 
+// The band's top at 8 kHz lies two bins below Nyquist. (Keying that close to Nyquist is not
+// heard cleanly: the tone's mirror image beats with it.)
+TEST(CwDetectorToneSearch, ReachesTheHighestBinSearched)
+{
+    Audio const audio = synthesise(QStringLiteral("PARIS"), 20, 3992, 8000, 0);
+    CwKeyingDetector detector(8000);
+    detector.addToneSearch(audio.samples.constData(), audio.samples.size());
+    EXPECT_NEAR(detector.searchedTone(), 3992, 0.5);
+}
+
 // Zeros, and what a damaged float file may hold instead: nothing is heard either way.
 TEST(CwDetectorSilence, FindsNoToneAndNoMarks)
 {
