@@ -134,6 +134,7 @@ TimingRow const timingRows[] = {
     {"dashes_first", "TMO 0 MOT", {18}},
     {"jitter_15pct_25wpm", pangram, {25, 0, 0, 0.15}},
     {"jitter_25pct_12wpm", message, {12, 0, 0, 0.25}},
+    {"jitter_30pct_25wpm", message, {25, 0, 0, 0.30}},
     {"farnsworth_18_at_8", pangram, {18, 8}},
     {"farnsworth_30_at_5", message, {30, 5}},
     {"speed_change_15_to_25", pangram, {15, 0, 25}},
@@ -174,6 +175,17 @@ TEST_F(MorseTiming, TimesAndSpeedOfEachCharacter)
     EXPECT_NEAR(cut.last().wordsPerMinute, 20, 0.1);
 }
 
+// Speeds beyond the tracked range read as its nearest end, 2.5 or 120 wpm.
+TEST_F(MorseTiming, SpeedsOutsideTheRangeReadAsItsEnds)
+{
+    for (double wpm : {2.0, 150.0}) {
+        QVector<MorseCharacter> const out =
+            read(key(m_handler, QStringLiteral("PARIS"), Keying{wpm}));
+        ASSERT_EQ(text(out), QStringLiteral("PARIS")) << wpm;
+        EXPECT_NEAR(out.last().wordsPerMinute, qBound(2.5, wpm, 120.0), 0.01) << wpm;
+    }
+}
+
 TEST_F(MorseTiming, AFadeOfHalfADotSplitsADash)
 {
     EXPECT_EQ(text(read(key(m_handler, QStringLiteral("PARIS TT"),
@@ -191,6 +203,20 @@ TEST_F(MorseTiming, PrintsElementsUnderTheNoneAlphabetAndUnknownGroups)
     unknown[8].microseconds = 60000; // nine dots once the character gap is an element gap
     EXPECT_EQ(text(read(unknown)), QStringLiteral("\uFFFD"));
     EXPECT_EQ(text(read({{false, 1000000}})), QString());
+    EXPECT_EQ(text(read({{true, 60000}})), QStringLiteral("E")); // alone, no gap: a dot
+}
+
+// 20 wpm: a dot lasts 60 ms. Stray blanks add nothing; the last character has its gap without
+// a closing blank.
+TEST(MorseKeyer, KeysEveryCharacterWithItsGap)
+{
+    QStringList lengths;
+    for (zelkorecording::KeyElement const& e :
+         zelkorecording::keyMorse(QStringLiteral(".  / .-"))) {
+        lengths << QString::number((e.keyDown ? 1 : -1) * qint64(e.microseconds));
+    }
+    EXPECT_EQ(lengths.join(QLatin1Char(' ')),
+              QStringLiteral("60000 -420000 60000 -60000 180000 -180000"));
 }
 
 // Confidence: the further one element strays from its ideal length, the lower its
